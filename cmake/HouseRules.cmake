@@ -1,0 +1,43 @@
+# What every target of this project is built with.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+
+# Programs and libraries side by side: Windows finds libraries there, plug-ins live below.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+add_library(tivor_rules INTERFACE)
+target_compile_options(tivor_rules INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(WIN32)
+  target_compile_definitions(tivor_rules INTERFACE _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX)
+elseif(NOT TIVOR_SANITIZE)
+  add_link_options(-Wl,-z,defs)
+endif()
+if(TIVOR_SANITIZE)
+  add_compile_options(-fsanitize=${TIVOR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${TIVOR_SANITIZE})
+endif()
+
+# A shared library of the suite: tivor_library(NAME EXPORT_MACRO_STEM HEADER_DIRECTORY sources...)
+function(tivor_library name stem headers)
+  add_library(${name} SHARED ${ARGN})
+  add_library(Qor::${name} ALIAS ${name})
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_compile_definitions(${name} PRIVATE ${stem}_BUILDING)
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${headers}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:tivor_rules>)
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(NOT WIN32)
+    target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+  endif()
+endfunction()
