@@ -11,7 +11,9 @@ BoundedInputStream::BoundedInputStream(BinaryInputStream& source, std::uint64_t 
     NarrowWindow();
 }
 
-BoundedInputStream::~BoundedInputStream() { ReturnWindow(); }
+BoundedInputStream::~BoundedInputStream() {
+    ReturnWindow();
+}
 
 void BoundedInputStream::ReturnWindow() {
     // Without a window the source's own cursor is the true one: there was none, or a read in the source failed.
@@ -29,7 +31,7 @@ void BoundedInputStream::NarrowWindow() {
 
 std::uint64_t BoundedInputStream::DoRead(void* destination, std::uint64_t size) {
     ReturnWindow();
-    const std::uint64_t done = m_source.Read(destination, std::min(size, m_behindWindow));
+    const std::uint64_t done = m_source.ReadSome(destination, std::min(size, m_behindWindow));
     m_behindWindow -= done;
     NarrowWindow();
     return done;
@@ -37,7 +39,7 @@ std::uint64_t BoundedInputStream::DoRead(void* destination, std::uint64_t size) 
 
 std::uint64_t BoundedInputStream::DoSkip(std::uint64_t size) {
     ReturnWindow();
-    const std::uint64_t done = m_source.Skip(std::min(size, m_behindWindow));
+    const std::uint64_t done = m_source.SkipSome(std::min(size, m_behindWindow));
     m_behindWindow -= done;
     NarrowWindow();
     return done;
@@ -48,7 +50,8 @@ std::optional<std::uint64_t> BoundedInputStream::DoBytesLeft() const {
     const std::optional<std::uint64_t> behindSource = m_source.DoBytesLeft();
     if (!behindSource)
         return std::nullopt;
-    const auto shared = static_cast<std::uint64_t>(m_source.m_windowEnd - (WindowBegin() + WindowSize()));
+    const std::byte* const end = WindowBegin() != nullptr ? WindowBegin() + WindowSize() : m_source.m_cursor;
+    const auto shared = static_cast<std::uint64_t>(m_source.m_windowEnd - end);
     return std::min(m_behindWindow, *behindSource + shared);
 }
 
@@ -57,7 +60,9 @@ BoundedOutputStream::BoundedOutputStream(BinaryOutputStream& target, std::uint64
     NarrowWindow();
 }
 
-BoundedOutputStream::~BoundedOutputStream() { ReturnWindow(); }
+BoundedOutputStream::~BoundedOutputStream() {
+    ReturnWindow();
+}
 
 void BoundedOutputStream::ReturnWindow() {
     if (WindowBegin() != nullptr)
@@ -75,11 +80,11 @@ void BoundedOutputStream::NarrowWindow() {
 void BoundedOutputStream::DoWrite(const void* source, std::uint64_t size) {
     if (size > Remaining())
         Error::RaiseError(IOError(FormatText("Attempt to write %1% bytes where only %2% bytes are left of the block",
-                                                {size, Remaining()})),
+                                             {size, Remaining()})),
                           QOR_CODE_CONTEXT("BoundedOutputStream"), "Qor.Core.BoundedOutputStream");
     ReturnWindow();
-    m_behindWindow -= size;
     m_target.Write(source, size);
+    m_behindWindow -= size;
     NarrowWindow();
 }
 

@@ -21,17 +21,21 @@ BufferedInputStream::~BufferedInputStream() = default;
 std::uint64_t BufferedInputStream::DoRead(void* destination, std::uint64_t size) {
     SetWindow(nullptr, nullptr);
     if (size >= m_bufferSize)
-        return m_source.Read(destination, size);
-    const std::uint64_t filled = m_source.Read(m_buffer.get(), m_bufferSize);
+        return m_source.ReadSome(destination, size);
+    const std::uint64_t filled = m_source.ReadSome(m_buffer.get(), m_bufferSize);
     const std::uint64_t taken = std::min(size, filled);
     std::memcpy(destination, m_buffer.get(), static_cast<std::size_t>(taken));
     SetWindow(m_buffer.get() + taken, m_buffer.get() + filled);
     return taken;
 }
 
-std::uint64_t BufferedInputStream::DoSkip(std::uint64_t size) { return m_source.Skip(size); }
+std::uint64_t BufferedInputStream::DoSkip(std::uint64_t size) {
+    return m_source.SkipSome(size);
+}
 
-std::optional<std::uint64_t> BufferedInputStream::DoBytesLeft() const { return m_source.BytesLeft(); }
+std::optional<std::uint64_t> BufferedInputStream::DoBytesLeft() const {
+    return m_source.BytesLeft();
+}
 
 BufferedOutputStream::BufferedOutputStream(BinaryOutputStream& target, std::uint64_t bufferSize)
     : m_target(target), m_bufferSize(std::max<std::uint64_t>(bufferSize, 1)), m_buffer(AllocateBuffer(m_bufferSize)) {

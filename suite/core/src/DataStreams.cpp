@@ -22,9 +22,11 @@ bool DataInputStream::Read(std::wstring& value) {
 }
 
 bool DataInputStream::ReadBytes(std::string& bytes, std::uint64_t size) {
+    // A little is taken on trust; more only when the stream is known to hold it, or piece by piece as it arrives.
+    static constexpr std::uint64_t trusted = std::uint64_t{1} << 16;
     static constexpr std::uint64_t firstPiece = std::uint64_t{1} << 20;
+    const std::optional<std::uint64_t> left = size > trusted ? m_stream.BytesLeft() : size;
     bytes.clear();
-    const std::optional<std::uint64_t> left = m_stream.BytesLeft();
     if (left && *left < size)
         return false;
     for (std::uint64_t done = 0; done < size;) {

@@ -2,7 +2,12 @@
 #include <QorCore/Log.h>
 #include <QorCore/Mutex.h>
 
+#include <array>
 #include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <functional>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -10,9 +15,20 @@ namespace Qor::Core {
 
 namespace {
 
-constexpr std::uint64_t countMask = 0xFFFF;
-constexpr std::uint64_t waitingBit = 0x10000;
-constexpr int ownerShift = 17;
+constexpr std::uint64_t countMask = 0x3FFFFF;
+constexpr std::uint64_t waitingBit = 0x400000;
+constexpr int ownerShift = 23;
+
+struct SleepingPlace {
+    std::mutex mutex;
+    std::condition_variable released;
+};
+
+// Never destroyed: mutexes may be released after main().
+SleepingPlace& SleepingPlaceOf(const Mutex* mutex) {
+    static auto& places = *new std::array<SleepingPlace, 64>;
+    return places[std::hash<const void*>()(mutex) / alignof(std::max_align_t) % places.size()];
+}
 
 constexpr std::uint64_t OwnerOf(std::uint64_t state) { return state >> ownerShift; }
 
@@ -39,7 +55,8 @@ void Mutex::Acquire() {
 }
 
 void Mutex::WaitFor(std::uint64_t owner) {
-    std::unique_lock sleep(m_sleepMutex);
+    SleepingPlace& place = SleepingPlaceOf(this);
+    std::unique_lock sleep(place.mutex);
     for (;;) {
         std::uint64_t state = m_state.load(std::memory_order_relaxed);
         if (state == 0) {
@@ -52,9 +69,9 @@ void Mutex::WaitFor(std::uint64_t owner) {
         } else if ((state & waitingBit) != 0 ||
                    m_state.compare_exchange_strong(state, state | waitingBit, std::memory_order_relaxed)) {
 #ifdef NDEBUG
-            m_released.wait(sleep);
+            place.released.wait(sleep);
 #else
-            if (m_released.wait_for(sleep, std::chrono::seconds(10)) == std::cv_status::timeout)
+            if (place.released.wait_for(sleep, std::chrono::seconds(10)) == std::cv_status::timeout)
                 Log("Qor.Core.Mutex", "Owner " + std::to_string(owner) + " waits for more than 10 s for owner " +
                                           std::to_string(OwnerOf(m_state.load())));
 #endif
@@ -69,8 +86,9 @@ void Mutex::Release() {
         next = (state & countMask) > 1 ? state - 1 : 0;
     } while (!m_state.compare_exchange_weak(state, next, std::memory_order_release, std::memory_order_relaxed));
     if (next == 0 && (state & waitingBit) != 0) {
-        const std::lock_guard sleep(m_sleepMutex);
-        m_released.notify_all();
+        SleepingPlace& place = SleepingPlaceOf(this);
+        const std::lock_guard sleep(place.mutex);
+        place.released.notify_all();
     }
 }
 

@@ -7,35 +7,34 @@ namespace Qor::Core {
 
 BinaryInputStream::~BinaryInputStream() = default;
 
+std::uint64_t BinaryInputStream::ReadSome(void* destination, std::uint64_t size) {
+    const std::uint64_t ready = std::min(WindowSize(), size);
+    if (ready == 0)
+        return size != 0 ? DoRead(destination, size) : 0;
+    std::memcpy(destination, m_cursor, static_cast<std::size_t>(ready));
+    m_cursor += ready;
+    return ready;
+}
+
+std::uint64_t BinaryInputStream::SkipSome(std::uint64_t size) {
+    const std::uint64_t ready = std::min(WindowSize(), size);
+    if (ready == 0)
+        return size != 0 ? DoSkip(size) : 0;
+    m_cursor += ready;
+    return ready;
+}
+
 std::uint64_t BinaryInputStream::ReadBeyondWindow(void* destination, std::uint64_t size) {
-    auto* target = static_cast<std::byte*>(destination);
     std::uint64_t done = 0;
-    while (done < size) {
-        if (const std::uint64_t ready = std::min(WindowSize(), size - done); ready != 0) {
-            std::memcpy(target + done, m_cursor, static_cast<std::size_t>(ready));
-            m_cursor += ready;
-            done += ready;
-        } else if (const std::uint64_t more = DoRead(target + done, size - done); more != 0) {
-            done += more;
-        } else {
-            break;
-        }
-    }
+    for (std::uint64_t more = 1; done < size && more != 0; done += more)
+        more = ReadSome(static_cast<std::byte*>(destination) + done, size - done);
     return done;
 }
 
 std::uint64_t BinaryInputStream::Skip(std::uint64_t size) {
     std::uint64_t done = 0;
-    while (done < size) {
-        if (const std::uint64_t ready = std::min(WindowSize(), size - done); ready != 0) {
-            m_cursor += ready;
-            done += ready;
-        } else if (const std::uint64_t more = DoSkip(size - done); more != 0) {
-            done += more;
-        } else {
-            break;
-        }
-    }
+    for (std::uint64_t more = 1; done < size && more != 0; done += more)
+        more = SkipSome(size - done);
     return done;
 }
 
@@ -49,7 +48,9 @@ std::optional<std::uint64_t> BinaryInputStream::BytesLeft() const {
     return behind ? std::optional(*behind + WindowSize()) : std::nullopt;
 }
 
-std::optional<std::uint64_t> BinaryInputStream::DoBytesLeft() const { return std::nullopt; }
+std::optional<std::uint64_t> BinaryInputStream::DoBytesLeft() const {
+    return std::nullopt;
+}
 
 BinaryOutputStream::~BinaryOutputStream() = default;
 

@@ -7,6 +7,7 @@
 namespace Qor::Core {
 
 class AlertHandler;
+class LockSet;
 
 /// Which modules a reader may load because the data names them.
 enum class EModuleNames : std::uint8_t {
@@ -35,6 +36,7 @@ struct QOR_CORE_API Context {
     AlertHandler* alertHandler = nullptr;
     std::uint32_t nestingDepth = 0;
     ReadLimits limits;
+    LockSet* lockSet = nullptr;
     /// Belongs to the outermost operation that needs one (a framed write); inner ones find it here.
     void* operation = nullptr;
 

@@ -3,10 +3,8 @@
 #include <QorCore/Export.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace Qor::Core {
@@ -33,10 +31,9 @@ public:
 private:
     void WaitFor(std::uint64_t owner);
 
-    // owner << 17 | waiting << 16 | count; 0 when free. The owners are a counter, 47 bits last for ever.
+    // owner << 23 | waiting << 22 | count; 0 when free. The owners are a counter, 41 bits last for ever. A mutex is no
+    // more than this: those who wait sleep in a few places that all mutexes share.
     std::atomic<std::uint64_t> m_state{0};
-    std::mutex m_sleepMutex;
-    std::condition_variable m_released;
 };
 
 /// Holds a mutex from construction to the end of its scope, without sharing ownership of it.

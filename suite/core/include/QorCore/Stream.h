@@ -42,7 +42,8 @@ protected:
     BinaryInputStream() = default;
 
     /// Called with an empty window and `size` > 0. Delivers up to `size` bytes to `destination`, at least one unless
-    /// the stream has ended, and may set a new window onto the bytes that follow.
+    /// the stream has ended, and may set a new window onto the bytes that follow. When it raises, it has delivered
+    /// nothing.
     virtual std::uint64_t DoRead(void* destination, std::uint64_t size) = 0;
     /// Called with an empty window; the default reads and drops.
     virtual std::uint64_t DoSkip(std::uint64_t size);
@@ -58,8 +59,13 @@ protected:
 
 private:
     friend class BoundedInputStream;
+    friend class BufferedInputStream;
 
     std::uint64_t ReadBeyondWindow(void* destination, std::uint64_t size);
+    // The window, or when that is empty whatever one call behind it gives: streams over this one stay exact when the
+    // next call raises.
+    std::uint64_t ReadSome(void* destination, std::uint64_t size);
+    std::uint64_t SkipSome(std::uint64_t size);
 
     const std::byte* m_cursor = nullptr;
     const std::byte* m_windowEnd = nullptr;

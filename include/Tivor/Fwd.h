@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Qor::Core {
+class BinaryInputStream;
+class BinaryOutputStream;
+class Lock;
+class Mutex;
+class XMLWriter;
+} // namespace Qor::Core
+
+namespace Qor::Tivor {
+enum ETypeID : std::uint32_t;
+class BinaryDataFile;
+class DataContainer;
+class DataContainerWrapper;
+class DataFile;
+class DataObject;
+class MutexLockableDataObject;
+class ScalarData;
+class Serializer;
+class XMLContentHandler;
+template <class T>
+class GenericWrapper;
+template <class T, class Wrapper = GenericWrapper<T>>
+class Data;
+} // namespace Qor::Tivor

@@ -1,0 +1,203 @@
+#pragma once
+
+#include <Tivor/DataObject.h>
+#include <Tivor/Serializer.h>
+
+#include <QorCore/LockSet.h>
+#include <QorCore/Pointers.h>
+
+#include <utility>
+
+namespace Qor::Tivor {
+
+/// What makes a T a data object, and the only thing to write for a new wrapped type:
+/// * `static ETypeID GetTypeID()` and `static std::string GetTypeName()`: identifier and class name; classes outside
+///   this library use `eNO_TYPE`.
+/// * `static std::shared_ptr<T> Clone(const T&)`: a deep copy; `static void Assign(T& target, const T&)`: the same into
+///   a value that exists.
+/// * `static std::shared_ptr<T> CreateDefault()`: the default value.
+/// * `static boost::logic::tribool Equal(const T&, const T&)`: indeterminate where values cannot be compared.
+/// * `static std::string ToString(const T&)`: the textual form.
+/// * `static std::shared_ptr<Serializer> MakeSerializer(Data<T>&)`.
+/// * `template <class... A> static std::shared_ptr<Data<T>> MakeData(A&&...)`: a new wrapper.
+template <class T>
+struct ValueTraits;
+
+/// Holds a T by shared pointer and gives it the protocol of a data object, but no serializer. Empty means no value.
+///
+/// Thread rule: with locking enabled every operation here holds the object's lock; what `GetData` hands out is the
+/// caller's to guard by `GetDataLock`.
+template <class T>
+class GenericWrapper : public MutexLockableDataObject {
+public:
+    using ValueType = T;
+
+    static std::shared_ptr<GenericWrapper> Create(std::shared_ptr<T> data) {
+        return std::make_shared<GenericWrapper>(std::move(data));
+    }
+
+    explicit GenericWrapper(std::shared_ptr<T> data = nullptr) : m_data(std::move(data)) {}
+    /// The copy holds a copy of the value.
+    GenericWrapper(const GenericWrapper& other) : MutexLockableDataObject(other), m_data(other.CopyValue()) {}
+    ~GenericWrapper() override = default;
+
+    using DataObject::Clone;
+    using DataObject::GetTypeID;
+    using DataObject::HoldsSameValueAs;
+    using DataObject::ToString;
+
+    ETypeID GetTypeID() override { return ValueTraits<T>::GetTypeID(); }
+    void GetBaseDataTypeInfo(ETypeID& typeID, std::string& typeName) const override {
+        typeID = ValueTraits<T>::GetTypeID();
+        typeName = ValueTraits<T>::GetTypeName();
+    }
+    std::string GetTypeName() const override { return ValueTraits<T>::GetTypeName(); }
+    bool HoldsType(const std::type_info& type) const override { return type == typeid(T); }
+    bool HoldsSameTypeAs(const DataObject& other) const override {
+        return dynamic_cast<const GenericWrapper*>(&other) != nullptr;
+    }
+    boost::logic::tribool HoldsSameValueAs(const DataObject& other) override;
+    std::shared_ptr<DataObject> Clone() override { return std::make_shared<GenericWrapper>(*this); }
+    std::string ToString() override;
+
+    /// Makes the object refer to another value, or to none; returns whether the class allows that.
+    virtual bool SetData(std::shared_ptr<T> data);
+
+    bool IsEmpty() const { return m_data == nullptr; }
+    std::shared_ptr<T> GetData() { return m_data; }
+    Core::QorConstPtr<T> GetData() const { return m_data; }
+    static constexpr bool SupportsSetValue() { return false; }
+
+protected:
+    /// Exchanges the pointer and does nothing else: no lock, no report.
+    std::shared_ptr<T> ExchangeData(std::shared_ptr<T> data) { return std::exchange(m_data, std::move(data)); }
+
+    /// Gives an empty object the default value of its class; a bare wrapper has none.
+    virtual void CreateDefaultData() {}
+
+    std::shared_ptr<T> CopyValue() const {
+        const auto lock = const_cast<GenericWrapper*>(this)->GetDataLock();
+        return m_data ? ValueTraits<T>::Clone(*m_data) : nullptr;
+    }
+
+private:
+    template <class, class>
+    friend class Data;
+
+    std::shared_ptr<T> m_data;
+};
+
+/// A wrapper that can be written and read: the class that the library creates, stores and serializes. T equals the type
+/// of its wrapper or derives from it.
+template <class T, class Wrapper>
+class Data : public Wrapper {
+    static_assert(std::is_base_of_v<typename Wrapper::ValueType, T> || std::is_same_v<typename Wrapper::ValueType, T>);
+
+public:
+    explicit Data(const T& value) : Wrapper(ValueTraits<T>::Clone(value)) {}
+    explicit Data(std::shared_ptr<T> data = nullptr) : Wrapper(std::move(data)) {}
+    Data(const Data& other) : Wrapper(other), m_serializationEnabled(other.m_serializationEnabled) {}
+    ~Data() override = default;
+
+    using DataObject::Clone;
+
+    bool EnableSerialization(bool enable) override {
+        m_serializationEnabled = enable;
+        this->ReportChange(EDataChange::value);
+        return true;
+    }
+    bool SerializationIsEnabled() const override { return m_serializationEnabled && !this->IsEmpty(); }
+    std::shared_ptr<Serializer> GetSerializer() override {
+        return m_serializationEnabled && !this->IsEmpty() && IsSerializable() ? CreateSerializer() : nullptr;
+    }
+    std::shared_ptr<DataObject> Clone() override { return ValueTraits<T>::MakeData(*this); }
+
+    /// Changes the value in place, so that all who share it see it; an empty object gets a new one. The object keeps
+    /// nothing of the argument.
+    void SetValue(const T& value) {
+        Change([&] { ValueTraits<T>::Assign(Value(), value); }, [&] { return ValueTraits<T>::Clone(value); });
+    }
+    /// The same, taking over what the argument holds.
+    void SetValue(T&& value) {
+        Change([&] { Value() = std::move(value); }, [&] { return std::make_shared<T>(std::move(value)); });
+    }
+    /// Raises `NullPointerError` when the object is empty.
+    const T& GetValue() const;
+    static constexpr bool SupportsSetValue() { return true; }
+
+protected:
+    void CreateDefaultData() override {
+        if (this->IsEmpty())
+            this->m_data = ValueTraits<T>::CreateDefault();
+    }
+
+private:
+    virtual bool IsSerializable() { return true; }
+    virtual std::shared_ptr<Serializer> CreateSerializer() { return ValueTraits<T>::MakeSerializer(*this); }
+
+    T& Value() { return static_cast<T&>(*this->m_data); }
+    template <class InPlace, class Make>
+    void Change(InPlace inPlace, Make make);
+
+    bool m_serializationEnabled = true;
+};
+
+template <class T>
+boost::logic::tribool GenericWrapper<T>::HoldsSameValueAs(const DataObject& other) {
+    const auto* same = dynamic_cast<const GenericWrapper*>(&other);
+    if (same == nullptr)
+        return false;
+    std::vector<std::shared_ptr<Core::Lock>> locks;
+    Core::LockSet::Acquire(locks, [&] {
+        this->AcquireLocks(locks);
+        same->AcquireLocks(locks);
+    });
+    if (m_data == same->m_data)
+        return true;
+    if (!m_data || !same->m_data)
+        return false;
+    return ValueTraits<T>::Equal(*m_data, *same->m_data);
+}
+
+template <class T>
+std::string GenericWrapper<T>::ToString() {
+    const auto lock = GetDataLock();
+    return m_data ? ValueTraits<T>::ToString(*m_data) : std::string();
+}
+
+template <class T>
+bool GenericWrapper<T>::SetData(std::shared_ptr<T> data) {
+    {
+        const auto lock = GetDataLock();
+        m_data.swap(data);
+    }
+    ReportChange(EDataChange::reference);
+    return true;
+}
+
+template <class T, class Wrapper>
+template <class InPlace, class Make>
+void Data<T, Wrapper>::Change(InPlace inPlace, Make make) {
+    EDataChange change = EDataChange::value;
+    {
+        const auto lock = this->GetDataLock();
+        if (this->IsEmpty()) {
+            this->m_data = make();
+            change = EDataChange::reference;
+        } else {
+            inPlace();
+        }
+    }
+    this->ReportChange(change);
+}
+
+template <class T, class Wrapper>
+const T& Data<T, Wrapper>::GetValue() const {
+    if (this->IsEmpty())
+        Core::Error::RaiseError(
+            Core::NullPointerError("GetValue() called on an empty object of type " + this->GetTypeName()),
+            QOR_CODE_CONTEXT("DataObject"), "Qor.Tivor.Data.GetValue");
+    return static_cast<const T&>(*this->m_data);
+}
+
+} // namespace Qor::Tivor

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <Tivor/DataObject.h>
+#include <Tivor/Serializer.h>
+
+#include <cstddef>
+
+namespace Qor::Tivor {
+
+QOR_DECLARE_ALERT(TIVOR_API, InvalidScalarSize, Core::Error);
+QOR_DECLARE_ALERT(TIVOR_API, InvalidScalarTypeID, Core::Error);
+
+/// One number whose kind (signed, unsigned, floating-point) and width are known only at run time: 1, 2, 4 or 8 bytes for
+/// the integer kinds, 4 or 8 for the floating-point kind. A new object has no width yet; the first value, or the data
+/// that it is read from, gives it one.
+///
+/// Thread rule: with locking enabled every operation holds the object's lock.
+class TIVOR_API ScalarData : public MutexLockableDataObject {
+public:
+    class ScalarSerializer;
+
+    /// `typeName` is the class name that headers carry, for example that of an enumeration. Raises `InvalidScalarTypeID`
+    /// unless the identifier is one of the three scalar kinds.
+    ScalarData(const std::string& typeName, ETypeID typeID);
+    ScalarData(const ScalarData& other);
+    ~ScalarData() override;
+
+    using DataObject::Clone;
+    using DataObject::GetTypeID;
+    using DataObject::HoldsSameValueAs;
+    using DataObject::ToString;
+
+    ETypeID GetTypeID() override;
+    std::string GetTypeName() const override;
+    /// True for the native types of the object's kind and width.
+    bool HoldsType(const std::type_info& type) const override;
+    /// Same class name and kind.
+    bool HoldsSameTypeAs(const DataObject& other) const override;
+    /// Compares the numbers of two objects of the same type, whatever their widths.
+    boost::logic::tribool HoldsSameValueAs(const DataObject& other) override;
+    bool EnableSerialization(bool enable) override;
+    /// The object's one serializer. Reading works at once; writing needs a width.
+    std::shared_ptr<Serializer> GetSerializer() override;
+    std::shared_ptr<DataObject> Clone() override;
+    /// A value of width 1 is written as a character, a wider integer as a decimal number, a floating-point value in the
+    /// default format of streams (six digits).
+    std::string ToString() override;
+
+    /// The number as T: int, unsigned int, std::int64_t, std::uint64_t, float or double. Asserts that the object is of
+    /// T's kind. Raises `OutOfRangeError` when the number is no T, and `InvalidScalarSize` when there is none yet.
+    template <class T>
+    T GetValue() const;
+
+    /// Stores the number at the object's kind and width; a new object takes the width of T (8 bytes for an integer that
+    /// goes into the floating-point kind). Raises `OutOfRangeError`, changing nothing, when it does not fit.
+    template <class T>
+    void SetValue(T value);
+
+    /// The width in bytes; 0 while there is no value.
+    std::uint64_t GetSize_bytes() const { return m_size; }
+
+private:
+    void AllocateData(std::uint64_t size);
+    template <class Visitor>
+    decltype(auto) VisitNumber(Visitor&& visitor) const;
+
+    ETypeID m_eTypeID;
+    std::string m_typeName;
+    std::shared_ptr<std::byte[]> m_data;
+    std::uint64_t m_size = 0;
+    std::shared_ptr<ScalarSerializer> m_serializer;
+    bool m_serializationEnabled = true;
+};
+
+/// Writes the raw little-endian bytes of the number. The width is the declared data size.
+class TIVOR_API ScalarData::ScalarSerializer : public Serializer {
+public:
+    explicit ScalarSerializer(ScalarData& object);
+    ~ScalarSerializer() override;
+
+    DataObject& GetDataObject() override;
+    std::string GetVersion() override;
+    std::string GetModule() override;
+    std::uint64_t GetDataSize_bytes() const override;
+    bool DataSizeIsConstant() const override;
+    std::string GetXMLEncoding() override;
+    /// Raises `InvalidScalarSize` for a width that the kind does not have, and `EndOfStreamOnInput`; the object then
+    /// keeps its value.
+    std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& stream) override;
+    std::uint64_t DataToBinary(Core::BinaryOutputStream& stream) override;
+
+private:
+    ScalarData& m_object;
+};
+
+} // namespace Qor::Tivor

@@ -1,0 +1,244 @@
+#pragma once
+
+#include <Tivor/Long32.h>
+
+#include <array>
+#include <complex>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Qor::Tivor {
+
+// The lists from which everything that is "one per type" derives: enumerators, facts, traits, wrappers, instantiations,
+// tests. The codes are stored in files: append, never renumber.
+
+/// The ten numeric element types: X(type, STEM, code, position in the vector and matrix families, class name).
+#define TIVOR_NUMERIC_TYPES(X)                                                                                         \
+    X(char, INT8, 2, 0, "int8")                                                                                        \
+    X(unsigned char, UINT8, 3, 1, "uint8")                                                                             \
+    X(short, INT16, 4, 2, "int16")                                                                                     \
+    X(unsigned short, UINT16, 5, 3, "uint16")                                                                          \
+    X(int, INT32, 6, 4, "int32")                                                                                       \
+    X(unsigned int, UINT32, 7, 5, "uint32")                                                                            \
+    X(std::int64_t, INT64, 10, 6, "int64")                                                                             \
+    X(std::uint64_t, UINT64, 11, 7, "uint64")                                                                          \
+    X(float, FLOAT, 12, 8, "float")                                                                                    \
+    X(double, DOUBLE, 13, 9, "double")
+
+/// The twelve types that a plain value wrapper holds: X(type, STEM, code, -, class name).
+#define TIVOR_SCALAR_TYPES(X)                                                                                          \
+    X(bool, BOOL, 1, 0, "bool")                                                                                        \
+    TIVOR_NUMERIC_TYPES(X)                                                                                             \
+    X(::Qor::Tivor::Long32, LONG, 8, 0, "long")
+
+/// The eleven element types of matrices, in both storage orders: X(type, STEM, -, position, -).
+#define TIVOR_MATRIX_ELEMENT_TYPES(X) TIVOR_NUMERIC_TYPES(X) X(std::complex<double>, COMPLEX, 0, 10, "")
+
+/// The thirteen element types of scalar arrays: X(STEM, name).
+#define TIVOR_ARRAY_ELEMENT_NAMES(X)                                                                                   \
+    X("int8") X("uint8") X("int16") X("uint16") X("int32") X("uint32") X("long") X("ulong") X("float") X("double")     \
+    X("int64") X("uint64") X("bool")
+
+/// The fourteen numeric element types of the standard collections; strings and unitized values complete the seventeen.
+#define TIVOR_COLLECTION_ELEMENT_NAMES(X) TIVOR_ARRAY_ELEMENT_NAMES(X) X("schar")
+
+/// The type identifier of a data object. The low seven bits are the type code of the binary header; bit 7 of a stored
+/// code is a flag that readers mask off.
+enum ETypeID : std::uint32_t {
+    eNO_TYPE = 0,
+#define TIVOR_ROW(T, STEM, code, position, name) e##STEM = code,
+    TIVOR_SCALAR_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+    eULONG = 9, ///< an element type only
+    eSIGNED_INTEGRAL_TYPE = 14,
+    eUNSIGNED_INTEGRAL_TYPE = 15,
+    eFLOATING_POINT_TYPE = 16,
+    eCOMPLEX = 20,
+    eASCII_STRING = 21,
+    eUNICODE_STRING = 22,
+    eTIME = 23,
+    eELAPSE = 24,
+    eERROR = 25,
+    eUNIT_DESCRIPTOR = 26,
+    eUNITIZED_VALUE = 27,
+    eDATA_SET = 28,
+    ePROPERTY_CONTAINER = 29,
+    ePOSITION_1D = 30,
+    ePOSITION_2D = 31,
+#define TIVOR_ROW(T, STEM, code, position, name)                                                                       \
+    eVECTOR_##STEM = 32 + position, eMATRIX_##STEM = 80 + position, eFORTRAN_MATRIX_##STEM = 96 + position,
+    TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+    eVECTOR_UNITIZED = 43,
+    eSCALAR_ARRAY = 64,
+    eSCALAR_CONTAINER = 65,
+    eSTRING_CONTAINER = 66,
+    eSTRING_MAP = 67,
+    eUNITIZED_CONTAINER = 68,
+    eNAMED_CLASS = 124,
+    eDATA_CONTAINER = 125,
+    eESCAPE = 127
+};
+
+/// What follows the type code in a binary header.
+enum class EHeaderKind : std::uint8_t {
+    external,     ///< class name, version, module, data size
+    nameCarrying, ///< class name, data size
+    fixedSize,    ///< nothing: everything is implied
+    sized,        ///< data size
+    never         ///< the class does not occur in files
+};
+
+/// How many objects of a class its pool keeps for reuse.
+enum class EPool : std::uint8_t { none, small, large };
+
+/// What is known about one built-in class before any object of it exists.
+struct TypeFacts {
+    ETypeID id;
+    std::string_view className; ///< empty: the class name is the object's own
+    EHeaderKind header;
+    std::uint8_t constantSize; ///< bytes of data for `fixedSize`, else 0
+    EPool pool;
+};
+
+/// One row per built-in class.
+inline constexpr auto builtInTypeFacts = std::to_array<TypeFacts>({
+    {eBOOL, "bool", EHeaderKind::fixedSize, 1, EPool::large},
+#define TIVOR_ROW(T, STEM, code, position, name) {e##STEM, name, EHeaderKind::fixedSize, sizeof(T), EPool::large},
+    TIVOR_NUMERIC_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+    {eLONG, "long", EHeaderKind::fixedSize, 4, EPool::large},
+    {eSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
+    {eUNSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
+    {eFLOATING_POINT_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
+    {eCOMPLEX, "complex_int16", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eCOMPLEX, "complex_int32", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eCOMPLEX, "complex_long", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eCOMPLEX, "complex_int64", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eCOMPLEX, "complex_float", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eCOMPLEX, "complex_double", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eASCII_STRING, "AsciiString", EHeaderKind::sized, 0, EPool::large},
+    {eUNICODE_STRING, "UnicodeString", EHeaderKind::sized, 0, EPool::large},
+    {eTIME, "QORTime", EHeaderKind::fixedSize, 9, EPool::small},
+    {eELAPSE, "QORElapse", EHeaderKind::fixedSize, 9, EPool::small},
+    {eERROR, "QORError", EHeaderKind::sized, 0, EPool::small},
+    {eUNIT_DESCRIPTOR, "UnitDescriptor", EHeaderKind::sized, 0, EPool::small},
+    {eUNITIZED_VALUE, "UnitizedValue", EHeaderKind::sized, 0, EPool::large},
+    {eDATA_SET, "DataSet", EHeaderKind::sized, 0, EPool::none},
+    {ePROPERTY_CONTAINER, "PropertyContainer", EHeaderKind::never, 0, EPool::none},
+    {ePOSITION_1D, "Position1D", EHeaderKind::never, 0, EPool::none},
+    {ePOSITION_2D, "Position2D", EHeaderKind::never, 0, EPool::none},
+#define TIVOR_ROW(T, STEM, code, position, name)                                                                       \
+    {eVECTOR_##STEM, "Vector", EHeaderKind::sized, 0, EPool::none},                                                    \
+        {eMATRIX_##STEM, "Matrix", EHeaderKind::sized, 0, EPool::none},                                                \
+        {eFORTRAN_MATRIX_##STEM, "FortranMatrix", EHeaderKind::sized, 0, EPool::none},
+    TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+    {eVECTOR_UNITIZED, "Vector", EHeaderKind::sized, 0, EPool::none},
+#define TIVOR_ROW(element) {eSCALAR_ARRAY, "Array_" element, EHeaderKind::nameCarrying, 0, EPool::none},
+    TIVOR_ARRAY_ELEMENT_NAMES(TIVOR_ROW)
+#undef TIVOR_ROW
+#define TIVOR_SEQUENCES(id, element)                                                                                   \
+    {id, "StdVector_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                             \
+        {id, "StdList_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                           \
+        {id, "StdDeque_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                          \
+        {id, "StdSet_" element, EHeaderKind::nameCarrying, 0, EPool::none},
+#define TIVOR_ROW(element) TIVOR_SEQUENCES(eSCALAR_CONTAINER, element)
+    TIVOR_COLLECTION_ELEMENT_NAMES(TIVOR_ROW)
+#undef TIVOR_ROW
+#define TIVOR_ROW(element)                                                                                             \
+    TIVOR_SEQUENCES(eSTRING_CONTAINER, element)                                                                        \
+    {eSTRING_CONTAINER, "StdUnorderedSet_" element, EHeaderKind::nameCarrying, 0, EPool::none},                        \
+        {eSTRING_MAP, "StdMap_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                   \
+        {eSTRING_MAP, "StdUnorderedMap_" element, EHeaderKind::nameCarrying, 0, EPool::none},
+    TIVOR_ROW("AsciiString") TIVOR_ROW("UnicodeString")
+#undef TIVOR_ROW
+    TIVOR_SEQUENCES(eUNITIZED_CONTAINER, "UnitizedValue")
+#undef TIVOR_SEQUENCES
+    {eNAMED_CLASS, "FixedSpacing2D", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eNAMED_CLASS, "FixedSpacing1D", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eNAMED_CLASS, "Data2D", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eNAMED_CLASS, "Data1D", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eNAMED_CLASS, "ArrayPosition1D", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eNAMED_CLASS, "ArrayPosition2D", EHeaderKind::nameCarrying, 0, EPool::none},
+    {eDATA_CONTAINER, "DataContainer", EHeaderKind::sized, 0, EPool::small},
+});
+
+/// The bit of a stored type code that is carried along and never changes its meaning.
+inline constexpr std::uint16_t typeCodeFlag = 0x80;
+
+constexpr std::uint16_t WithoutFlag(std::uint16_t typeCode) { return typeCode & 0xFF7F; }
+
+/// The codes whose header carries the class name, those among them that no class uses yet included.
+constexpr bool CarriesClassName(std::uint16_t code) {
+    switch (code) {
+    case eSIGNED_INTEGRAL_TYPE:
+    case eUNSIGNED_INTEGRAL_TYPE:
+    case eFLOATING_POINT_TYPE:
+    case eCOMPLEX:
+    case eSCALAR_ARRAY:
+    case eSCALAR_CONTAINER:
+    case eSTRING_CONTAINER:
+    case eSTRING_MAP:
+    case eUNITIZED_CONTAINER:
+    case 69:
+    case 72:
+    case eNAMED_CLASS:
+        return true;
+    default:
+        return false;
+    }
+}
+
+namespace Details {
+
+/// Position of the row of each code that implies its class, or -1.
+inline constexpr auto compactRows = [] {
+    std::array<std::int16_t, 128> rows{};
+    rows.fill(-1);
+    for (std::size_t i = 0; i < builtInTypeFacts.size(); ++i)
+        if (!CarriesClassName(static_cast<std::uint16_t>(builtInTypeFacts[i].id)))
+            rows[builtInTypeFacts[i].id] = static_cast<std::int16_t>(i);
+    return rows;
+}();
+
+constexpr bool TypeFactsAreSound() {
+    for (std::size_t i = 0; i < builtInTypeFacts.size(); ++i) {
+        const TypeFacts& row = builtInTypeFacts[i];
+        if (row.id == eNO_TYPE || row.id >= eESCAPE)
+            return false;
+        if (CarriesClassName(static_cast<std::uint16_t>(row.id)) != (row.header == EHeaderKind::nameCarrying))
+            return false;
+        if ((row.header == EHeaderKind::fixedSize) != (row.constantSize != 0))
+            return false;
+        for (std::size_t j = 0; j < i; ++j)
+            if (builtInTypeFacts[j].id == row.id &&
+                (row.header != EHeaderKind::nameCarrying || builtInTypeFacts[j].className == row.className))
+                return false;
+    }
+    return true;
+}
+static_assert(TypeFactsAreSound(), "two built-in classes collide, or a row contradicts its header kind");
+
+} // namespace Details
+
+/// The facts of the class that a code implies; null for the codes that carry a class name, and for unknown ones.
+constexpr const TypeFacts* FindTypeFacts(std::uint32_t typeCode) {
+    const std::uint16_t code = WithoutFlag(static_cast<std::uint16_t>(typeCode));
+    if (typeCode > 0xFF || Details::compactRows[code] < 0)
+        return nullptr;
+    return &builtInTypeFacts[static_cast<std::size_t>(Details::compactRows[code])];
+}
+
+/// The pool of the classes with that identifier.
+constexpr EPool GetPoolKind(ETypeID id) {
+    for (const TypeFacts& row : builtInTypeFacts)
+        if (row.id == id)
+            return row.pool;
+    return EPool::none;
+}
+
+static_assert(sizeof(char) == 1 && static_cast<char>(-1) < 0, "char is the signed 8-bit integer of the files");
+
+} // namespace Qor::Tivor

@@ -1,0 +1,91 @@
+#include "ContainerState.h"
+
+#include "../serialization/DataBlock.h"
+#include "../serialization/FramedWrite.h"
+
+#include <QorCore/LockSet.h>
+#include <QorCore/Message.h>
+
+namespace Qor::Tivor {
+
+namespace {
+
+const char* const inputCategory = "Qor.Tivor.DataContainer.InputData";
+
+std::uint64_t OutputEndMarker(Core::BinaryOutputStream& binaryStream) {
+    Core::DataOutputStream stream(binaryStream);
+    stream.Write(std::string_view());
+    stream.Write(static_cast<std::uint8_t>(eESCAPE));
+    stream.Write(DataObjectHeader::endCode);
+    return Core::GetSerializedStringSize({}) + 3;
+}
+
+[[noreturn]] void RaiseNoXML() {
+    Core::Error::RaiseError(Core::LogicError("A container cannot take its XML form: XML is not built yet"),
+                            QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainer");
+}
+
+} // namespace
+
+std::uint64_t DataContainer::OutputData(Core::BinaryOutputStream& stream, bool lock) const {
+    const NestingLevel level;
+    std::optional<FramedWrite> outermost;
+    if (lock && FramedWrite::Current() == nullptr) {
+        std::vector<std::shared_ptr<Core::Lock>> locks;
+        AcquireLocks(locks);
+        outermost.emplace(std::move(locks));
+    }
+    std::uint64_t size = 0;
+    for (const Entry& entry : *this)
+        size += OutputBlockIfSerializable(stream, entry.key, *entry.object).value_or(0);
+    return size + OutputEndMarker(stream);
+}
+
+void DataContainer::OutputData(std::ostream&, Core::XMLWriter&, bool) const { RaiseNoXML(); }
+
+void DataContainer::Output(std::ostream&, Core::XMLWriter&, const std::string&) const { RaiseNoXML(); }
+
+std::uint64_t DataContainer::InputData(Core::BinaryInputStream& stream) {
+    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
+    std::uint64_t bytesRead = 0;
+    if (IsEmpty()) {
+        try {
+            ReadEntries(stream, bytesRead);
+        } catch (...) {
+            Clear();
+            throw;
+        }
+    } else {
+        DataContainer read(DefaultsToLockableData());
+        read.ReadEntries(stream, bytesRead);
+        const DataContainer former(*this);
+        try {
+            Append(read);
+        } catch (...) {
+            Assign(former);
+            throw;
+        }
+    }
+    return bytesRead;
+}
+
+void DataContainer::ReadEntries(Core::BinaryInputStream& stream, std::uint64_t& bytesRead) {
+    const NestingLevel level;
+    const bool lockable = DefaultsToLockableData();
+    std::string key;
+    DataObjectHeader header;
+    for (;;) {
+        bytesRead += SerializationManager::InputDataHeader(stream, key, header);
+        if (header.IsEnd())
+            return;
+        std::shared_ptr<DataObject> object = SerializationManager::InputDataBlock(stream, key, header, inputCategory);
+        bytesRead += header.dataSize;
+        if (!object)
+            continue;
+        if (lockable)
+            object->EnableDataLocking();
+        PutDataObject(key, std::move(object));
+    }
+}
+
+} // namespace Qor::Tivor

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <Tivor/DataObject.h>
+
+#include <QorCore/Context.h>
+
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+namespace Qor::Tivor {
+
+/// The outermost framed write of a thread. It holds all locks below the object that is written, so blocks inside lock
+/// nothing, and a container's size, asked for once, stays true until the end.
+class FramedWrite {
+public:
+    explicit FramedWrite(std::vector<std::shared_ptr<Core::Lock>> locks)
+        : m_locks(std::move(locks)), m_outer(std::exchange(Core::Context::Current().operation, this)) {}
+    FramedWrite(const FramedWrite&) = delete;
+    FramedWrite& operator=(const FramedWrite&) = delete;
+    ~FramedWrite() { Core::Context::Current().operation = m_outer; }
+
+    static FramedWrite* Current() { return static_cast<FramedWrite*>(Core::Context::Current().operation); }
+
+    std::optional<std::uint64_t> FindSize(const void* container) const {
+        const auto found = m_sizes.find(container);
+        return found != m_sizes.end() ? std::optional(found->second) : std::nullopt;
+    }
+    void KeepSize(const void* container, std::uint64_t size) { m_sizes.emplace(container, size); }
+
+private:
+    std::vector<std::shared_ptr<Core::Lock>> m_locks;
+    std::unordered_map<const void*, std::uint64_t> m_sizes;
+    void* m_outer;
+};
+
+} // namespace Qor::Tivor

@@ -1,0 +1,63 @@
+// Data block of a number: its little-endian bytes at their own width; a bool is one byte, and whatever is not 0 reads as
+// true.
+
+#include "BuiltInTraitsBodies.h"
+#include "ValueSerializer.h"
+
+#include <QorCore/DataStreams.h>
+
+namespace Qor::Tivor {
+
+namespace {
+
+template <class T>
+class NumberSerializer final : public ValueSerializer<T> {
+public:
+    using ValueSerializer<T>::ValueSerializer;
+
+    std::uint64_t GetDataSize_bytes() const override { return sizeof(T); }
+    bool DataSizeIsConstant() const override { return true; }
+
+    std::uint64_t DataFromBinary(std::uint64_t, Core::BinaryInputStream& stream) override {
+        T value;
+        if (const std::uint64_t got = ReadNumber(stream, value); got < sizeof(T))
+            this->RaiseEndOfStream(got, sizeof(T));
+        this->m_object.SetValue(std::move(value));
+        return sizeof(T);
+    }
+
+    std::uint64_t DataToBinary(Core::BinaryOutputStream& stream) override {
+        const auto lock = this->m_object.GetDataLock();
+        stream.Write(&this->m_object.GetValue(), sizeof(T));
+        return sizeof(T);
+    }
+
+private:
+    static std::uint64_t ReadNumber(Core::BinaryInputStream& stream, T& value) {
+        if constexpr (std::is_same_v<T, bool>) {
+            std::uint8_t byte = 0;
+            const std::uint64_t got = stream.Read(&byte, sizeof byte);
+            value = byte != 0;
+            return got;
+        } else {
+            return stream.Read(&value, sizeof value);
+        }
+    }
+};
+
+} // namespace
+
+template <class T, ETypeID id>
+std::shared_ptr<Serializer> BuiltInTraits<T, id>::MakeSerializer(Data<T>& object) {
+    static_assert(sizeof(T) == FindTypeFacts(id)->constantSize);
+    return Details::MakePooled<id, EPooled::serializer, NumberSerializer<T>>(object);
+}
+
+#define TIVOR_VALUE(T, id)                                                                                             \
+    template struct BuiltInTraits<T, id>;                                                                              \
+    template class GenericWrapper<T>;                                                                                  \
+    template class Data<T>;
+TIVOR_BUILT_IN_SCALARS
+#undef TIVOR_VALUE
+
+} // namespace Qor::Tivor

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QorCore/PathName.h>
+
+#include <filesystem>
+
+namespace Qor::Core {
+
+/// UTF-8 both ways; plain strings would pass through the code page on Windows.
+inline std::filesystem::path ToNative(const PathName& path) {
+    const std::string& text = path.ToString();
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
+inline PathName FromNative(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return PathName(std::string(text.begin(), text.end()));
+}
+
+} // namespace Qor::Core

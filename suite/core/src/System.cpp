@@ -1,0 +1,63 @@
+#include "FileError.h"
+#include "NativePath.h"
+
+#include <QorCore/System.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace Qor::Core {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Greedy with one point of return, the last '*': linear in practice and never exponential.
+bool Fits(std::string_view name, std::string_view pattern) {
+    std::size_t n = 0;
+    std::size_t p = 0;
+    std::size_t star = std::string_view::npos;
+    std::size_t resume = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && pattern[p] == '*') {
+            star = p++;
+            resume = n;
+        } else if (p < pattern.size() && (pattern[p] == '?' || Lower(pattern[p]) == Lower(name[n]))) {
+            ++p;
+            ++n;
+        } else if (star != std::string_view::npos) {
+            p = star + 1;
+            n = ++resume;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('*', p) == std::string_view::npos;
+}
+
+} // namespace
+
+void System::EnumFiles(const PathName& directory, const std::string& pattern, std::vector<PathName>& files) {
+    std::vector<PathName> found;
+    std::error_code error;
+    for (fs::directory_iterator entry(ToNative(directory), error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code unknownKind;
+        if (entry->is_regular_file(unknownKind) && Fits(FromNative(entry->path().filename()).ToString(), pattern))
+            found.push_back(FromNative(entry->path()));
+    }
+    std::sort(found.begin(), found.end());
+    files.insert(files.end(), found.begin(), found.end());
+}
+
+void System::Replace(const PathName& from, const PathName& to) {
+    const FileStatus status = FileSystem::Current().Replace(from, to);
+    if (!status.IsOk())
+        RaiseFileError("give a file the name \"" + to.ToString() + "\"", from, status, QOR_CODE_CONTEXT("System"));
+}
+
+} // namespace Qor::Core

@@ -1,0 +1,43 @@
+#include "../FileError.h"
+#include "../NativePath.h"
+
+#include <QorCore/System.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <limits>
+#include <system_error>
+#include <unistd.h>
+
+namespace Qor::Core {
+
+std::uint64_t System::GetPageSize() {
+    return static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+}
+
+PathName System::GetProcessDirectory() {
+    const std::filesystem::path self("/proc/self/exe");
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink(self, error);
+    if (error)
+        RaiseFileError("learn the executable file of the process", FromNative(self), {eFILE_OTHER, error.value()},
+                       QOR_CODE_CONTEXT("System"));
+    return FromNative(executable.parent_path());
+}
+
+std::uint64_t System::GetProcessNumber() {
+    return static_cast<std::uint64_t>(::getpid());
+}
+
+bool System::IsProcessRunning(std::uint64_t processNumber) {
+    if (processNumber == 0 || processNumber > static_cast<std::uint64_t>(std::numeric_limits<pid_t>::max()))
+        return false;
+    return ::kill(static_cast<pid_t>(processNumber), 0) == 0 || errno == EPERM;
+}
+
+std::string System::DescribeError(std::int32_t systemError) {
+    return std::generic_category().message(systemError);
+}
+
+} // namespace Qor::Core

@@ -1,0 +1,411 @@
+#include <QorCore/Alert.h>
+#include <QorCore/Context.h>
+#include <QorCore/LockSet.h>
+#include <QorCore/Mutex.h>
+#include <QorCore/Notification.h>
+#include <QorCore/ReadersWriterMutex.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Qor::Core;
+using namespace std::chrono_literals;
+
+void OnAnotherThread(const std::function<void()>& work) {
+    std::thread(work).join();
+}
+
+void OnThreads(int count, const std::function<void(int)>& work) {
+    std::vector<std::thread> threads;
+    for (int index = 0; index < count; ++index)
+        threads.emplace_back(work, index);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+bool IsFreeForOthers(Mutex& mutex) {
+    bool isFree = false;
+    OnAnotherThread([&] {
+        isFree = mutex.TryAcquire();
+        if (isFree)
+            mutex.Release();
+    });
+    return isFree;
+}
+
+void WaitUntil(const std::atomic<bool>& flag) {
+    while (!flag)
+        std::this_thread::yield();
+}
+
+// Long enough for a thread that does not wait, although it should, to be seen.
+void LetOthersRun() {
+    std::this_thread::sleep_for(20ms);
+}
+
+TEST(Mutex, IsFreeWhenItsOwnerReleasedItAsOftenAsItAcquiredIt) {
+    Mutex mutex;
+    for (const int depth : {1, 2, 65'535, 65'536, 200'000}) {
+        for (int level = 0; level < depth; ++level)
+            mutex.Acquire();
+        EXPECT_TRUE(mutex.IsHeldByCaller());
+        for (int level = 1; level < depth; ++level)
+            mutex.Release();
+        EXPECT_FALSE(IsFreeForOthers(mutex)) << depth;
+        mutex.Release();
+        EXPECT_FALSE(mutex.IsHeldByCaller());
+        EXPECT_TRUE(IsFreeForOthers(mutex)) << depth;
+    }
+}
+
+TEST(Mutex, ABorrowedContextEntersWhatTheLenderHolds) {
+    Mutex mutex;
+    const MutexGuard guard(mutex);
+    const Context& lender = Context::Current();
+    OnAnotherThread([&] {
+        const std::uint64_t own = Context::Current().lockOwner;
+        {
+            const Context::Loan loan(lender);
+            const MutexGuard again(mutex);
+            EXPECT_TRUE(mutex.IsHeldByCaller());
+        }
+        EXPECT_EQ(Context::Current().lockOwner, own);
+        EXPECT_FALSE(mutex.TryAcquire());
+    });
+    EXPECT_TRUE(mutex.IsHeldByCaller());
+}
+
+TEST(Mutex, ExcludesUnderContention) {
+    Mutex mutex;
+    int count = 0;
+    OnThreads(4, [&](int) {
+        for (int round = 0; round < 20'000; ++round) {
+            const MutexGuard guard(mutex);
+            const MutexGuard again(mutex);
+            ++count;
+        }
+    });
+    EXPECT_EQ(count, 80'000);
+}
+
+TEST(Lock, MayEndOnAnotherThread) {
+    const auto mutex = std::make_shared<Mutex>();
+    auto lock = std::make_shared<Lock>(mutex);
+    EXPECT_FALSE(IsFreeForOthers(*mutex));
+    OnAnotherThread([&] {
+        EXPECT_EQ(Lock::Try(mutex), nullptr);
+        lock.reset();
+        EXPECT_NE(Lock::Try(mutex), nullptr);
+    });
+    EXPECT_TRUE(IsFreeForOthers(*mutex));
+}
+
+TEST(Lock, AListReleasesInReverseOrder) {
+    // Each mutex notes, when its lock lets it go, which are held still.
+    for (const int way : {0, 1, 2}) {
+        std::vector<Mutex> mutexes(5);
+        std::vector<std::string> notes;
+        std::vector<std::shared_ptr<Lock>> locks;
+        for (Mutex& mutex : mutexes)
+            Lock::Append(locks, std::make_shared<Lock>(std::shared_ptr<Mutex>(&mutex, [&](Mutex*) {
+                             std::string note;
+                             for (const Mutex& each : mutexes)
+                                 note += each.IsHeldByCaller() ? 'X' : '.';
+                             notes.push_back(note);
+                         })));
+        if (way == 0)
+            locks.clear();
+        else if (way == 1)
+            OnAnotherThread([list = std::move(locks)]() mutable { list.clear(); });
+        else
+            while (!locks.empty())
+                locks.pop_back();
+        ASSERT_EQ(notes.size(), 5u);
+        EXPECT_TRUE(std::is_sorted(notes.rbegin(), notes.rend()));
+        for (const std::string& note : notes)
+            EXPECT_EQ(note.find(".X"), std::string::npos) << note;
+        EXPECT_TRUE(std::all_of(mutexes.begin(), mutexes.end(), IsFreeForOthers));
+    }
+}
+
+TEST(Lock, AListOfManyEndsWithoutDeepRecursion) {
+    const auto mutex = std::make_shared<Mutex>();
+    std::vector<std::shared_ptr<Lock>> locks;
+    for (int count = 0; count < 200'000; ++count)
+        Lock::Append(locks, std::make_shared<Lock>(count % 2 == 0 ? mutex : std::make_shared<Mutex>()));
+    EXPECT_FALSE(IsFreeForOthers(*mutex));
+    locks.clear();
+    EXPECT_TRUE(IsFreeForOthers(*mutex));
+}
+
+TEST(LockSet, SetsInAnyOrderDoNotDeadlock) {
+    std::vector<std::shared_ptr<Mutex>> mutexes;
+    while (mutexes.size() < 6)
+        mutexes.push_back(std::make_shared<Mutex>());
+    int count = 0;
+    OnThreads(4, [&](int seed) {
+        std::minstd_rand random(static_cast<unsigned>(seed + 1));
+        auto order = mutexes;
+        for (int round = 0; round < 500; ++round) {
+            std::shuffle(order.begin(), order.end(), random);
+            std::vector<std::shared_ptr<Lock>> locks;
+            LockSet::Acquire(locks, [&] {
+                for (const auto& mutex : order)
+                    if (LockSet::Collecting()->Add(mutex) == LockSet::EResult::busy)
+                        return;
+            });
+            ASSERT_EQ(locks.size(), mutexes.size());
+            ++count;
+        }
+    });
+    EXPECT_EQ(count, 2000);
+}
+
+TEST(ReadersWriterMutex, IsReentrantForItsOwner) {
+    ReadersWriterMutex mutex;
+    const Context& lender = Context::Current();
+    {
+        WriterLock outer(mutex);
+        const WriterLock inner(mutex);
+        ReaderLock reader(mutex);
+        OnAnotherThread([&] {
+            const Context::Loan loan(lender);
+            const WriterLock borrowed(mutex);
+        });
+        outer.Release();
+        outer.Release();
+        reader.Release();
+        const WriterLock again(mutex);
+    }
+    // A waiting writer holds up those who come newly, not those who read already.
+    std::atomic<bool> isWritten{false};
+    std::atomic<bool> isReadByOther{false};
+    std::optional<ReaderLock> reading(std::in_place, mutex);
+    EXPECT_THROW(WriterLock{mutex}, LogicError);
+    std::thread writer([&] {
+        const WriterLock lock(mutex);
+        EXPECT_FALSE(isReadByOther);
+        isWritten = true;
+    });
+    LetOthersRun();
+    std::thread other([&] {
+        const ReaderLock lock(mutex);
+        isReadByOther = true;
+    });
+    {
+        const ReaderLock again(mutex);
+        LetOthersRun();
+        EXPECT_FALSE(isWritten);
+    }
+    EXPECT_FALSE(isWritten);
+    reading.reset();
+    writer.join();
+    other.join();
+    EXPECT_TRUE(isWritten && isReadByOther);
+}
+
+TEST(ReadersWriterMutex, ReadersMeetEachOtherAndWritersNobody) {
+    ReadersWriterMutex mutex;
+    {
+        const ReaderLock reader(mutex);
+        OnAnotherThread([&] { const ReaderLock together(mutex); });
+    }
+    int written = 0;
+    OnThreads(4, [&](int thread) {
+        for (int round = 0; round < 3000; ++round)
+            if ((round + thread) % 3 == 0) {
+                const WriterLock lock(mutex);
+                written += 2;
+                --written;
+            } else {
+                const ReaderLock lock(mutex);
+                const int before = written;
+                const ReaderLock again(mutex);
+                ASSERT_EQ(written, before);
+            }
+    });
+    EXPECT_EQ(written, 4000);
+}
+
+// Counts its calls, and does what it was told to do in them.
+class Listener : public NotificationListener {
+public:
+    explicit Listener(std::function<void()> action = [] {}) : m_action(std::move(action)) {}
+    ~Listener() override { Unregister(); }
+
+    void OnEvent() {
+        ++*m_calls;
+        m_action();
+    }
+    int GetCalls() const { return *m_calls; }
+
+private:
+    std::function<void()> m_action;
+    // On the heap, where a call after the end is seen.
+    std::unique_ptr<std::atomic<int>> m_calls = std::make_unique<std::atomic<int>>(0);
+};
+
+void Notify(const NotificationSupport& support) {
+    support.Broadcast([](NotificationListener& listener) { static_cast<Listener&>(listener).OnEvent(); });
+}
+
+TEST(Notification, ReachesEachListenerOnceAndNoneThatLeft) {
+    NotificationSupport support;
+    EXPECT_FALSE(support.HasListeners());
+    Notify(support);
+    Listener first;
+    Listener second;
+    support.AddListener(first);
+    support.AddListener(second);
+    support.AddListener(first);
+    Notify(support);
+    EXPECT_EQ(first.GetCalls(), 1);
+    EXPECT_EQ(second.GetCalls(), 1);
+    support.RemoveListener(first);
+    support.RemoveListener(first);
+    Notify(support);
+    EXPECT_EQ(first.GetCalls(), 1);
+    {
+        Listener third;
+        support.AddListener(third);
+        second.Unregister();
+        EXPECT_TRUE(support.HasListeners());
+    }
+    EXPECT_FALSE(support.HasListeners());
+    support.AddListener(second);
+    support.AddListener(first);
+    support.RemoveAll();
+    Notify(support);
+    EXPECT_EQ(second.GetCalls(), 2);
+    {
+        NotificationSupport shortLived;
+        shortLived.AddListener(first);
+    }
+    for (int count = 0; count < 100; ++count)
+        NotificationSupport().AddListener(first);
+    support.AddListener(first);
+    Notify(support);
+    EXPECT_EQ(first.GetCalls(), 2);
+}
+
+TEST(Notification, ChangesDuringADeliveryHoldFromThere) {
+    auto support = std::make_unique<NotificationSupport>();
+    Listener added;
+    Listener removed;
+    Listener changing([&] {
+        support->AddListener(added);
+        support->RemoveListener(removed);
+        support->RemoveListener(changing);
+    });
+    auto dying = std::make_unique<Listener>();
+    Listener killing([&] { dying.reset(); });
+    std::unique_ptr<Listener> suicidal;
+    suicidal = std::make_unique<Listener>([&] { suicidal.reset(); });
+    for (Listener* const listener : {&changing, &removed, &killing, dying.get(), suicidal.get()})
+        support->AddListener(*listener);
+    Notify(*support);
+    EXPECT_EQ(changing.GetCalls() + removed.GetCalls() + added.GetCalls(), 1);
+    EXPECT_EQ(suicidal, nullptr);
+    Notify(*support);
+    EXPECT_EQ(changing.GetCalls(), 1);
+    EXPECT_EQ(added.GetCalls(), 1);
+
+    Listener destroying([&] { support.reset(); });
+    Listener late;
+    support->AddListener(destroying);
+    support->AddListener(late);
+    Notify(*support);
+    EXPECT_EQ(support, nullptr);
+    EXPECT_EQ(late.GetCalls(), 0);
+}
+
+TEST(Notification, ExceptionsDoNotKeepTheOthersFromBeingCalled) {
+    NotificationSupport support;
+    Listener quiet;
+    Listener first([] { throw std::runtime_error("first"); });
+    Listener second([] { throw std::runtime_error("second"); });
+    for (Listener* const listener : {&first, &second, &quiet})
+        support.AddListener(*listener);
+    try {
+        Notify(support);
+        ADD_FAILURE();
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "first");
+    }
+    EXPECT_EQ(quiet.GetCalls(), 1);
+    EXPECT_EQ(second.GetCalls(), 1);
+    // Nobody is taken for being called still.
+    OnAnotherThread([&] { support.RemoveAll(); });
+}
+
+TEST(Notification, ARemovalWaitsForADeliveryOnAnotherThread) {
+    using Removal = void (*)(NotificationSupport&, Listener&);
+    const Removal removals[] = {[](NotificationSupport& support, Listener& l) { support.RemoveListener(l); },
+                                [](NotificationSupport& support, Listener&) { support.RemoveAll(); },
+                                [](NotificationSupport&, Listener& l) { l.Unregister(); }};
+    for (const Removal remove : removals) {
+        NotificationSupport support;
+        std::atomic<bool> isCalled{false};
+        std::atomic<bool> mayReturn{false};
+        std::atomic<bool> isRemoved{false};
+        Listener listener([&] {
+            isCalled = true;
+            WaitUntil(mayReturn);
+            EXPECT_FALSE(isRemoved);
+        });
+        support.AddListener(listener);
+        std::thread delivery([&] { Notify(support); });
+        WaitUntil(isCalled);
+        std::thread removal([&] {
+            remove(support, listener);
+            isRemoved = true;
+        });
+        LetOthersRun();
+        EXPECT_FALSE(isRemoved);
+        mayReturn = true;
+        removal.join();
+        delivery.join();
+        Notify(support);
+        EXPECT_EQ(listener.GetCalls(), 1);
+    }
+}
+
+TEST(Notification, ListenersComeAndGoDuringDeliveries) {
+    NotificationSupport support;
+    Listener lasting;
+    support.AddListener(lasting);
+    std::atomic<bool> isOver{false};
+    std::atomic<int> broadcasts{0};
+    OnThreads(4, [&](int thread) {
+        if (thread < 2) {
+            for (; !isOver || broadcasts < 100; ++broadcasts)
+                Notify(support);
+            return;
+        }
+        for (int round = 0; round < 1000; ++round) {
+            Listener passing;
+            support.AddListener(passing);
+            if (round % 2 == 0)
+                support.RemoveListener(passing);
+        }
+        isOver = true;
+    });
+    EXPECT_EQ(lasting.GetCalls(), broadcasts);
+    support.RemoveListener(lasting);
+    EXPECT_FALSE(support.HasListeners());
+}
+
+} // namespace
