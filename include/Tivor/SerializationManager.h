@@ -85,7 +85,7 @@ public:
     /// Raises `NullSerializer`, `EndOfStreamOnInput` when the stream ends within the block, and what the serializer
     /// raises; errors carry the name as variable "Key".
     static std::shared_ptr<DataObject> InputDataBlock(Core::BinaryInputStream& stream, const std::string& dataName,
-                                                      const DataObjectHeader& header, const std::string& category);
+                                                      const DataObjectHeader& header, const char* category);
 
     /// The bytes that `OutputDataBlock` will write; 0 for an object without a serializer.
     static std::uint64_t GetDataBlockSize_bytes(const std::string& dataName, DataObject& object);

@@ -21,10 +21,9 @@ std::recursive_mutex& NestingMutex() {
     return mutex;
 }
 
-std::shared_ptr<ContainerState> ContainerState::HeldBy(const DataObject& object) {
-    const auto* const reporting = dynamic_cast<const MutexLockableDataObject*>(&object);
-    return reporting != nullptr && reporting->m_holdsContainer
-               ? static_cast<const DataContainerWrapper*>(reporting)->GetState()
+std::shared_ptr<ContainerState> ContainerState::HeldBy(const MutexLockableDataObject* object) {
+    return object != nullptr && object->m_holdsContainer
+               ? static_cast<const DataContainerWrapper*>(object)->GetState()
                : nullptr;
 }
 

@@ -5,14 +5,28 @@
 
 #include <QorCore/LockSet.h>
 
+#include <array>
+#include <functional>
+#include <typeinfo>
 #include <utility>
 
 namespace Qor::Tivor {
 
 namespace {
 
-// Reports its changes, or null.
-MutexLockableDataObject* AsReporting(DataObject& object) { return dynamic_cast<MutexLockableDataObject*>(&object); }
+// The object as one that reports its changes, or null. A type that derives from the reporting base at its very
+// beginning, as nearly all do, is looked into only once.
+MutexLockableDataObject* AsReporting(DataObject& object) {
+    static std::array<std::atomic<const std::type_info*>, 64> reporting{};
+    const std::type_info& type = typeid(object);
+    auto& known = reporting[std::hash<const void*>()(&type) / alignof(std::type_info) % reporting.size()];
+    if (known.load(std::memory_order_relaxed) == &type)
+        return static_cast<MutexLockableDataObject*>(&object);
+    auto* const found = dynamic_cast<MutexLockableDataObject*>(&object);
+    if (found != nullptr && static_cast<void*>(found) == dynamic_cast<void*>(&object))
+        known.store(&type, std::memory_order_relaxed);
+    return found;
+}
 
 } // namespace
 
@@ -33,55 +47,45 @@ std::unique_lock<std::mutex> ContainerState::LockStructure() {
     return m_isHeard ? std::unique_lock(LeafMutexOf(this)) : std::unique_lock<std::mutex>();
 }
 
-void ContainerState::Attach(std::uint64_t number, DataObject& object, bool unshared) {
-    MutexLockableDataObject* const reporting = AsReporting(object);
-    if (reporting == nullptr)
-        return;
-    if (unshared)
-        reporting->m_links.AddUnshared(m_parentOfEntries, number);
-    else
-        reporting->m_links.Add(m_parentOfEntries, number);
-}
-
 void ContainerState::Detach(std::uint64_t number, DataObject& object) {
     MutexLockableDataObject* const reporting = AsReporting(object);
     if (reporting == nullptr)
         return;
-    if (reporting->m_holdsContainer) {
-        const std::lock_guard graph(NestingMutex());
-        reporting->m_links.Remove(this, number);
-        Unnest(number, *HeldBy(object));
-    } else {
-        reporting->m_links.Remove(this, number);
-    }
-}
-
-std::uint64_t ContainerState::PlaceInTable(const std::string& key, std::shared_ptr<DataObject> object,
-                                           Change& change) {
-    const auto structure = LockStructure();
-    const NumberedEntry* const former = m_table.Find(key);
-    if (former == nullptr)
-        return m_table.Insert(key, std::move(object)).number;
-    change.m_takenOut.push_back(m_table.Replace(*former, std::move(object)));
-    return m_table.Find(key)->number;
+    const std::shared_ptr<ContainerState> child = HeldBy(reporting);
+    const auto graph = child ? std::unique_lock(NestingMutex()) : std::unique_lock<std::recursive_mutex>();
+    reporting->m_links.Remove(this, number);
+    if (child)
+        Unnest(number, *child);
 }
 
 void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> object, Change& change) {
-    if (const NumberedEntry* const former = m_table.Find(key); former != nullptr && former->object == object)
+    const std::uint32_t hash = HashOfKey(key);
+    const NumberedEntry* const former = m_table.Find(key, hash);
+    if (former != nullptr && former->object == object)
         return;
-    std::unique_lock<std::recursive_mutex> graph;
-    const std::shared_ptr<ContainerState> child = HeldBy(*object);
-    if (child) {
-        graph = std::unique_lock(NestingMutex());
-        RequireNestable(*this, *child);
-    }
+    MutexLockableDataObject* const reporting = AsReporting(*object);
     const bool unshared = object.use_count() == 1;
-    DataObject& stored = *object;
+    const std::shared_ptr<ContainerState> child = HeldBy(reporting);
+    const auto graph = child ? std::unique_lock(NestingMutex()) : std::unique_lock<std::recursive_mutex>();
+    if (child)
+        RequireNestable(*this, *child);
     Note(key, object, change);
-    const std::uint64_t number = PlaceInTable(key, std::move(object), change);
-    if (!change.m_takenOut.empty())
-        Detach(number, *change.m_takenOut.back());
-    Attach(number, stored, unshared);
+    std::uint64_t number = 0;
+    {
+        const auto structure = LockStructure();
+        if (former == nullptr) {
+            number = m_table.Insert(key, hash, std::move(object)).number;
+        } else {
+            number = former->number;
+            change.m_takenOut = m_table.Replace(*former, std::move(object));
+        }
+    }
+    if (change.m_takenOut)
+        Detach(number, *change.m_takenOut);
+    if (reporting != nullptr && unshared)
+        reporting->m_links.AddUnshared(m_parentOfEntries, number);
+    else if (reporting != nullptr)
+        reporting->m_links.Add(m_parentOfEntries, number);
     if (child)
         Nest(number, *child);
     MarkStale(number);

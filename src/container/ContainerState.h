@@ -36,7 +36,7 @@ public:
         friend class ContainerState;
         std::shared_ptr<ContainerState> m_state; // empty: nobody wants to know
         std::vector<std::pair<std::string, std::shared_ptr<DataObject>>> m_changed;
-        std::vector<std::shared_ptr<DataObject>> m_takenOut;
+        std::shared_ptr<DataObject> m_takenOut;
         std::shared_ptr<EntryBlock> m_block;
     };
 
@@ -51,7 +51,8 @@ public:
     void Put(const std::string& key, std::shared_ptr<DataObject> object, Change& change);
     std::shared_ptr<DataObject> Remove(const std::string& key, Change& change);
     void Clear(Change& change);
-    bool IsLockableByDefault() const { return m_lockableByDefault; }
+    /// May be asked without the mutex.
+    bool IsLockableByDefault() const { return m_lockableByDefault.load(std::memory_order_relaxed); }
     bool StandsAlone() const { return m_standsAlone; }
     void SetLockableByDefault(bool lockable) { m_lockableByDefault = lockable; }
     void EnableSizeTracking(bool enable);
@@ -70,7 +71,7 @@ public:
     std::shared_ptr<Core::Mutex> GetSharedMutex() { return {m_self.lock(), &mutex}; }
 
     /// The state that a data object holds, or an empty pointer.
-    static std::shared_ptr<ContainerState> HeldBy(const DataObject& object);
+    static std::shared_ptr<ContainerState> HeldBy(const MutexLockableDataObject* object);
     /// Makes `holder`, wherever it stands, hold `next` instead of `former`; `exchange` carries it out. Raises `LogicError`,
     /// changing nothing, where `next` must not stand there.
     static void ExchangeHeld(const MutexLockableDataObject& holder, const std::shared_ptr<ContainerState>& former,
@@ -86,9 +87,7 @@ private:
     struct SizeTracking;
 
     std::unique_lock<std::mutex> LockStructure();
-    void Attach(std::uint64_t number, DataObject& object, bool unshared);
     void Detach(std::uint64_t number, DataObject& object);
-    std::uint64_t PlaceInTable(const std::string& key, std::shared_ptr<DataObject> object, Change& change);
     void Note(const std::string& key, const std::shared_ptr<DataObject>& object, Change& change);
     void MarkStale(std::uint64_t number);
     void HearOf(std::uint64_t number, EDataChange change);
@@ -113,7 +112,7 @@ private:
     std::unique_ptr<Hearing> m_hearing;
     std::unique_ptr<SizeTracking> m_sizes;
     std::uint32_t m_height = 1;
-    bool m_lockableByDefault;
+    std::atomic<bool> m_lockableByDefault;
     bool m_standsAlone;
     std::atomic<bool> m_isHeard{false};
     std::atomic<bool> m_tracksSize{false};

@@ -257,7 +257,9 @@ void DataContainer::DefaultToLockableData(bool lockable) {
     ContainerAccess(*m_state)->SetLockableByDefault(lockable);
 }
 
-bool DataContainer::DefaultsToLockableData() const { return ContainerAccess(*m_state)->IsLockableByDefault(); }
+bool DataContainer::DefaultsToLockableData() const {
+    return m_state->StandsAlone() ? ContainerAccess(*m_state)->IsLockableByDefault() : m_state->IsLockableByDefault();
+}
 
 void DataContainer::EnableSizeTracking(bool enable) { ContainerAccess(*m_state)->EnableSizeTracking(enable); }
 

@@ -7,12 +7,12 @@
 
 namespace Qor::Tivor {
 
-const NumberedEntry* EntryTable::Find(const std::string& key) const {
+const NumberedEntry* EntryTable::Find(const std::string& key, std::uint32_t hash) const {
     if (!m_block)
         return nullptr;
     const std::vector<NumberedEntry>& entries = m_block->entries;
     const std::uint32_t position =
-        m_index.Find(HashOfKey(key), [&](std::uint32_t candidate) { return entries[candidate].key == key; });
+        m_index.Find(hash, [&](std::uint32_t candidate) { return entries[candidate].key == key; });
     return position != KeyIndex::none ? &entries[position] : nullptr;
 }
 
@@ -41,7 +41,8 @@ std::vector<NumberedEntry>& EntryTable::WritableEntries() {
     return m_block->entries;
 }
 
-const NumberedEntry& EntryTable::Insert(const std::string& key, std::shared_ptr<DataObject> object) {
+const NumberedEntry& EntryTable::Insert(const std::string& key, std::uint32_t hash,
+                                        std::shared_ptr<DataObject> object) {
     if (m_count >= KeyIndex::none - 1)
         Core::Error::RaiseError(
             Core::OutOfRangeError(Core::FormatText("A container holds at most %1% entries", {KeyIndex::none - 1})),
@@ -50,7 +51,7 @@ const NumberedEntry& EntryTable::Insert(const std::string& key, std::shared_ptr<
     const auto position = static_cast<std::uint32_t>(entries.size());
     entries.push_back({{key, std::move(object)}, m_lastNumber + 1});
     try {
-        m_index.Insert(HashOfKey(key), position);
+        m_index.Insert(hash, position);
     } catch (...) {
         entries.pop_back();
         throw;

@@ -29,11 +29,12 @@ public:
     const std::shared_ptr<EntryBlock>& GetBlock() const { return m_block; }
 
     /// The entry of the key, or null.
-    const NumberedEntry* Find(const std::string& key) const;
+    const NumberedEntry* Find(const std::string& key) const { return Find(key, HashOfKey(key)); }
+    const NumberedEntry* Find(const std::string& key, std::uint32_t hash) const;
     /// The entry of that number, or null.
     const NumberedEntry* FindNumber(std::uint64_t number) const;
     /// Inserts an entry for a key that has none.
-    const NumberedEntry& Insert(const std::string& key, std::shared_ptr<DataObject> object);
+    const NumberedEntry& Insert(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject> object);
     /// Puts another object in the place of an entry's and returns the former one.
     std::shared_ptr<DataObject> Replace(const NumberedEntry& entry, std::shared_ptr<DataObject> object);
     /// Takes the entry out and returns its object.

@@ -42,7 +42,7 @@ std::shared_ptr<DataObject> CreateObject(const DataObjectHeader& header, std::st
     return object;
 }
 
-void SkipBlock(Core::BinaryInputStream& stream, const DataObjectHeader& header, const std::string& category) {
+void SkipBlock(Core::BinaryInputStream& stream, const DataObjectHeader& header, const char* category) {
     if (const std::uint64_t skipped = stream.Skip(header.dataSize); skipped < header.dataSize)
         Core::Error::RaiseError(
             EndOfStreamOnInput(Core::FormatText("The stream ended after %1% of the %2% bytes of data of a %3%",
@@ -98,7 +98,7 @@ std::uint64_t SerializationManager::GetDataBlockSize_bytes(const std::string& da
 std::shared_ptr<DataObject> SerializationManager::InputDataBlock(Core::BinaryInputStream& stream,
                                                                  const std::string& dataName,
                                                                  const DataObjectHeader& header,
-                                                                 const std::string& category) {
+                                                                 const char* category) {
     try {
         std::string reason;
         std::shared_ptr<DataObject> object = CreateObject(header, reason);

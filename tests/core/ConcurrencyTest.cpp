@@ -56,7 +56,7 @@ void LetOthersRun() {
     std::this_thread::sleep_for(20ms);
 }
 
-TEST(Mutex, IsFreeWhenItsOwnerReleasedItAsOftenAsItAcquiredIt) {
+TEST(MutexThreads, IsFreeWhenItsOwnerReleasedItAsOftenAsItAcquiredIt) {
     Mutex mutex;
     for (const int depth : {1, 2, 65'535, 65'536, 200'000}) {
         for (int level = 0; level < depth; ++level)
@@ -71,7 +71,7 @@ TEST(Mutex, IsFreeWhenItsOwnerReleasedItAsOftenAsItAcquiredIt) {
     }
 }
 
-TEST(Mutex, ABorrowedContextEntersWhatTheLenderHolds) {
+TEST(MutexThreads, ABorrowedContextEntersWhatTheLenderHolds) {
     Mutex mutex;
     const MutexGuard guard(mutex);
     const Context& lender = Context::Current();
@@ -88,7 +88,7 @@ TEST(Mutex, ABorrowedContextEntersWhatTheLenderHolds) {
     EXPECT_TRUE(mutex.IsHeldByCaller());
 }
 
-TEST(Mutex, ExcludesUnderContention) {
+TEST(MutexThreads, ExcludesUnderContention) {
     Mutex mutex;
     int count = 0;
     OnThreads(4, [&](int) {
@@ -101,7 +101,7 @@ TEST(Mutex, ExcludesUnderContention) {
     EXPECT_EQ(count, 80'000);
 }
 
-TEST(Lock, MayEndOnAnotherThread) {
+TEST(LockThreads, MayEndOnAnotherThread) {
     const auto mutex = std::make_shared<Mutex>();
     auto lock = std::make_shared<Lock>(mutex);
     EXPECT_FALSE(IsFreeForOthers(*mutex));
@@ -113,7 +113,7 @@ TEST(Lock, MayEndOnAnotherThread) {
     EXPECT_TRUE(IsFreeForOthers(*mutex));
 }
 
-TEST(Lock, AListReleasesInReverseOrder) {
+TEST(LockThreads, AListReleasesInReverseOrder) {
     // Each mutex notes, when its lock lets it go, which are held still.
     for (const int way : {0, 1, 2}) {
         std::vector<Mutex> mutexes(5);
@@ -141,7 +141,7 @@ TEST(Lock, AListReleasesInReverseOrder) {
     }
 }
 
-TEST(Lock, AListOfManyEndsWithoutDeepRecursion) {
+TEST(LockThreads, AListOfManyEndsWithoutDeepRecursion) {
     const auto mutex = std::make_shared<Mutex>();
     std::vector<std::shared_ptr<Lock>> locks;
     for (int count = 0; count < 200'000; ++count)
@@ -151,7 +151,7 @@ TEST(Lock, AListOfManyEndsWithoutDeepRecursion) {
     EXPECT_TRUE(IsFreeForOthers(*mutex));
 }
 
-TEST(LockSet, SetsInAnyOrderDoNotDeadlock) {
+TEST(LockSetThreads, SetsInAnyOrderDoNotDeadlock) {
     std::vector<std::shared_ptr<Mutex>> mutexes;
     while (mutexes.size() < 6)
         mutexes.push_back(std::make_shared<Mutex>());
@@ -174,7 +174,7 @@ TEST(LockSet, SetsInAnyOrderDoNotDeadlock) {
     EXPECT_EQ(count, 2000);
 }
 
-TEST(ReadersWriterMutex, IsReentrantForItsOwner) {
+TEST(ReadersWriterMutexThreads, IsReentrantForItsOwner) {
     ReadersWriterMutex mutex;
     const Context& lender = Context::Current();
     {
@@ -217,7 +217,7 @@ TEST(ReadersWriterMutex, IsReentrantForItsOwner) {
     EXPECT_TRUE(isWritten && isReadByOther);
 }
 
-TEST(ReadersWriterMutex, ReadersMeetEachOtherAndWritersNobody) {
+TEST(ReadersWriterMutexThreads, ReadersMeetEachOtherAndWritersNobody) {
     ReadersWriterMutex mutex;
     {
         const ReaderLock reader(mutex);
@@ -262,7 +262,7 @@ void Notify(const NotificationSupport& support) {
     support.Broadcast([](NotificationListener& listener) { static_cast<Listener&>(listener).OnEvent(); });
 }
 
-TEST(Notification, ReachesEachListenerOnceAndNoneThatLeft) {
+TEST(NotificationThreads, ReachesEachListenerOnceAndNoneThatLeft) {
     NotificationSupport support;
     EXPECT_FALSE(support.HasListeners());
     Notify(support);
@@ -301,7 +301,7 @@ TEST(Notification, ReachesEachListenerOnceAndNoneThatLeft) {
     EXPECT_EQ(first.GetCalls(), 2);
 }
 
-TEST(Notification, ChangesDuringADeliveryHoldFromThere) {
+TEST(NotificationThreads, ChangesDuringADeliveryHoldFromThere) {
     auto support = std::make_unique<NotificationSupport>();
     Listener added;
     Listener removed;
@@ -312,13 +312,13 @@ TEST(Notification, ChangesDuringADeliveryHoldFromThere) {
     });
     auto dying = std::make_unique<Listener>();
     Listener killing([&] { dying.reset(); });
-    std::unique_ptr<Listener> suicidal;
-    suicidal = std::make_unique<Listener>([&] { suicidal.reset(); });
-    for (Listener* const listener : {&changing, &removed, &killing, dying.get(), suicidal.get()})
+    std::unique_ptr<Listener> leaving;
+    leaving = std::make_unique<Listener>([&] { leaving.reset(); });
+    for (Listener* const listener : {&changing, &removed, &killing, dying.get(), leaving.get()})
         support->AddListener(*listener);
     Notify(*support);
     EXPECT_EQ(changing.GetCalls() + removed.GetCalls() + added.GetCalls(), 1);
-    EXPECT_EQ(suicidal, nullptr);
+    EXPECT_EQ(leaving, nullptr);
     Notify(*support);
     EXPECT_EQ(changing.GetCalls(), 1);
     EXPECT_EQ(added.GetCalls(), 1);
@@ -332,7 +332,7 @@ TEST(Notification, ChangesDuringADeliveryHoldFromThere) {
     EXPECT_EQ(late.GetCalls(), 0);
 }
 
-TEST(Notification, ExceptionsDoNotKeepTheOthersFromBeingCalled) {
+TEST(NotificationThreads, ExceptionsDoNotKeepTheOthersFromBeingCalled) {
     NotificationSupport support;
     Listener quiet;
     Listener first([] { throw std::runtime_error("first"); });
@@ -351,7 +351,7 @@ TEST(Notification, ExceptionsDoNotKeepTheOthersFromBeingCalled) {
     OnAnotherThread([&] { support.RemoveAll(); });
 }
 
-TEST(Notification, ARemovalWaitsForADeliveryOnAnotherThread) {
+TEST(NotificationThreads, ARemovalWaitsForADeliveryOnAnotherThread) {
     using Removal = void (*)(NotificationSupport&, Listener&);
     const Removal removals[] = {[](NotificationSupport& support, Listener& l) { support.RemoveListener(l); },
                                 [](NotificationSupport& support, Listener&) { support.RemoveAll(); },
@@ -383,7 +383,7 @@ TEST(Notification, ARemovalWaitsForADeliveryOnAnotherThread) {
     }
 }
 
-TEST(Notification, ListenersComeAndGoDuringDeliveries) {
+TEST(NotificationThreads, ListenersComeAndGoDuringDeliveries) {
     NotificationSupport support;
     Listener lasting;
     support.AddListener(lasting);

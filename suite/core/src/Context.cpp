@@ -12,18 +12,19 @@ std::uint64_t NextLockOwner() {
     return ++last;
 }
 
-Context NewContext() {
-    Context context{};
-    context.lockOwner = NextLockOwner();
-    return context;
+// Only the pointer lies where the loader has a place ready that is reached without a call.
+constinit thread_local Context own{};
+[[gnu::tls_model("initial-exec")]] constinit thread_local Context* current = nullptr;
+
+Context& BeginThread() {
+    own.lockOwner = NextLockOwner();
+    current = &own;
+    return own;
 }
 
 } // namespace
 
-Context& Context::Current() {
-    static thread_local Context context = NewContext();
-    return context;
-}
+Context& Context::Current() { return current != nullptr ? *current : BeginThread(); }
 
 Context::Loan::Loan(const Context& lender) : m_own(std::exchange(Context::Current(), lender)) {}
 

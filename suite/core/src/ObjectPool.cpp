@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <new>
-#include <utility>
 
 namespace Qor::Core {
 
@@ -29,12 +29,9 @@ std::size_t NextPoolId() {
 
 } // namespace
 
-struct ObjectPoolBase::Cell {
-    Cell* next;
-};
-
+// Free cells stand in arrays, not in lists that run through the cells: taking one does not wait for its memory.
 struct ObjectPoolBase::ThreadList {
-    Cell* head;
+    void** cells; // room for as many as the pool lets a thread keep
     std::size_t count;
     std::size_t cellSize; // 0: no cell may stand here, for the thread has not met the pool yet or is ending
 };
@@ -70,9 +67,11 @@ ObjectPoolBase::ThreadList& ObjectPoolBase::ThreadLists::Enter(std::size_t id) {
 ObjectPoolBase::ThreadLists::End::~End() {
     hasEnded = true;
     current = none;
-    for (std::size_t id = 0; id < maxPools; ++id)
+    for (std::size_t id = 0; id < maxPools; ++id) {
         if (all[id].count != 0)
-            livePools[id].load(std::memory_order_acquire)->ShareFirst(all[id], all[id].count);
+            livePools[id].load(std::memory_order_acquire)->Share(all[id], all[id].count);
+        delete[] all[id].cells;
+    }
 }
 
 ObjectPoolBase::ObjectPoolBase(std::size_t block, std::size_t maxFree)
@@ -83,10 +82,9 @@ ObjectPoolBase::ObjectPoolBase(std::size_t block, std::size_t maxFree)
 
 void* ObjectPoolBase::Allocate(std::size_t size) {
     ThreadList& list = ThreadLists::current[m_id];
-    if (list.head == nullptr || list.cellSize != size)
+    if (list.count == 0 || list.cellSize != size)
         return AllocateSlowly(size);
-    --list.count;
-    return std::exchange(list.head, list.head->next);
+    return list.cells[--list.count];
 }
 
 void ObjectPoolBase::Free(void* memory, std::size_t size) noexcept {
@@ -95,8 +93,7 @@ void ObjectPoolBase::Free(void* memory, std::size_t size) noexcept {
         FreeSlowly(memory, size);
         return;
     }
-    list.head = new (memory) Cell{list.head};
-    ++list.count;
+    list.cells[list.count++] = memory;
 }
 
 bool ObjectPoolBase::IsCellSize(std::size_t size) {
@@ -109,11 +106,17 @@ bool ObjectPoolBase::IsCellSize(std::size_t size) {
 void* ObjectPoolBase::AllocateSlowly(std::size_t size) {
     if (!IsCellSize(size))
         return ::operator new(size);
-    std::size_t count = ThreadLists::hasEnded ? 1 : std::min(m_block, m_maxFree);
-    Cell* const first = TakeShared(count);
-    if (!ThreadLists::hasEnded)
-        ThreadLists::Enter(m_id) = {first->next, count - 1, size};
-    return first;
+    if (ThreadLists::hasEnded) {
+        void* cell = nullptr;
+        TakeShared(&cell, 1);
+        return cell;
+    }
+    ThreadList& list = ThreadLists::Enter(m_id);
+    if (list.cells == nullptr)
+        list.cells = new void*[m_maxFree];
+    list.count = TakeShared(list.cells, std::min(m_block, m_maxFree));
+    list.cellSize = size;
+    return list.cells[--list.count];
 }
 
 void ObjectPoolBase::FreeSlowly(void* memory, std::size_t size) noexcept {
@@ -121,55 +124,51 @@ void ObjectPoolBase::FreeSlowly(void* memory, std::size_t size) noexcept {
         ::operator delete(memory);
         return;
     }
-    auto* const cell = new (memory) Cell{nullptr};
-    if (ThreadLists::hasEnded) {
-        ThreadList single{cell, 1, size};
-        ShareFirst(single, 1);
+    ThreadList single{&memory, 1, size};
+    ThreadList& list = ThreadLists::hasEnded ? single : ThreadLists::Enter(m_id);
+    if (list.cells == nullptr) {
+        list.cells = new (std::nothrow) void*[m_maxFree];
+        list.cellSize = list.cells != nullptr ? size : 0;
+    }
+    if (list.cells == nullptr || &list == &single) {
+        Share(single, 1);
         return;
     }
-    ThreadList& list = ThreadLists::Enter(m_id);
     // Half of them, so that a thread which frees and allocates at the limit comes here rarely.
     if (list.count >= m_maxFree)
-        ShareFirst(list, (list.count + 1) / 2);
-    cell->next = list.head;
-    list = {cell, list.count + 1, size};
+        Share(list, (list.count + 1) / 2);
+    list.cells[list.count++] = memory;
 }
 
-// Takes up to `count` cells, at least one, and leaves their number in `count`.
-ObjectPoolBase::Cell* ObjectPoolBase::TakeShared(std::size_t& count) {
+// Fetches up to `count` cells, at least one, and returns their number.
+std::size_t ObjectPoolBase::TakeShared(void** cells, std::size_t count) {
     const std::lock_guard lock(m_sharedMutex);
-    if (m_shared == nullptr)
-        m_shared = MakeBlock();
-    Cell* const first = m_shared;
-    Cell* last = first;
-    std::size_t taken = 1;
-    for (; taken < count && last->next != nullptr; ++taken)
-        last = last->next;
-    m_shared = std::exchange(last->next, nullptr);
-    count = taken;
-    return first;
+    if (m_shared.empty())
+        MakeBlock();
+    const std::size_t taken = std::min(count, m_shared.size());
+    const auto first = m_shared.end() - static_cast<std::ptrdiff_t>(taken);
+    std::copy(first, m_shared.end(), cells);
+    m_shared.erase(first, m_shared.end());
+    return taken;
 }
 
 // Cells follow one another in memory without gaps: a type of that size is aligned in each of them.
-ObjectPoolBase::Cell* ObjectPoolBase::MakeBlock() {
-    constexpr std::size_t unit = alignof(Cell);
-    const std::size_t stride = (std::max(m_cellSize.load(), sizeof(Cell)) + unit - 1) / unit * unit;
+void ObjectPoolBase::MakeBlock() {
+    constexpr std::size_t unit = alignof(void*);
+    const std::size_t stride = (m_cellSize.load() + unit - 1) / unit * unit;
+    // Room for every cell that there is, so that giving one back never allocates.
+    if (m_shared.capacity() < m_made + m_block)
+        m_shared.reserve(2 * (m_made + m_block));
     auto* const memory = static_cast<std::byte*>(::operator new(stride* m_block));
-    Cell* first = nullptr;
+    m_made += m_block;
     for (std::size_t index = m_block; index-- != 0;)
-        first = new (memory + index * stride) Cell{first};
-    return first;
+        m_shared.push_back(memory + index * stride);
 }
 
-void ObjectPoolBase::ShareFirst(ThreadList& list, std::size_t count) noexcept {
-    Cell* const first = list.head;
-    Cell* last = first;
-    for (std::size_t index = 1; index < count; ++index)
-        last = last->next;
-    list.head = last->next;
-    list.count -= count;
+void ObjectPoolBase::Share(ThreadList& list, std::size_t count) noexcept {
     const std::lock_guard lock(m_sharedMutex);
-    last->next = std::exchange(m_shared, first);
+    list.count -= count;
+    m_shared.insert(m_shared.end(), list.cells + list.count, list.cells + list.count + count);
 }
 
 } // namespace Qor::Core

@@ -32,7 +32,7 @@ struct QOR_CORE_API Context {
     static Context& Current();
 
     /// In whose name locks are taken: never 0, never used twice in a process.
-    std::uint64_t lockOwner;
+    std::uint64_t lockOwner = 0;
     AlertHandler* alertHandler = nullptr;
     std::uint32_t nestingDepth = 0;
     ReadLimits limits;

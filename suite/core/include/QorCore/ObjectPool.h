@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace Qor::Core {
 
@@ -34,23 +35,23 @@ public:
     void Free(void* memory, std::size_t size) noexcept;
 
 private:
-    struct Cell;
     struct ThreadList;
     struct ThreadLists;
 
     bool IsCellSize(std::size_t size);
     void* AllocateSlowly(std::size_t size);
     void FreeSlowly(void* memory, std::size_t size) noexcept;
-    Cell* TakeShared(std::size_t& count);
-    Cell* MakeBlock();
-    void ShareFirst(ThreadList& list, std::size_t count) noexcept;
+    std::size_t TakeShared(void** cells, std::size_t count);
+    void MakeBlock();
+    void Share(ThreadList& list, std::size_t count) noexcept;
 
     const std::size_t m_id;
     const std::size_t m_block;
     const std::size_t m_maxFree;
     std::atomic<std::size_t> m_cellSize{0};
     std::mutex m_sharedMutex;
-    Cell* m_shared = nullptr;
+    std::vector<void*> m_shared;
+    std::size_t m_made = 0;
 };
 
 /// Standard allocator over the pool that `pool` returns, for `std::allocate_shared`: single objects come from the pool,
