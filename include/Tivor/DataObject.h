@@ -117,15 +117,15 @@ public:
     void Remove(const ChangeParent* parent, std::uint64_t entry);
     std::vector<Link> GetAll() const;
     /// False when there was never a link.
-    bool MayHaveAny() const { return m_any.load(std::memory_order_relaxed); }
+    bool MayHaveAny() const { return m_firstEntry.load(std::memory_order_relaxed) != 0; }
     void Report(EDataChange change) const;
 
 private:
     void Append(const std::weak_ptr<ChangeParent>& parent, std::uint64_t entry);
 
-    // Nearly every object stands in no container or in one.
-    std::atomic<bool> m_any{false};
-    Link m_first;
+    // Nearly every object stands in no container or in one. Entries are numbered from 1.
+    std::weak_ptr<ChangeParent> m_firstParent;
+    std::atomic<std::uint64_t> m_firstEntry{0};
     std::unique_ptr<std::vector<Link>> m_more;
 };
 
@@ -150,13 +150,16 @@ protected:
     /// Tells the containers that hold this object. Call it with no lock held that a listener might want.
     void ReportChange(EDataChange change) const { m_links.Report(change); }
 
+    /// The switch behind `EnableSerialization`, for the classes that have one.
+    bool m_serializationEnabled = true;
+
 private:
     friend class ContainerState;
     friend class DataContainerWrapper;
 
+    bool m_holdsContainer = false;
     std::shared_ptr<Core::Mutex> m_mutex;
     ChangeLinks m_links;
-    bool m_holdsContainer = false;
 };
 
 /// A new `std::shared_ptr` on the heap that shares ownership with the argument, for callers across a module boundary

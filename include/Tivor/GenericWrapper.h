@@ -96,19 +96,19 @@ class Data : public Wrapper {
 public:
     explicit Data(const T& value) : Wrapper(ValueTraits<T>::Clone(value)) {}
     explicit Data(std::shared_ptr<T> data = nullptr) : Wrapper(std::move(data)) {}
-    Data(const Data& other) : Wrapper(other), m_serializationEnabled(other.m_serializationEnabled) {}
+    Data(const Data& other) : Wrapper(other) {}
     ~Data() override = default;
 
     using DataObject::Clone;
 
     bool EnableSerialization(bool enable) override {
-        m_serializationEnabled = enable;
+        this->m_serializationEnabled = enable;
         this->ReportChange(EDataChange::value);
         return true;
     }
-    bool SerializationIsEnabled() const override { return m_serializationEnabled && !this->IsEmpty(); }
+    bool SerializationIsEnabled() const override { return this->m_serializationEnabled && !this->IsEmpty(); }
     std::shared_ptr<Serializer> GetSerializer() override {
-        return m_serializationEnabled && !this->IsEmpty() && IsSerializable() ? CreateSerializer() : nullptr;
+        return SerializationIsEnabled() && IsSerializable() ? CreateSerializer() : nullptr;
     }
     std::shared_ptr<DataObject> Clone() override { return ValueTraits<T>::MakeData(*this); }
 
@@ -138,8 +138,6 @@ private:
     T& Value() { return static_cast<T&>(*this->m_data); }
     template <class InPlace, class Make>
     void Change(InPlace inPlace, Make make);
-
-    bool m_serializationEnabled = true;
 };
 
 template <class T>

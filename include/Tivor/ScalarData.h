@@ -69,7 +69,6 @@ private:
     std::shared_ptr<std::byte[]> m_data;
     std::uint64_t m_size = 0;
     std::shared_ptr<ScalarSerializer> m_serializer;
-    bool m_serializationEnabled = true;
 };
 
 /// Writes the raw little-endian bytes of the number. The width is the declared data size.

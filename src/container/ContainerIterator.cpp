@@ -38,9 +38,9 @@ void Iterator::Settle() {
     m_entry = nullptr;
     if (!m_block)
         return;
-    while (m_position < m_block->entries.size() && !m_block->entries[m_position].object)
+    while (m_position < m_block->entries.GetSize() && !m_block->entries[m_position].object)
         ++m_position;
-    if (m_position < m_block->entries.size())
+    if (m_position < m_block->entries.GetSize())
         m_entry = &m_block->entries[m_position];
 }
 

@@ -60,10 +60,11 @@ void ContainerState::Detach(std::uint64_t number, DataObject& object) {
 
 void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> object, Change& change) {
     const std::uint32_t hash = HashOfKey(key);
+    m_table.Expect(hash);
+    MutexLockableDataObject* const reporting = AsReporting(*object);
     const NumberedEntry* const former = m_table.Find(key, hash);
     if (former != nullptr && former->object == object)
         return;
-    MutexLockableDataObject* const reporting = AsReporting(*object);
     const bool unshared = object.use_count() == 1;
     const std::shared_ptr<ContainerState> child = HeldBy(reporting);
     const auto graph = child ? std::unique_lock(NestingMutex()) : std::unique_lock<std::recursive_mutex>();
@@ -77,7 +78,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
             number = m_table.Insert(key, hash, std::move(object)).number;
         } else {
             number = former->number;
-            change.m_takenOut = m_table.Replace(*former, std::move(object));
+            change.m_takenOut = m_table.Replace(key, hash, std::move(object));
         }
     }
     if (change.m_takenOut)
@@ -92,7 +93,8 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
 }
 
 std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Change& change) {
-    const NumberedEntry* const entry = m_table.Find(key);
+    const std::uint32_t hash = HashOfKey(key);
+    const NumberedEntry* const entry = m_table.Find(key, hash);
     if (entry == nullptr)
         return nullptr;
     Note(key, nullptr, change);
@@ -100,7 +102,7 @@ std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Chang
     std::shared_ptr<DataObject> object;
     {
         const auto structure = LockStructure();
-        object = m_table.Remove(*entry);
+        object = m_table.Remove(key, hash);
     }
     Detach(number, *object);
     MarkStale(number);

@@ -2,41 +2,44 @@
 
 #include <QorCore/Message.h>
 
-#include <algorithm>
+#include <new>
 #include <utility>
 
 namespace Qor::Tivor {
 
-const NumberedEntry* EntryTable::Find(const std::string& key, std::uint32_t hash) const {
+std::uint32_t EntryTable::PositionOf(const std::string& key, std::uint32_t hash) const {
     if (!m_block)
-        return nullptr;
-    const std::vector<NumberedEntry>& entries = m_block->entries;
-    const std::uint32_t position =
-        m_index.Find(hash, [&](std::uint32_t candidate) { return entries[candidate].key == key; });
-    return position != KeyIndex::none ? &entries[position] : nullptr;
+        return KeyIndex::none;
+    const EntryList& entries = m_block->entries;
+    return m_index.Find(hash, [&](std::uint32_t candidate) { return entries[candidate].key == key; });
+}
+
+const NumberedEntry* EntryTable::Find(const std::string& key, std::uint32_t hash) const {
+    const std::uint32_t position = PositionOf(key, hash);
+    return position != KeyIndex::none ? &m_block->entries[position] : nullptr;
 }
 
 const NumberedEntry* EntryTable::FindNumber(std::uint64_t number) const {
-    if (!m_block)
+    std::size_t first = 0;
+    std::size_t last = m_block ? m_block->entries.GetSize() : 0;
+    while (first < last) {
+        const std::size_t middle = first + (last - first) / 2;
+        if (m_block->entries[middle].number < number)
+            first = middle + 1;
+        else
+            last = middle;
+    }
+    if (!m_block || first == m_block->entries.GetSize())
         return nullptr;
-    const std::vector<NumberedEntry>& entries = m_block->entries;
-    const auto found = std::lower_bound(entries.begin(), entries.end(), number,
-                                        [](const NumberedEntry& entry, std::uint64_t n) { return entry.number < n; });
-    return found != entries.end() && found->number == number && found->object ? &*found : nullptr;
+    const NumberedEntry& found = m_block->entries[first];
+    return found.number == number && found.object ? &found : nullptr;
 }
 
-std::uint32_t EntryTable::PositionOf(const NumberedEntry& entry) const {
-    return static_cast<std::uint32_t>(&entry - m_block->entries.data());
-}
-
-std::vector<NumberedEntry>& EntryTable::WritableEntries() {
+EntryList& EntryTable::WritableEntries() {
     if (!m_block) {
         m_block = std::make_shared<EntryBlock>();
     } else if (m_block->walkers.load(std::memory_order_acquire) != 0) {
-        auto copy = std::make_shared<EntryBlock>();
-        copy->entries.reserve(m_block->entries.size() + 1);
-        copy->entries = m_block->entries;
-        m_block = std::move(copy);
+        m_block = std::make_shared<EntryBlock>(m_block->entries);
     }
     return m_block->entries;
 }
@@ -47,43 +50,54 @@ const NumberedEntry& EntryTable::Insert(const std::string& key, std::uint32_t ha
         Core::Error::RaiseError(
             Core::OutOfRangeError(Core::FormatText("A container holds at most %1% entries", {KeyIndex::none - 1})),
             QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainer");
-    std::vector<NumberedEntry>& entries = WritableEntries();
-    const auto position = static_cast<std::uint32_t>(entries.size());
-    entries.push_back({{key, std::move(object)}, m_lastNumber + 1});
+    EntryList& entries = WritableEntries();
+    const auto position = static_cast<std::uint32_t>(entries.GetSize());
+    const NumberedEntry& inserted = entries.Append({{key, std::move(object)}, m_lastNumber + 1});
     try {
         m_index.Insert(hash, position);
     } catch (...) {
-        entries.pop_back();
+        entries.DropLast();
         throw;
     }
     ++m_lastNumber;
     ++m_count;
-    return entries.back();
+    return inserted;
 }
 
-std::shared_ptr<DataObject> EntryTable::Replace(const NumberedEntry& entry, std::shared_ptr<DataObject> object) {
-    const std::uint32_t position = PositionOf(entry);
+std::shared_ptr<DataObject> EntryTable::Replace(const std::string& key, std::uint32_t hash,
+                                                std::shared_ptr<DataObject> object) {
+    const std::uint32_t position = PositionOf(key, hash);
     return std::exchange(WritableEntries()[position].object, std::move(object));
 }
 
-std::shared_ptr<DataObject> EntryTable::Remove(const NumberedEntry& entry) {
-    const std::uint32_t position = PositionOf(entry);
+std::shared_ptr<DataObject> EntryTable::Remove(const std::string& key, std::uint32_t hash) {
+    const std::uint32_t position = PositionOf(key, hash);
     NumberedEntry& tombstone = WritableEntries()[position];
-    m_index.Remove(HashOfKey(tombstone.key), position);
+    m_index.Remove(hash, position);
     tombstone.key.clear();
     --m_count;
     std::shared_ptr<DataObject> object = std::move(tombstone.object);
-    if (m_block->entries.size() > 2 * m_count)
+    if (m_block->entries.GetSize() > 2 * m_count)
         DropTombstones();
     return object;
 }
 
+// Built aside: where memory is short, the tombstones stay.
 void EntryTable::DropTombstones() {
-    std::erase_if(m_block->entries, [](const NumberedEntry& entry) { return !entry.object; });
-    m_index.Clear();
-    m_index.Reserve(m_block->entries.size());
-    for (std::size_t i = 0; i < m_block->entries.size(); ++i)
-        m_index.Insert(HashOfKey(m_block->entries[i].key), static_cast<std::uint32_t>(i));
+    try {
+        auto kept = std::make_shared<EntryBlock>();
+        KeyIndex index;
+        index.Reserve(m_count);
+        for (const NumberedEntry& entry : m_block->entries) {
+            if (!entry.object)
+                continue;
+            index.Insert(HashOfKey(entry.key), static_cast<std::uint32_t>(kept->entries.GetSize()));
+            kept->entries.Append(entry);
+        }
+        m_block = std::move(kept);
+        m_index = std::move(index);
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 std::shared_ptr<EntryBlock> EntryTable::TakeAll() {

@@ -1,23 +1,19 @@
 #pragma once
 
+#include "EntryList.h"
 #include "KeyIndex.h"
-
-#include <Tivor/DataContainer.h>
 
 #include <atomic>
 
 namespace Qor::Tivor {
 
-/// An entry with its number: numbers ascend in entry order, are never used twice, and begin with 1. A removed entry
-/// stays as a tombstone without an object until half of the block is tombstones.
-struct NumberedEntry : DataContainer::Entry {
-    std::uint64_t number = 0;
-};
-
 /// The entries, one after the other in first-insertion order. Whoever walks them is counted; while there are walkers
 /// the block does not change: a change makes a new one.
 struct EntryBlock {
-    std::vector<NumberedEntry> entries;
+    EntryBlock() = default;
+    explicit EntryBlock(const EntryList& copied) : entries(copied) {}
+
+    EntryList entries;
     mutable std::atomic<std::uint32_t> walkers{0};
 };
 
@@ -35,16 +31,18 @@ public:
     const NumberedEntry* FindNumber(std::uint64_t number) const;
     /// Inserts an entry for a key that has none.
     const NumberedEntry& Insert(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject> object);
-    /// Puts another object in the place of an entry's and returns the former one.
-    std::shared_ptr<DataObject> Replace(const NumberedEntry& entry, std::shared_ptr<DataObject> object);
-    /// Takes the entry out and returns its object.
-    std::shared_ptr<DataObject> Remove(const NumberedEntry& entry);
+    /// Puts another object in the place of that of a key that has one, and returns the former one.
+    std::shared_ptr<DataObject> Replace(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject> object);
+    /// Takes out the entry of a key that has one, and returns its object.
+    std::shared_ptr<DataObject> Remove(const std::string& key, std::uint32_t hash);
+    /// Tells the processor that the key of this hash will be looked for.
+    void Expect(std::uint32_t hash) const { m_index.Expect(hash); }
     /// Takes all entries out and returns their block, if any.
     std::shared_ptr<EntryBlock> TakeAll();
 
 private:
-    std::uint32_t PositionOf(const NumberedEntry& entry) const;
-    std::vector<NumberedEntry>& WritableEntries();
+    std::uint32_t PositionOf(const std::string& key, std::uint32_t hash) const;
+    EntryList& WritableEntries();
     void DropTombstones();
 
     std::shared_ptr<EntryBlock> m_block;

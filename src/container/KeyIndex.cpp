@@ -42,13 +42,13 @@ void KeyIndex::Rehash(std::size_t slots) {
 }
 
 void KeyIndex::Reserve(std::size_t count) {
-    const std::size_t slots = std::bit_ceil(std::max(leastSlots, count + count / 2 + 1));
+    const std::size_t slots = std::bit_ceil(std::max(leastSlots, count + count / 4 + 1));
     if (slots > m_slots.size())
         Rehash(slots);
 }
 
 void KeyIndex::Insert(std::uint32_t hash, std::uint32_t position) {
-    if ((m_used + 1) * 3 > m_slots.size() * 2)
+    if ((m_used + 1) * 5 > m_slots.size() * 4)
         Rehash(std::max(leastSlots, m_slots.size() * 2));
     Place({hash, position});
     ++m_used;

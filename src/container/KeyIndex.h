@@ -26,6 +26,11 @@ public:
         return none;
     }
 
+    void Expect(std::uint32_t hash) const {
+        if (!m_slots.empty())
+            __builtin_prefetch(&m_slots[hash & Mask()]);
+    }
+
     void Insert(std::uint32_t hash, std::uint32_t position);
     void Remove(std::uint32_t hash, std::uint32_t position);
     void Clear();
@@ -41,7 +46,7 @@ private:
     void Place(Slot slot);
     void Rehash(std::size_t slots);
 
-    std::vector<Slot> m_slots; // a power of two, at most two thirds full, or none at all
+    std::vector<Slot> m_slots; // a power of two, at most four fifths full, or none at all
     std::size_t m_used = 0;
 };
 

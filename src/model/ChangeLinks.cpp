@@ -25,15 +25,15 @@ bool Denotes(const ChangeLinks::Link& link, const ChangeParent* parent, std::uin
 ChangeLinks::~ChangeLinks() = default;
 
 void ChangeLinks::Append(const std::weak_ptr<ChangeParent>& parent, std::uint64_t entry) {
-    if (m_first.parent.expired()) {
-        m_first = {parent, entry};
+    if (m_firstParent.expired()) {
+        m_firstParent = parent;
+        m_firstEntry.store(entry, std::memory_order_relaxed);
     } else {
         if (!m_more)
             m_more = std::make_unique<std::vector<Link>>();
         std::erase_if(*m_more, [](const Link& link) { return link.parent.expired(); });
         m_more->push_back({parent, entry});
     }
-    m_any.store(true, std::memory_order_relaxed);
 }
 
 void ChangeLinks::Add(const std::weak_ptr<ChangeParent>& parent, std::uint64_t entry) {
@@ -47,8 +47,8 @@ void ChangeLinks::AddUnshared(const std::weak_ptr<ChangeParent>& parent, std::ui
 
 void ChangeLinks::Remove(const ChangeParent* parent, std::uint64_t entry) {
     const std::lock_guard leaf(LeafMutexOf(this));
-    if (Denotes(m_first, parent, entry))
-        m_first = {};
+    if (Denotes({m_firstParent, m_firstEntry}, parent, entry))
+        m_firstParent.reset();
     else if (m_more)
         std::erase_if(*m_more, [&](const Link& link) { return Denotes(link, parent, entry); });
 }
@@ -58,8 +58,8 @@ std::vector<ChangeLinks::Link> ChangeLinks::GetAll() const {
     if (!MayHaveAny())
         return links;
     const std::lock_guard leaf(LeafMutexOf(this));
-    if (!m_first.parent.expired())
-        links.push_back(m_first);
+    if (!m_firstParent.expired())
+        links.push_back({m_firstParent, m_firstEntry});
     if (m_more)
         links.insert(links.end(), m_more->begin(), m_more->end());
     return links;

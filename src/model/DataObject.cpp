@@ -34,7 +34,8 @@ std::string DataObject::ToString() { return GetTypeName(); }
 MutexLockableDataObject::MutexLockableDataObject() = default;
 
 MutexLockableDataObject::MutexLockableDataObject(const MutexLockableDataObject& other)
-    : DataObject(other), m_mutex(other.m_mutex ? std::make_shared<Core::Mutex>() : nullptr) {}
+    : DataObject(other), m_serializationEnabled(other.m_serializationEnabled),
+      m_mutex(other.m_mutex ? std::make_shared<Core::Mutex>() : nullptr) {}
 
 MutexLockableDataObject::~MutexLockableDataObject() = default;
 

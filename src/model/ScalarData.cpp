@@ -69,7 +69,7 @@ ScalarData::ScalarData(const std::string& typeName, ETypeID typeID)
 
 ScalarData::ScalarData(const ScalarData& other)
     : MutexLockableDataObject(other), m_eTypeID(other.m_eTypeID), m_typeName(other.m_typeName),
-      m_serializer(std::make_shared<ScalarSerializer>(*this)), m_serializationEnabled(other.m_serializationEnabled) {
+      m_serializer(std::make_shared<ScalarSerializer>(*this)) {
     const auto lock = const_cast<ScalarData&>(other).GetDataLock();
     if (other.m_data) {
         AllocateData(other.m_size);

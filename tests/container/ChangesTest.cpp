@@ -1,0 +1,212 @@
+#include "StoredBytes.h"
+
+#include <Tivor/ScalarData.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+/// Writes down what its hooks hear, calls back into the container, and checks that all mutexes are free.
+class Recorder final : public DataContainer {
+public:
+    Recorder() { ReceiveChanges(); }
+    ~Recorder() override { StopChanges(); }
+
+    using DataContainer::BeginDataAccess;
+    using DataContainer::StopChanges;
+
+    std::string Take() {
+        std::sort(m_heard.begin(), m_heard.end());
+        std::string all;
+        for (const std::string& line : std::exchange(m_heard, {}))
+            all += line + "; ";
+        return all;
+    }
+    std::vector<std::shared_ptr<Core::Mutex>> others;
+    bool foundLocked = false;
+
+protected:
+    void OnDataObjectChanged(const std::string& key, std::shared_ptr<DataObject> object) override {
+        Hear((object ? "object " : "none ") + key, key, object);
+    }
+    void OnDataReferenceChanged(const std::string& key, std::shared_ptr<DataObject> object) override {
+        Hear("reference " + key, key, object);
+    }
+    void OnDataValueChanged(const std::string& key, std::shared_ptr<DataObject> object) override {
+        Hear("value " + key, key, object);
+    }
+
+private:
+    void Hear(const std::string& line, const std::string& key, const std::shared_ptr<DataObject>& object) {
+        m_heard.push_back(line);
+        if (object != Get(key))
+            m_heard.push_back("another object");
+        if (!m_callsBack) {
+            m_callsBack = true;
+            DataContainer::Remove("called back");
+            PutValue("called back", 1);
+            m_callsBack = false;
+            std::erase(m_heard, "object called back");
+            std::erase(m_heard, "none called back");
+        }
+        std::thread([this] {
+            others.push_back(BeginDataAccess());
+            for (const auto& mutex : others)
+                mutex->TryAcquire() ? mutex->Release() : void(foundLocked = true);
+            others.pop_back();
+        }).join();
+    }
+
+    std::vector<std::string> m_heard;
+    bool m_callsBack = false;
+};
+
+template <class T>
+Data<T>& At(DataContainer& container, const std::string& key) {
+    return dynamic_cast<Data<T>&>(*container.Get(key));
+}
+
+/// A tree with something of everything.
+struct Tree {
+    std::shared_ptr<Recorder> root = std::make_shared<Recorder>();
+    std::shared_ptr<Recorder> sub = std::make_shared<Recorder>();
+    std::shared_ptr<DataContainer> deep = DataContainer::Create();
+    std::shared_ptr<ScalarData> scalar = std::make_shared<ScalarData>("S", eSIGNED_INTEGRAL_TYPE);
+
+    Tree() {
+        scalar->SetValue(1);
+        scalar->EnableDataLocking();
+        root->PutValue("n", 1);
+        root->Put("sub", std::shared_ptr<DataContainer>(sub));
+        sub->Put("deep", deep);
+        deep->PutValue("t", "text");
+        deep->Put("s", scalar);
+        root->others.push_back(sub->BeginDataAccess());
+        root->Take();
+        sub->Take();
+    }
+};
+
+struct Change {
+    const char* name;
+    std::function<void(Tree&)> make;
+    const char* atRoot;
+    const char* atSub;
+};
+
+const Change changes[] = {
+    {"put", [](Tree& t) { t.root->PutValue("x", 1); }, "object x; ", ""},
+    {"replace", [](Tree& t) { t.root->PutValue("n", 1.5); }, "object n; ", ""},
+    {"put the same", [](Tree& t) { t.root->Put("n", t.root->Get("n")); }, "", ""},
+    {"put nothing", [](Tree& t) { t.root->Put("n", std::shared_ptr<DataObject>()); }, "", ""},
+    {"remove", [](Tree& t) { t.root->Remove("n"); }, "none n; ", ""},
+    {"remove nothing", [](Tree& t) { t.root->Remove("x"); }, "", ""},
+    {"set value", [](Tree& t) { At<int>(*t.root, "n").SetValue(5); }, "value n; ", ""},
+    {"set data", [](Tree& t) { At<int>(*t.root, "n").SetData(std::make_shared<int>(5)); }, "reference n; ", ""},
+    {"empty", [](Tree& t) { At<int>(*t.root, "n").SetData(nullptr); }, "reference n; ", ""},
+    {"switch off", [](Tree& t) { t.root->Get("n")->EnableSerialization(false); }, "value n; ", ""},
+    {"put below", [](Tree& t) { t.sub->PutValue("x", 1); }, "value sub; ", "object x; "},
+    {"set value far below", [](Tree& t) { At<std::string>(*t.deep, "t").SetValue("longer text"); }, "value sub; ",
+     "value deep; "},
+    {"set scalar far below", [](Tree& t) { t.scalar->SetValue(-1); }, "value sub; ", "value deep; "},
+    {"clear far below", [](Tree& t) { t.deep->Clear(); }, "value sub; ", "value deep; "},
+    {"switch off far below", [](Tree& t) { t.scalar->EnableSerialization(false); }, "value sub; ", "value deep; "},
+    {"rebind below",
+     [](Tree& t) {
+         std::static_pointer_cast<DataContainerWrapper>(t.sub->Get("deep"))->SetData(DataContainer::Create());
+     },
+     "value sub; ", "reference deep; "},
+    {"change what is rebound",
+     [](Tree& t) {
+         const auto next = DataContainer::Create();
+         std::static_pointer_cast<DataContainerWrapper>(t.sub->Get("deep"))->SetData(next);
+         t.sub->Take();
+         t.root->Take();
+         t.deep->PutValue("x", 1);
+         EXPECT_EQ(t.sub->Take(), "");
+         next->PutValue("x", 1);
+     },
+     "value sub; ", "value deep; "},
+    {"one object under two keys",
+     [](Tree& t) {
+         t.root->Put("m", t.root->Get("n"));
+         t.root->Take();
+         At<int>(*t.root, "n").SetValue(5);
+     },
+     "value m; value n; ", ""},
+    {"change what was removed",
+     [](Tree& t) {
+         const auto object = t.root->Remove("n");
+         t.root->Remove("sub");
+         t.root->Take();
+         static_cast<Data<int>&>(*object).SetValue(5);
+         t.sub->PutValue("x", 1);
+     },
+     "", "object x; "},
+    {"change what was cleared",
+     [](Tree& t) {
+         const auto walk = t.sub->begin();
+         t.sub->Clear();
+         t.sub->Take();
+         t.root->Take();
+         t.scalar->SetValue(5);
+         t.deep->PutValue("x", 1);
+     },
+     "", ""},
+    {"clear", [](Tree& t) { t.root->Clear(); }, "none n; none sub; ", ""},
+    {"append", [](Tree& t) { t.root->Append(*t.deep); }, "object s; object t; ", ""},
+    {"assign", [](Tree& t) { t.root->Assign(*t.deep); }, "none n; none sub; object s; object t; ", ""},
+    {"clone contents", [](Tree& t) { t.root->CloneContents(*t.deep); }, "none n; none sub; object s; object t; ", ""},
+    {"read", [](Tree& t) { ReadInto(*t.root, Bytes("01 000000 'n' 06 05000000 00000000 7F FFFF")); }, "object n; ", ""},
+    {"make a path", [](Tree& t) { t.sub->GetSubData({"a"}, true); }, "value sub; ", "object a; "},
+    {"look",
+     [](Tree& t) {
+         Stored(*t.root->Clone());
+         t.root->GetSubData({"sub", "deep"}, true);
+     },
+     "", ""}};
+
+} // namespace
+
+TEST(Changes, AreHeardAtEveryLevelWithNoLockHeld) {
+    for (const Change& change : changes) {
+        SCOPED_TRACE(change.name);
+        Tree tree;
+        change.make(tree);
+        EXPECT_EQ(tree.root->Take(), change.atRoot);
+        EXPECT_EQ(tree.sub->Take(), change.atSub);
+        EXPECT_FALSE(tree.root->foundLocked);
+        EXPECT_FALSE(tree.sub->foundLocked);
+        tree.root->StopChanges();
+        tree.root->PutValue("n", 2);
+        EXPECT_EQ(tree.root->Take(), "");
+    }
+}
+
+TEST(Changes, KeepTheTrackedSizeTrue) {
+    for (const Change& change : changes) {
+        SCOPED_TRACE(change.name);
+        Tree tree;
+        tree.root->EnableSizeTracking(true);
+        tree.sub->EnableSizeTracking(true);
+        Stored(*tree.root); // compares the size with what is written
+        change.make(tree);
+        for (const auto& next : changes) {
+            Stored(*tree.root);
+            Stored(*tree.sub);
+            if (tree.root->Exists("n") && tree.root->Exists("sub") && tree.root->GetPtr<int>("n") &&
+                tree.sub->Exists("deep"))
+                next.make(tree);
+        }
+        Stored(*tree.root);
+        tree.root->EnableSizeTracking(false);
+        Stored(*tree.root);
+    }
+}
+
+} // namespace Qor::Tivor::Testing

@@ -1,0 +1,268 @@
+#include "Alerts.h"
+#include "ForeignObject.h"
+#include "StoredBytes.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using Core::Testing::Warnings;
+using Path = std::vector<std::string>;
+
+std::shared_ptr<DataContainer> Numbered(const std::vector<std::string>& keys) {
+    const auto container = DataContainer::Create();
+    for (const std::string& key : keys)
+        container->PutValue(key, static_cast<int>(key.size()));
+    return container;
+}
+
+} // namespace
+
+TEST(Container, KeepsTheOrderOfFirstInsertion) {
+    DataContainer container = *Numbered({"b", "", "a", std::string("a\0", 2), " a"});
+    const auto replacement = MakeData(2.5);
+    container.Put("", replacement);
+    EXPECT_EQ(Keys(container), std::string("b  a a\0  a ", 11));
+    EXPECT_EQ(container.Get(""), replacement);
+    EXPECT_EQ(container.Remove("b")->ToString(), "1");
+    EXPECT_FALSE(container.Remove("b") || container.Remove("A"));
+    container.PutValue("b", 9);
+    std::vector<std::string> keys{"first"};
+    container.EnumData(keys);
+    EXPECT_EQ(keys, (std::vector<std::string>{"first", "", "a", std::string("a\0", 2), " a", "b"}));
+    std::set<std::string> sorted;
+    container.EnumData(sorted);
+    EXPECT_EQ(sorted.size(), container.NumDataObjects());
+    EXPECT_TRUE(container.Exists("") && container.Exists("b") && !container.Exists("B"));
+    container.Clear();
+    EXPECT_TRUE(container.IsEmpty() && container.begin() == container.end() && !container.Get("a"));
+}
+
+TEST(Container, RefusesNothingness) {
+    const auto container = Numbered({"a"});
+    const auto former = container->Get("a");
+    const Warnings warnings;
+    container->Put("a", std::shared_ptr<DataObject>());
+    container->Put("b", std::shared_ptr<DataContainer>());
+    ASSERT_EQ(warnings.GetNames(), std::vector<std::string>(2, "PutNullDataPtr"));
+    EXPECT_EQ(warnings.seen[0].GetText(), "Attempted to store a NULL shared ptr as data under key a");
+    EXPECT_EQ(warnings.seen[0].GetSeverity(), 1u);
+    EXPECT_EQ(warnings.seen[0].GetCategory(), "Qor.Tivor.DataContainer.Put");
+    EXPECT_EQ(container->Get("a"), former);
+    EXPECT_EQ(Keys(*container), "a ");
+}
+
+TEST(Container, GivesValuesOfExactlyTheirType) {
+    DataContainer container;
+    container.PutValue("n", 5);
+    container.PutValue("t", "text");
+    container.Put("w", L"wide");
+    const DataContainer& constant = container;
+    EXPECT_EQ(container.GetValue<int>("n"), 5);
+    EXPECT_EQ(container.GetValue<std::string>("t"), "text");
+    EXPECT_EQ(container.GetValue<std::wstring>("w"), L"wide");
+    EXPECT_FALSE(container.GetValue<short>("n") || container.GetValue<int>("t") || container.GetValue<int>("no"));
+    *container.GetPtr<int>("n") = 6;
+    EXPECT_EQ(*constant.GetPtr<int>("n"), 6);
+    EXPECT_FALSE(constant.GetPtr<double>("n"));
+    container.PutValue("m", RowMajorMatrix<int>(2, 2));
+    RowMajorMatrix<int> taken = *container.GetValue<RowMajorMatrix<int>>("m");
+    EXPECT_EQ(taken.size(), 4u);
+}
+
+TEST(Container, FollowsPaths) {
+    const auto root = Numbered({"plain"});
+    const auto inner = root->GetSubData({"a", "b", ""}, true);
+    ASSERT_TRUE(inner);
+    const std::string before = Stored(*root);
+    const auto container = [&](const Path& path) { return root->GetSubData(path, false); };
+    EXPECT_EQ(container({"a", "b", ""}), inner);
+    EXPECT_EQ(container({"a", "b"})->GetSubData({""}, false), inner);
+    for (const Path& path : {Path{}, {"plain"}, {"plain", "x"}}) {
+        EXPECT_FALSE(root->GetSubData(path, false));
+        EXPECT_FALSE(root->GetSubData(path, true));
+    }
+    for (const Path& path : {Path{"x"}, {"a", "x"}, {"a", "b", "", "x", "y"}})
+        EXPECT_FALSE(container(path));
+    EXPECT_EQ(Stored(*root), before);
+    root->DefaultToLockableData(true);
+    EXPECT_FALSE(root->GetSubData({"new"}, true)->DefaultsToLockableData());
+}
+
+TEST(Container, SharesOrClones) {
+    const auto source = Numbered({"a", "bb"});
+    const auto deep = source->GetSubData({"sub"}, true);
+    deep->PutValue("c", 1);
+    const auto target = Numbered({"x", "bb"});
+    *target += *source;
+    EXPECT_EQ(Keys(*target), "x bb a sub ");
+    EXPECT_EQ(target->Get("bb"), source->Get("bb"));
+    EXPECT_EQ(target->GetSubData({"sub"}, false), deep);
+    target->Append(*target);
+    target->Assign(*target);
+    EXPECT_EQ(Keys(*target), "x bb a sub ");
+    *target = *source;
+    EXPECT_EQ(Keys(*target), "a bb sub ");
+    EXPECT_EQ(DataContainer(*source).Get("a"), source->Get("a"));
+    const auto into = Numbered({"old"});
+    into->CloneContents(*source);
+    for (const auto& clone : {source->Clone(), DataContainer::Create(*source), into}) {
+        EXPECT_EQ(Stored(*clone), Stored(*source));
+        EXPECT_NE(clone->Get("a"), source->Get("a"));
+        clone->GetSubData({"sub"}, false)->PutValue("c", 2);
+        EXPECT_EQ(deep->GetValue<int>("c"), 1);
+    }
+}
+
+TEST(Container, ComparesEntriesInAnyOrder) {
+    const auto same = std::make_shared<ForeignObject>();
+    const auto left = Numbered({"a", "bb"});
+    const auto right = Numbered({"bb", "a"});
+    EXPECT_TRUE(*left == *right);
+    left->Put("f", same);
+    EXPECT_FALSE(*left == *right || *right == *left);
+    right->Put("f", same);
+    EXPECT_TRUE(*left == *right);
+    right->Put("f", same->Clone()); // nobody knows whether the two are equal
+    EXPECT_TRUE(*left != *right);
+    right->Put("f", same);
+    right->PutValue("a", 1.0);
+    EXPECT_TRUE(*left != *right);
+    right->PutValue("a", 1);
+    left->GetSubData({"sub"}, true)->PutValue("n", 1);
+    right->GetSubData({"sub"}, true)->PutValue("n", 2);
+    EXPECT_TRUE(*left != *right);
+    right->GetSubData({"sub"}, true)->PutValue("n", 1);
+    EXPECT_TRUE(*left == *right);
+}
+
+TEST(Container, WalksASnapshot) {
+    const auto container = Numbered({"a", "bb", "ccc"});
+    std::string walked;
+    for (const DataContainer::Entry& entry : *container) {
+        walked += entry.key + entry.object->ToString();
+        container->Remove("bb");
+        container->PutValue("ccc", 7);
+        container->PutValue(entry.key + "+", 1);
+    }
+    EXPECT_EQ(walked, "a1bb2ccc3");
+    EXPECT_EQ(Keys(*container), "a ccc a+ bb+ ccc+ ");
+    for (const bool lock : {false, true})
+        DataContainer::ForAllDataIn(
+            *container,
+            [&](const std::string& key, const auto&) {
+                container->Remove(key);
+                container->PutValue("z", 0);
+            },
+            lock);
+    EXPECT_EQ(Keys(*container), "z ");
+    auto walk = container->begin();
+    const auto former = walk++;
+    EXPECT_TRUE(walk == container->end() && former->key == "z" && former == former);
+}
+
+// Against a list that is searched from its beginning.
+TEST(Container, AgreesWithASimpleModel) {
+    using Model = std::vector<std::pair<std::string, std::shared_ptr<DataObject>>>;
+    std::mt19937 random(20240607);
+    const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
+    DataContainer container;
+    Model model;
+    Model walked;
+    DataContainer::Iterator walk;
+    for (int step = 0; step < 2500; ++step) {
+        const std::string key = "k" + std::to_string(below(150));
+        const auto at = std::find_if(model.begin(), model.end(), [&](const auto& entry) { return entry.first == key; });
+        EXPECT_EQ(container.Get(key), at != model.end() ? at->second : nullptr);
+        if (below(100) < (step / 400 % 2 == 0 ? 75u : 25u)) {
+            const auto object = MakeData(step);
+            container.Put(key, object);
+            at != model.end() ? void(at->second = object) : void(model.emplace_back(key, object));
+        } else {
+            EXPECT_EQ(container.Remove(key), at != model.end() ? at->second : nullptr);
+            if (at != model.end())
+                model.erase(at);
+        }
+        if (below(600) == 0) {
+            container.Clear();
+            model.clear();
+        }
+        EXPECT_EQ(container.NumDataObjects(), model.size());
+        if (step % 20 != 0)
+            continue;
+        Model found;
+        for (; walk != container.end(); ++walk)
+            found.emplace_back(walk->key, walk->object);
+        ASSERT_EQ(found, walked) << "a walk that began 20 steps before " << step;
+        walk = container.begin();
+        walked = model;
+    }
+}
+
+TEST(Container, MakesLockableObjectsWhenToldTo) {
+    for (const bool byDefault : {false, true}) {
+        DataContainer container(byDefault);
+        const auto handedIn = MakeData(1);
+        container.Put("given", handedIn);
+        container.PutValue("made", 1);
+        container.Put("text", "t");
+        container.Put("yes", "t", true, true);
+        container.Put("no", L"t", true, false);
+        container.Put("unwritten", L"t", false);
+        ReadInto(container, Bytes("04 000000 'read' 01 01 00000000 7F FFFF"));
+        std::string lockable;
+        for (const auto& entry : container)
+            lockable += entry.object->IsLockable() ? entry.key + " " : "";
+        EXPECT_EQ(lockable, byDefault ? "made text yes unwritten read " : "yes ");
+        EXPECT_FALSE(container.Get("unwritten")->SerializationIsEnabled());
+        EXPECT_EQ(container.Clone()->DefaultsToLockableData(), byDefault);
+    }
+}
+
+TEST(Container, ReleasesLocksInReverse) {
+    std::vector<std::string> released;
+    const auto container = Numbered({"plain"});
+    std::shared_ptr<DataContainer> place = container;
+    for (const std::string name : {"1", "2", "3"}) {
+        const auto object = std::make_shared<ForeignObject>();
+        object->onAcquireLocks = [&released, name](std::vector<std::shared_ptr<Core::Lock>>& locks) {
+            const auto forget = [&released, name](Core::Mutex* mutex) {
+                released.push_back(name);
+                delete mutex;
+            };
+            Core::Lock::Append(locks,
+                               std::make_shared<Core::Lock>(std::shared_ptr<Core::Mutex>(new Core::Mutex, forget)));
+        };
+        place->Put("o", object);
+        place = place->GetSubData({"sub"}, true);
+    }
+    std::vector<std::shared_ptr<Core::Lock>> locks;
+    container->AcquireLocks(locks);
+    EXPECT_EQ(locks.size(), 4u + 3u); // four containers
+    locks.clear();
+    std::vector<std::string> sorted = released;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(sorted, (std::vector<std::string>{"1", "2", "3"}));
+    // Whoever was locked last, by whatever order, goes first: ask for it again and compare.
+    std::vector<std::string> taken;
+    for (const auto& path : {Path{}, {"sub"}, {"sub", "sub"}}) {
+        const auto at = path.empty() ? container : container->GetSubData(path, false);
+        auto& object = static_cast<ForeignObject&>(*at->Get("o"));
+        object.onAcquireLocks = [&taken, inner = object.onAcquireLocks, name = std::to_string(path.size() + 1)](
+                                    std::vector<std::shared_ptr<Core::Lock>>& into) {
+            taken.push_back(name);
+            inner(into);
+        };
+    }
+    released.clear();
+    container->AcquireLocks(locks);
+    locks.clear();
+    std::reverse(taken.begin(), taken.end());
+    EXPECT_EQ(released, taken);
+}
+
+} // namespace Qor::Tivor::Testing

@@ -1,0 +1,542 @@
+#include "TemporaryDirectory.h"
+#include "TestHeap.h"
+
+#include <QorCore/BufferedStreams.h>
+#include <QorCore/Context.h>
+#include <QorCore/MemoryStreams.h>
+#include <Tivor/BinaryDataFile.h>
+#include <Tivor/ScalarData.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <numeric>
+#include <thread>
+
+#if __has_include(<pthread.h>)
+#include <pthread.h>
+#endif
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using Core::Testing::ReadFileText;
+using Core::Testing::TemporaryDirectory;
+using Core::Testing::WriteFileText;
+
+constexpr std::uint64_t mebibyte = 1 << 20;
+
+std::uint64_t GetHeapBound(std::uint64_t input) {
+    return 64 * input + mebibyte;
+}
+
+/// Where the bytes come from: a stream that knows how many there are, one in front of that, and one that knows nothing
+/// and gives little at a time.
+enum class ESource { eMEMORY, eBUFFERED, eTRICKLING };
+constexpr ESource allSources[] = {ESource::eMEMORY, ESource::eBUFFERED, ESource::eTRICKLING};
+
+class TricklingStream final : public Core::BinaryInputStream {
+public:
+    explicit TricklingStream(Core::BinaryInputStream& source) : m_source(source) {}
+
+protected:
+    std::uint64_t DoRead(void* destination, std::uint64_t size) override {
+        return m_source.Read(destination, std::min<std::uint64_t>(size, 5));
+    }
+
+private:
+    Core::BinaryInputStream& m_source;
+};
+
+void ReadFrom(ESource source, const std::string& bytes, DataContainer& container) {
+    const std::vector<char> exactly(bytes.begin(), bytes.end());
+    Core::MemoryInputStream memory(exactly.data(), exactly.size());
+    Core::BufferedInputStream buffered(memory, 7);
+    TricklingStream trickling(memory);
+    const HeapWatch watch(GetHeapBound(bytes.size()));
+    try {
+        container.InputData(source == ESource::eMEMORY     ? static_cast<Core::BinaryInputStream&>(memory)
+                            : source == ESource::eBUFFERED ? static_cast<Core::BinaryInputStream&>(buffered)
+                                                           : trickling);
+    } catch (...) {
+        EXPECT_LE(watch.GetPeak(), GetHeapBound(bytes.size()));
+        throw;
+    }
+    EXPECT_LE(watch.GetPeak(), GetHeapBound(bytes.size()));
+}
+
+/// False when it was refused, by one error of the library.
+bool IsRead(ESource source, const std::string& bytes, DataContainer& container) {
+    bool read = false;
+    try {
+        ReadFrom(source, bytes, container);
+        read = true;
+    } catch (const Core::Error&) {
+        // as it should be
+    } catch (const std::exception& error) {
+        ADD_FAILURE() << "not an error of the library: " << error.what();
+    }
+    const Core::Context& context = Core::Context::Current();
+    EXPECT_TRUE(context.nestingDepth == 0 && context.operation == nullptr && context.lockSet == nullptr);
+    return read;
+}
+
+std::string Written(const DataContainer& container) {
+    Core::MemoryOutputStream stream;
+    EXPECT_EQ(container.OutputData(stream, true), container.GetDataSize_bytes());
+    EXPECT_EQ(stream.GetSize(), container.GetDataSize_bytes());
+    return {reinterpret_cast<const char*>(stream.GetBytes().data()), stream.GetSize()};
+}
+
+using Entries = std::vector<std::pair<std::string, std::shared_ptr<DataObject>>>;
+
+Entries EntriesOf(const DataContainer& container) {
+    Entries entries;
+    for (const DataContainer::Entry& entry : container)
+        entries.emplace_back(entry.key, entry.object);
+    return entries;
+}
+
+/// Reads what may be damaged, into an empty container and into one with entries: an object or an error, and after an
+/// error everything is as before. What was accepted can be written, and reads the same again.
+bool Withstands(ESource source, const std::string& bytes) {
+    DataContainer filled;
+    filled.PutValue("a", 1.0);
+    filled.PutValue("kept", 2);
+    filled.GetSubData({"n", "deeper"}, true);
+    const Entries before = EntriesOf(filled);
+    DataContainer container;
+    const bool accepted = IsRead(source, bytes, container);
+    EXPECT_EQ(IsRead(source, bytes, filled), accepted);
+    if (accepted) {
+        const std::string written = Written(container);
+        DataContainer again;
+        EXPECT_TRUE(IsRead(ESource::eMEMORY, written, again));
+        EXPECT_TRUE(again == container);
+        EXPECT_EQ(Written(again), written);
+        EXPECT_TRUE(filled.Exists("kept"));
+    } else {
+        EXPECT_TRUE(container.IsEmpty());
+        EXPECT_TRUE(EntriesOf(filled) == before);
+    }
+    return accepted;
+}
+
+std::shared_ptr<ScalarData> MakeScalar(ETypeID kind, std::uint64_t width) {
+    const std::string bytes("\x01\x02\x03\x04\x05\x06\x07\x40", 8);
+    auto scalar = std::make_shared<ScalarData>("Kind", kind);
+    Core::MemoryInputStream stream(bytes.data() + bytes.size() - width, width);
+    scalar->GetSerializer()->DataFromBinary(width, stream);
+    return scalar;
+}
+
+template <class T>
+T Filled(std::size_t size1, std::size_t size2) {
+    T matrix(size1, size2);
+    for (std::size_t i = 0; i < matrix.size(); ++i)
+        matrix.data()[i] = static_cast<typename T::value_type>(static_cast<int>(i) + 1);
+    return matrix;
+}
+
+struct AlienHeader : DataObjectHeader {
+    AlienHeader() {
+        typeName = "Alien";
+        version = "2";
+        module = "alien.dll";
+        dataSize = 3;
+    }
+};
+
+struct Sample {
+    const char* name;
+    void (*fill)(DataContainer& container);
+    bool complete = true; ///< every entry can be read back
+};
+
+const Sample samples[] = {
+    {"Empty", [](DataContainer&) {}},
+    {"Numbers",
+     [](DataContainer& container) {
+#define TIVOR_ROW(T, STEM, code, position, name) container.PutValue<T>(name, static_cast<T>(3));
+         TIVOR_SCALAR_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+     }},
+    {"Strings",
+     [](DataContainer& container) {
+         container.PutValue("a", std::string("nul\0, \xC3\xA4, \xFF", 11));
+         container.PutValue("e", std::string());
+         container.PutValue("w", std::wstring(L"wide \u00E4\u20AC"));
+         container.PutValue("long", std::string(300, 's'));
+     }},
+    {"RowMatrices",
+     [](DataContainer& container) {
+#define TIVOR_ROW(T, STEM, code, position, name) container.PutValue(#STEM, Filled<RowMajorMatrix<T>>(1, 2));
+         TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+     }},
+    {"ColumnMatrices",
+     [](DataContainer& container) {
+#define TIVOR_ROW(T, STEM, code, position, name) container.PutValue(#STEM, Filled<ColumnMajorMatrix<T>>(2, 1));
+         TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+         container.PutValue("none", ColumnMajorMatrix<double>(0, 3));
+     }},
+    {"Scalars",
+     [](DataContainer& container) {
+         for (const ETypeID kind : {eSIGNED_INTEGRAL_TYPE, eUNSIGNED_INTEGRAL_TYPE, eFLOATING_POINT_TYPE})
+             for (const std::uint64_t width : {1u, 2u, 4u, 8u})
+                 if (kind != eFLOATING_POINT_TYPE || width >= 4)
+                     container.Put(std::to_string(kind) + "/" + std::to_string(width), MakeScalar(kind, width));
+     }},
+    {"Nested",
+     [](DataContainer& container) {
+         container.GetSubData({"n", "deeper", "deepest"}, true)->PutValue("v", true);
+         container.GetSubData({"n", "empty"}, true);
+         container.GetSubData({sMETA_DATA}, true)->PutValue("text", "t");
+         container.PutValue("behind", 1.5f);
+     }},
+    {"OddKeys",
+     [](DataContainer& container) {
+         const std::string keys[] = {
+             "",  std::string("\0", 1), "\xFF\xFE\x80", "a/b\\c", "\r\n\t", "\x7F\xFF\xFF", "%1% {",
+             "a", std::string(260, 'k')};
+         for (const std::string& key : keys)
+             container.PutValue(key, std::int64_t{-1});
+     }},
+    {"SharedObjects",
+     [](DataContainer& container) {
+         const auto shared = MakeData(std::string("shared"));
+         container.Put("a", shared);
+         container.GetSubData({"n"}, true)->Put("b", shared);
+         container.Put("m", container.GetSubData({"n"}, false));
+     }},
+    {"Alien", [](DataContainer& container) { container.PutValue("known", 7u); }, false},
+};
+
+/// The sample's bytes as the library writes them. "Alien" has an entry of an unknown class in front.
+std::string BytesOf(const Sample& sample) {
+    DataContainer container;
+    sample.fill(container);
+    if (sample.complete)
+        return Written(container);
+    Core::MemoryOutputStream stream;
+    Core::DataOutputStream(stream).Write(std::string_view("alien"));
+    AlienHeader().Output(stream);
+    stream.WriteZeros(3);
+    return std::string(reinterpret_cast<const char*>(stream.GetBytes().data()), stream.GetSize()) + Written(container);
+}
+
+std::vector<std::string> ChangesOf(const std::string& bytes, std::size_t position) {
+    std::vector<std::string> changed;
+    const char former = bytes[position];
+    for (const int value : {0, 1, 0x7F, 0x80, 0xFF, former + 1, former - 1})
+        if (static_cast<char>(value) != former)
+            (changed.emplace_back(bytes))[position] = static_cast<char>(value);
+    return changed;
+}
+
+class StopWatch {
+public:
+    double GetSeconds() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+/// Runs the work on a thread with the smallest stack that applications give theirs.
+void RunOnSmallStack(const std::function<void()>& work) {
+#if __has_include(<pthread.h>)
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, mebibyte), 0);
+    pthread_t thread{};
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<const std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+#else
+    std::cout << "SKIPPED: the limit of the stack; there are no POSIX threads here\n";
+    work();
+#endif
+}
+
+constexpr std::size_t mostLevels = 256;
+
+/// Containers in one another under empty keys, the outermost being level 1.
+std::string NestedBytes(std::size_t levels) {
+    std::vector<DataObjectHeader> headers(levels);
+    std::uint64_t size = 7;
+    for (std::size_t level = levels; level-- > 1;) {
+        headers[level].typeCode = eDATA_CONTAINER;
+        headers[level].dataSize = size;
+        size += 4 + headers[level].GetSize_bytes() + 7;
+    }
+    Core::MemoryOutputStream stream(size);
+    for (std::size_t level = 1; level < levels; ++level) {
+        stream.WriteZeros(4);
+        headers[level].Output(stream);
+    }
+    for (std::size_t level = 0; level < levels; ++level)
+        stream.Write("\0\0\0\0\x7F\xFF\xFF", 7);
+    return {reinterpret_cast<const char*>(stream.GetBytes().data()), stream.GetSize()};
+}
+
+/// An entry with a header whose numbers say what they like, and little behind it.
+std::string Bomb(std::uint8_t code, std::uint64_t size, const std::vector<std::uint64_t>& numbers = {}) {
+    Core::MemoryOutputStream stream;
+    Core::DataOutputStream data(stream);
+    data.Write(std::string_view("bomb"));
+    data.Write(code);
+    if (code == eNO_TYPE || CarriesClassName(code))
+        data.Write(std::string_view("Class"));
+    if (code == eNO_TYPE)
+        stream.WriteZeros(8);
+    data.Write(std::uint8_t{8});
+    data.Write(size);
+    for (const std::uint64_t number : numbers)
+        data.Write(number);
+    stream.WriteZeros(40);
+    return {reinterpret_cast<const char*>(stream.GetBytes().data()), stream.GetSize()};
+}
+
+std::string LongName(std::string front, std::uint32_t length) {
+    front.append(reinterpret_cast<const char*>(&length), sizeof length);
+    return front + std::string(40, 'x');
+}
+
+std::vector<std::string> AllBombs() {
+    constexpr std::uint64_t most = ~std::uint64_t{0};
+    std::vector<std::string> bombs;
+    for (const std::uint64_t size : {most, most - 15, std::uint64_t{1} << 63, std::uint64_t{1} << 32, 2 * mebibyte})
+        for (const std::uint8_t code : {eNO_TYPE, eASCII_STRING, eUNICODE_STRING, eMATRIX_DOUBLE, eDATA_CONTAINER,
+                                        eSIGNED_INTEGRAL_TYPE, eSCALAR_CONTAINER, eVECTOR_DOUBLE})
+            bombs.push_back(Bomb(code, size));
+    const std::pair<std::uint64_t, std::uint64_t> extents[] = {
+        {most, 1},
+        {1, most},
+        {most, most},
+        {1ull << 32, 1ull << 32},
+        {1ull << 63, 2},
+        {1ull << 61, 1},
+        {1ull << 31, 1ull << 31},
+        {1ull << 20, 1ull << 17},
+        {3, 1ull << 40},
+        {mebibyte, 1},
+    };
+    for (const auto& [size1, size2] : extents)
+        for (const std::uint8_t code : {eMATRIX_DOUBLE, eMATRIX_INT8, eFORTRAN_MATRIX_COMPLEX})
+            for (const std::uint64_t size : {most, size1 * size2 * 8 + 16})
+                bombs.push_back(Bomb(code, size, {size1, size2}));
+    const std::string key(4, '\0');
+    for (const std::uint32_t length : {0xFFFFFFFFu, 0x80000000u, 0x100001u, 0x100000u, 0x10001u, 0x10000u, 41u}) {
+        bombs.push_back(LongName("", length));
+        for (const std::string& front : {key + "\x7C", key + std::string("\0", 1), key + std::string("\0\0\0\0\0", 5),
+                                         key + std::string("\0\0\0\0\0\0\0\0\0", 9)})
+            bombs.push_back(LongName(front, length));
+    }
+    return bombs;
+}
+
+} // namespace
+
+class DamagedFile : public testing::TestWithParam<Sample> {};
+
+TEST_P(DamagedFile, IsAnObjectOrOneErrorWhicheverByteIsWrong) {
+    const std::string bytes = BytesOf(GetParam());
+    int accepted = 0;
+    for (const ESource source : allSources)
+        EXPECT_TRUE(Withstands(source, bytes));
+    for (std::size_t position = 0; position < bytes.size() && !HasFailure(); ++position) {
+        SCOPED_TRACE(position);
+        const ESource source = allSources[position % std::size(allSources)];
+        EXPECT_FALSE(Withstands(source, bytes.substr(0, position))) << "cut";
+        for (const std::string& changed : ChangesOf(bytes, position))
+            accepted += Withstands(source, changed) ? 1 : 0;
+    }
+    EXPECT_TRUE(accepted > 0 || GetParam().name == std::string("Empty"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::ValuesIn(samples),
+                         [](const auto& sample) { return std::string(sample.param.name); });
+
+// The header is read by the file alone; the object is closed afterwards, and a container that was bound is untouched.
+TEST(DamagedFiles, HeaderDecidesWhetherAFileIsOpened) {
+    const TemporaryDirectory directory;
+    const std::string path = (directory / "data").ToString();
+    const std::string whole = std::string("QOR DATA\x01\0\0A", 12) + BytesOf(samples[1]);
+    std::vector<std::string> contents{whole};
+    for (std::size_t position = 0; position < 14; ++position) {
+        if (position != 0)
+            contents.push_back(whole.substr(0, position));
+        for (std::string& changed : ChangesOf(whole, std::min<std::size_t>(position, 11)))
+            contents.push_back(std::move(changed));
+    }
+    contents.push_back(whole.substr(0, 11) + 'U' + whole.substr(12));
+    const auto container = DataContainer::Create();
+    container->PutValue("kept", 1);
+    for (const std::string& content : contents) {
+        WriteFileText(Core::PathName(path), content);
+        container->Clear();
+        container->PutValue("kept", 1);
+        BinaryDataFile file;
+        bool refused = false;
+        try {
+            EXPECT_TRUE(file.Open(path, DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, container));
+        } catch (const Core::Error& error) {
+            refused = true;
+            EXPECT_EQ(error.GetVariable("File"), path);
+        }
+        // The three bytes behind the magic are nobody's concern, and of the mark only 'U' is.
+        const bool valid = content.size() == whole.size() && content.starts_with("QOR DATA") && content[11] != 'U';
+        EXPECT_EQ(refused, !valid);
+        EXPECT_EQ(file.IsOpen(), valid);
+        EXPECT_EQ(container->Exists("kept"), !valid);
+        EXPECT_EQ(container->NumDataObjects(), valid ? 12u : 1u);
+        EXPECT_EQ(BinaryDataFile::IsBinaryDataFile(path), content.size() >= 12 && content.starts_with("QOR DATA"));
+    }
+}
+
+TEST(DamagedFiles, NoClaimIsPaidForInAdvance) {
+    const std::vector<std::string> bombs = AllBombs();
+    for (std::size_t number = 0; number < bombs.size(); ++number)
+        for (const ESource source : allSources) {
+            SCOPED_TRACE(testing::Message() << "bomb " << number << ", source " << static_cast<int>(source));
+            EXPECT_FALSE(Withstands(source, bombs[number]));
+        }
+}
+
+// Honest files of the smallest entries keep to the bound as well.
+TEST(DamagedFiles, CrowdsKeepToTheBound) {
+    constexpr int count = 20'000;
+    void (*const puts[])(DataContainer&, const std::string&) = {
+        [](DataContainer& container, const std::string& key) { container.PutValue(key, true); },
+        [](DataContainer& container, const std::string& key) { container.PutValue(key, std::wstring()); },
+        [](DataContainer& container, const std::string& key) { container.Put(key, DataContainer::Create()); },
+        [](DataContainer& container, const std::string& key) { container.PutValue(key, RowMajorMatrix<char>()); },
+        [](DataContainer& container, const std::string& key) {
+            container.Put(key, MakeScalar(eSIGNED_INTEGRAL_TYPE, 1));
+        },
+    };
+    for (const auto put : puts) {
+        DataContainer crowd;
+        for (int i = 0; i < count; ++i)
+            put(crowd, std::to_string(i));
+        const std::string bytes = Written(crowd);
+        DataContainer container;
+        EXPECT_TRUE(IsRead(ESource::eMEMORY, bytes, container)) << bytes.size();
+        EXPECT_TRUE(container == crowd);
+        const StopWatch watch;
+        EXPECT_TRUE(*container.Clone() == container);
+        container.Clear();
+        EXPECT_LT(watch.GetSeconds(), 20);
+    }
+}
+
+TEST(DamagedFiles, DeepestFilesFitASmallStack) {
+    RunOnSmallStack([] {
+        const std::string bytes = NestedBytes(mostLevels);
+        for (const ESource source : allSources)
+            EXPECT_TRUE(Withstands(source, bytes));
+        const auto container = DataContainer::Create();
+        EXPECT_TRUE(IsRead(ESource::eMEMORY, bytes, *container));
+        EXPECT_EQ(Written(*container), bytes);
+        auto clone = container->Clone();
+        EXPECT_TRUE(*clone == *container);
+        clone->GetSubData(std::vector<std::string>(mostLevels - 1, ""), false)->PutValue("leaf", 1);
+        EXPECT_FALSE(*clone == *container);
+        EXPECT_EQ(clone->Get("")->ToString(), "DataContainer with 1 entries");
+        std::vector<std::shared_ptr<Core::Lock>> locks;
+        clone->AcquireLocks(locks);
+        EXPECT_GE(locks.size(), mostLevels);
+        const TemporaryDirectory directory;
+        const std::string path = (directory / "deep").ToString();
+        BinaryDataFile file(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, clone);
+        file.Flush();
+        EXPECT_TRUE(BinaryDataFile(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr) == *clone);
+    });
+}
+
+TEST(DamagedFiles, TooDeepIsRefusedHoweverItComesAbout) {
+    RunOnSmallStack([] {
+        for (const std::size_t levels : {mostLevels + 1, std::size_t{100'000}}) {
+            for (const ESource source : allSources)
+                EXPECT_FALSE(Withstands(source, NestedBytes(levels)));
+            const auto container = DataContainer::Create();
+            EXPECT_THROW(container->GetSubData(std::vector<std::string>(levels - 1, "k"), true), Core::LogicError);
+        }
+        auto deepest = DataContainer::Create();
+        for (std::size_t level = 1; level < mostLevels; ++level) {
+            auto above = DataContainer::Create();
+            above->Put("k", deepest);
+            deepest = std::move(above);
+        }
+        DataContainer container;
+        EXPECT_THROW(container.Put("k", deepest), Core::LogicError);
+        EXPECT_TRUE(container.IsEmpty());
+        const auto wrapper = std::make_shared<DataContainerWrapper>();
+        container.Put("w", wrapper);
+        EXPECT_THROW(wrapper->SetData(deepest), Core::LogicError);
+        EXPECT_TRUE(wrapper->GetData()->IsEmpty());
+    });
+}
+
+/// Counts what its hooks hear.
+class HearingContainer final : public DataContainer {
+public:
+    HearingContainer() { ReceiveChanges(); }
+    ~HearingContainer() override { StopChanges(); }
+
+    std::vector<std::string> heard;
+
+protected:
+    void OnDataValueChanged(const std::string& key, std::shared_ptr<DataObject>) override { heard.push_back(key); }
+};
+
+// 2^200 ways lead from the top to the bottom.
+TEST(DamagedFiles, ManyWaysToOneObjectCostNoMoreThanTheirSteps) {
+    constexpr int levels = 200;
+    const StopWatch watch;
+    for (const bool fromBottom : {true, false}) {
+        const auto leaf = MakeData(1);
+        HearingContainer top;
+        std::vector<std::shared_ptr<DataContainer>> chain(levels);
+        std::generate(chain.begin(), chain.end(), [] { return DataContainer::Create(); });
+        const auto join = [&](std::size_t level) {
+            DataContainer& above = level == 0 ? static_cast<DataContainer&>(top) : *chain[level - 1];
+            above.Put("a", chain[level]);
+            above.Put("b", chain[level]);
+        };
+        for (std::size_t i = 0; i < chain.size(); ++i)
+            join(fromBottom ? chain.size() - 1 - i : i);
+        chain.back()->Put("leaf", leaf);
+        top.heard.clear();
+        leaf->SetValue(2);
+        std::sort(top.heard.begin(), top.heard.end());
+        EXPECT_EQ(top.heard, (std::vector<std::string>{"a", "b"}));
+        EXPECT_THROW(chain.back()->Put("c", chain.front()), Core::LogicError);
+        std::vector<std::shared_ptr<Core::Lock>> locks;
+        top.AcquireLocks(locks);
+        EXPECT_EQ(locks.size(), levels + 1u);
+        EXPECT_EQ(Written(*chain[levels - 8]).size(), chain[levels - 8]->GetDataSize_bytes());
+    }
+    // One container in thousands of others.
+    constexpr int parents = 5'000;
+    HearingContainer top;
+    const auto shared = DataContainer::Create();
+    for (int i = 0; i < parents; ++i)
+        top.GetSubData({std::to_string(i)}, true)->Put("shared", shared);
+    top.heard.clear();
+    shared->PutValue("leaf", 1);
+    EXPECT_EQ(top.heard.size(), static_cast<std::size_t>(parents));
+    EXPECT_LT(watch.GetSeconds(), 20);
+}
+
+} // namespace Qor::Tivor::Testing

@@ -1,0 +1,172 @@
+#include "TestHeap.h"
+
+#include <QorCore/MemoryStreams.h>
+#include <Tivor/DataContainer.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+struct ThreadHeap {
+    bool watched = false;
+    std::int64_t held = 0;
+    std::int64_t peak = 0;
+    std::int64_t limit = 0;
+    int callsUntilFailure = 0; // 0: none is to fail
+    bool failsForEver = false;
+    bool hasFailed = false;
+};
+
+constinit thread_local ThreadHeap heap;
+
+constexpr std::size_t most = std::size_t{1} << 62;
+
+bool MustFail() {
+    if (heap.callsUntilFailure == 0 || (heap.callsUntilFailure > 1 && --heap.callsUntilFailure > 0))
+        return false;
+    heap.callsUntilFailure = heap.failsForEver ? 1 : 0;
+    return heap.hasFailed = true;
+}
+
+bool IsBeyondLimit(std::size_t size) {
+    if (!heap.watched)
+        return false;
+    const auto asked = static_cast<std::int64_t>(std::min(size, most));
+    heap.peak = std::max(heap.peak, heap.held + asked);
+    return heap.held + asked > heap.limit;
+}
+
+// The size stands in front of the block, at the end of as many bytes as the alignment takes.
+void* Take(std::size_t size, std::size_t alignment) {
+    if (MustFail() || IsBeyondLimit(size) || size > most)
+        throw std::bad_alloc();
+    const std::size_t whole = (size + 2 * alignment - 1) / alignment * alignment;
+    auto* const memory = static_cast<std::byte*>(std::aligned_alloc(alignment, whole));
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    heap.held += static_cast<std::int64_t>(size);
+    std::memcpy(memory + alignment - sizeof size, &size, sizeof size);
+    return memory + alignment;
+}
+
+void Return(void* block, std::size_t alignment) noexcept {
+    if (block == nullptr)
+        return;
+    std::byte* const memory = static_cast<std::byte*>(block) - alignment;
+    std::size_t size = 0;
+    std::memcpy(&size, memory + alignment - sizeof size, sizeof size);
+    heap.held -= static_cast<std::int64_t>(size);
+    std::free(memory);
+}
+
+constexpr std::size_t usual = __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+
+} // namespace
+
+HeapWatch::HeapWatch(std::uint64_t limit) {
+    heap.watched = true;
+    heap.held = heap.peak = 0;
+    heap.limit = static_cast<std::int64_t>(limit);
+}
+
+HeapWatch::~HeapWatch() {
+    heap.watched = false;
+}
+
+std::uint64_t HeapWatch::GetPeak() const {
+    return static_cast<std::uint64_t>(heap.peak);
+}
+
+FailingHeap::FailingHeap(int n, bool forEver) {
+    heap.hasFailed = false;
+    heap.failsForEver = forEver;
+    heap.callsUntilFailure = n;
+}
+
+FailingHeap::~FailingHeap() {
+    heap.callsUntilFailure = 0;
+}
+
+bool FailingHeap::HasFailed() const {
+    return heap.hasFailed;
+}
+
+TEST(TestHeap, SeesWhatTheLibrariesTake) {
+    constexpr std::uint64_t size = 100'000;
+    {
+        const HeapWatch watch(10 * size);
+        EXPECT_GE((Core::MemoryOutputStream(size), watch.GetPeak()), size);
+        const RowMajorMatrix<double> matrix(100, 1000);
+        EXPECT_GE(watch.GetPeak(), 8 * size);
+        EXPECT_THROW(Core::MemoryOutputStream(20 * size), std::bad_alloc);
+    }
+    const FailingHeap failing(2, true);
+    EXPECT_THROW(DataContainer::Create(), std::bad_alloc);
+    EXPECT_TRUE(failing.HasFailed());
+}
+
+} // namespace Qor::Tivor::Testing
+
+// All forms: a sanitizer brings its own of each that is missing.
+using namespace Qor::Tivor::Testing;
+using Alignment = std::align_val_t;
+
+void* operator new(std::size_t size) {
+    return Take(size, usual);
+}
+void* operator new[](std::size_t size) {
+    return Take(size, usual);
+}
+void* operator new(std::size_t size, Alignment alignment) {
+    return Take(size, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t size, Alignment alignment) {
+    return Take(size, static_cast<std::size_t>(alignment));
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return Take(size, usual);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return operator new(size, tag);
+}
+void operator delete(void* block) noexcept {
+    Return(block, usual);
+}
+void operator delete[](void* block) noexcept {
+    Return(block, usual);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    Return(block, usual);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    Return(block, usual);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    Return(block, usual);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
+    Return(block, usual);
+}
+void operator delete(void* block, Alignment alignment) noexcept {
+    Return(block, static_cast<std::size_t>(alignment));
+}
+void operator delete[](void* block, Alignment alignment) noexcept {
+    Return(block, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* block, std::size_t, Alignment alignment) noexcept {
+    Return(block, static_cast<std::size_t>(alignment));
+}
+void operator delete[](void* block, std::size_t, Alignment alignment) noexcept {
+    Return(block, static_cast<std::size_t>(alignment));
+}

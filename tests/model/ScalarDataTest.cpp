@@ -1,0 +1,187 @@
+#include "Alerts.h"
+#include "StoredBytes.h"
+
+#include <QorCore/MemoryStreams.h>
+#include <Tivor/ScalarData.h>
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using Core::Testing::RaisedBy;
+
+void Fill(ScalarData& scalar, std::uint64_t size, const std::string& bytes) {
+    Core::MemoryInputStream stream(bytes.data(), bytes.size());
+    EXPECT_EQ(scalar.GetSerializer()->DataFromBinary(size, stream), size);
+}
+
+ScalarData Scalar(ETypeID kind, const std::string& bytes) {
+    ScalarData scalar("Kind", kind);
+    Fill(scalar, bytes.size(), bytes);
+    return scalar;
+}
+
+template <class T>
+ScalarData Number(ETypeID kind, T value) {
+    ScalarData scalar("Kind", kind);
+    scalar.SetValue(value);
+    return scalar;
+}
+
+constexpr ETypeID kinds[] = {eSIGNED_INTEGRAL_TYPE, eUNSIGNED_INTEGRAL_TYPE, eFLOATING_POINT_TYPE};
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+} // namespace
+
+TEST(ScalarData, HoldsItsKindsAndWidths) {
+    struct Row {
+        ETypeID kind;
+        const char* bytes;
+        double value;
+        const char* text;
+        const std::type_info* native;
+    };
+    const Row rows[] = {
+        {eSIGNED_INTEGRAL_TYPE, "41", 65, "A", &typeid(char)},
+        {eSIGNED_INTEGRAL_TYPE, "FE", -2, "\xFE", &typeid(signed char)},
+        {eSIGNED_INTEGRAL_TYPE, "FE FF", -2, "-2", &typeid(short)},
+        {eSIGNED_INTEGRAL_TYPE, "00 00 00 80", -2147483648.0, "-2147483648", &typeid(int)},
+        {eSIGNED_INTEGRAL_TYPE, "FE FF FF FF FF FF FF FF", -2, "-2", &typeid(std::int64_t)},
+        {eUNSIGNED_INTEGRAL_TYPE, "41", 65, "A", &typeid(unsigned char)},
+        {eUNSIGNED_INTEGRAL_TYPE, "FE FF", 65534, "65534", &typeid(unsigned short)},
+        {eUNSIGNED_INTEGRAL_TYPE, "FF FF FF FF", 4294967295.0, "4294967295", &typeid(unsigned)},
+        {eUNSIGNED_INTEGRAL_TYPE, "00 00 00 00 01 00 00 00", 4294967296.0, "4294967296", &typeid(std::uint64_t)},
+        {eFLOATING_POINT_TYPE, "00 00 C0 3F", 1.5, "1.5", &typeid(float)},
+        {eFLOATING_POINT_TYPE, "00 00 00 00 00 00 F0 7F", infinity, "inf", &typeid(double)}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.bytes);
+        ScalarData scalar = Scalar(row.kind, Bytes(row.bytes));
+        EXPECT_EQ(scalar.ToString(), row.text);
+        for (const Row& other : rows)
+            EXPECT_EQ(scalar.HoldsType(*other.native),
+                      other.kind == row.kind && Bytes(other.bytes).size() == Bytes(row.bytes).size());
+        if (row.kind == eSIGNED_INTEGRAL_TYPE)
+            EXPECT_EQ(static_cast<double>(scalar.GetValue<std::int64_t>()), row.value);
+        else if (row.kind == eUNSIGNED_INTEGRAL_TYPE)
+            EXPECT_EQ(static_cast<double>(scalar.GetValue<std::uint64_t>()), row.value);
+        else
+            EXPECT_EQ(scalar.GetValue<double>(), row.value);
+        scalar.EnableDataLocking();
+        const std::string bytes = Stored(scalar);
+        const std::shared_ptr<DataObject> clone = scalar.Clone();
+        scalar.SetValue(1);
+        for (const auto& twin : {clone, Read(bytes)}) {
+            EXPECT_TRUE(bool(!twin->HoldsSameValueAs(scalar)));
+            EXPECT_EQ(Stored(*twin), bytes);
+            EXPECT_EQ(twin->GetTypeName(), "Kind");
+            EXPECT_EQ(twin->GetTypeID(), row.kind);
+        }
+        EXPECT_TRUE(clone->IsLockable());
+    }
+}
+
+TEST(ScalarData, RefusesOtherWidthsAndKinds) {
+    for (const ETypeID kind : kinds)
+        for (std::uint64_t size = 0; size <= 17; ++size) {
+            if (size == 4 || size == 8 || (kind != eFLOATING_POINT_TYPE && (size == 1 || size == 2)))
+                continue;
+            ScalarData scalar = Number(kind, 7);
+            const std::string before = Stored(scalar);
+            const auto error = RaisedBy<InvalidScalarSize>([&] { Fill(scalar, size, std::string(20, 'x')); });
+            EXPECT_EQ(error.GetText(),
+                      "Invalid size of " + std::to_string(size) + " reported for scalar value of type Kind");
+            EXPECT_EQ(error.GetCategory(), "Qor.Tivor.ScalarSerializer");
+            EXPECT_EQ(error.GetContext().source, "DataObject");
+            EXPECT_EQ(Stored(scalar), before);
+        }
+    for (const ETypeID id : {eNO_TYPE, eINT32, eDOUBLE, eCOMPLEX})
+        EXPECT_EQ(RaisedBy<InvalidScalarTypeID>([&] { ScalarData("Kind", id); }).GetText(),
+                  "Invalid scalar type ID of " + std::to_string(id));
+}
+
+TEST(ScalarData, TakesTheWidthOfItsBlock) {
+    ScalarData scalar = Number(eSIGNED_INTEGRAL_TYPE, 7);
+    EXPECT_EQ(scalar.GetSize_bytes(), 4u);
+    EXPECT_EQ(RaisedBy<EndOfStreamOnInput>([&] { Fill(scalar, 8, "seven.."); }).GetCategory(),
+              "Qor.Tivor.ScalarSerializer");
+    EXPECT_EQ(scalar.GetSize_bytes(), 4u);
+    EXPECT_EQ(scalar.GetValue<int>(), 7);
+    Fill(scalar, 8, Bytes("FD FF FF FF FF FF FF FF"));
+    EXPECT_EQ(scalar.GetSize_bytes(), 8u);
+    EXPECT_EQ(scalar.GetValue<int>(), -3);
+    scalar.SetValue(9);
+    EXPECT_EQ(Stored(scalar), Bytes("01 00 00 00 'k' 0E 04 00 00 00 'Kind' 01 08 | 09 00 00 00 00 00 00 00"));
+}
+
+TEST(ScalarData, GivesAndTakesNumbersOfItsKindOnly) {
+    const auto assertion = [](auto get) { return RaisedBy<Core::AssertionError>(get).GetText(); };
+    ScalarData number[] = {Number(kinds[0], 1), Number(kinds[1], 1u), Number(kinds[2], 1.0)};
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (i != 0) {
+            EXPECT_EQ(assertion([&] { number[i].GetValue<int>(); }), "eSIGNED_INTEGRAL_TYPE == m_eTypeID");
+        }
+        if (i != 1) {
+            EXPECT_EQ(assertion([&] { number[i].GetValue<unsigned>(); }), "eUNSIGNED_INTEGRAL_TYPE == m_eTypeID");
+        }
+        if (i != 2) {
+            EXPECT_EQ(assertion([&] { number[i].GetValue<double>(); }), "eFLOATING_POINT_TYPE == m_eTypeID");
+        }
+    }
+    const auto refuses = [](ScalarData scalar, auto value) {
+        const std::string before = Stored(scalar);
+        RaisedBy<Core::OutOfRangeError>([&] { scalar.SetValue(value); });
+        EXPECT_EQ(Stored(scalar), before);
+    };
+    refuses(Scalar(kinds[0], "A"), 128);
+    refuses(Scalar(kinds[0], "A"), -129);
+    refuses(Scalar(kinds[1], "A"), -1);
+    refuses(Scalar(kinds[1], "AB"), 65536u);
+    refuses(Number(kinds[0], 1), 1.5);
+    refuses(Number(kinds[0], 1), std::nan(""));
+    refuses(Number(kinds[0], 1), 2147483648.0);
+    refuses(Number(kinds[0], std::int64_t{1}), 9223372036854775808.0);
+    refuses(Number(kinds[1], std::uint64_t{1}), 18446744073709551616.0);
+    refuses(Number(kinds[1], 1u), -0.5f);
+    refuses(Number(kinds[2], 1.0f), 1e39);
+    ScalarData wide = Number(kinds[1], std::uint64_t{1} << 32);
+    RaisedBy<Core::OutOfRangeError>([&] { wide.GetValue<unsigned>(); });
+    RaisedBy<Core::OutOfRangeError>([&] { Number(kinds[2], 1e300).GetValue<float>(); });
+    EXPECT_EQ(Number(kinds[0], -128.0f).GetValue<int>(), -128);
+    EXPECT_EQ(Number(kinds[2], 16777217).GetValue<double>(), 16777217.0);
+    EXPECT_EQ(Number(kinds[2], 0.1f).GetValue<double>(), static_cast<double>(0.1f));
+}
+
+TEST(ScalarData, HasNoWidthBeforeItsFirstValue) {
+    ScalarData scalar("Kind", eUNSIGNED_INTEGRAL_TYPE);
+    EXPECT_TRUE(scalar.SerializationIsEnabled());
+    EXPECT_EQ(scalar.ToString(), "");
+    const std::string text = "Invalid size of 0 reported for scalar value of type Kind";
+    EXPECT_EQ(RaisedBy<InvalidScalarSize>([&] { scalar.GetValue<unsigned>(); }).GetText(), text);
+    EXPECT_EQ(RaisedBy<InvalidScalarSize>([&] { Stored(scalar); }).GetText(), text);
+    RaisedBy<Core::OutOfRangeError>([&] { scalar.SetValue(-1); });
+    EXPECT_EQ(scalar.GetSize_bytes(), 0u);
+    EXPECT_TRUE(bool(scalar.HoldsSameValueAs(*scalar.Clone())));
+    EXPECT_TRUE(bool(!scalar.HoldsSameValueAs(Number(eUNSIGNED_INTEGRAL_TYPE, 0))));
+}
+
+TEST(ScalarData, ComparesNumbersWhateverTheirWidth) {
+    EXPECT_TRUE(bool(Scalar(kinds[0], "\xFE").HoldsSameValueAs(Number(kinds[0], std::int64_t{-2}))));
+    EXPECT_TRUE(bool(!Scalar(kinds[0], "\xFE").HoldsSameValueAs(Number(kinds[0], 254))));
+    EXPECT_TRUE(bool(Number(kinds[2], 0.5f).HoldsSameValueAs(Number(kinds[2], 0.5))));
+    EXPECT_TRUE(bool(Number(kinds[2], std::nan("")).HoldsSameValueAs(Number(kinds[2], std::nanf("")))));
+    EXPECT_TRUE(bool(!Number(kinds[0], 1).HoldsSameValueAs(Number(kinds[1], 1))));
+    ScalarData named("Other", kinds[0]);
+    named.SetValue(1);
+    EXPECT_TRUE(bool(!named.HoldsSameValueAs(Number(kinds[0], 1))));
+    EXPECT_TRUE(named.EnableSerialization(false));
+    EXPECT_EQ(RaisedBy<NullSerializer>([&] { Stored(named); }).GetText(),
+              "No serializer for data with class name = Other");
+}
+
+} // namespace Qor::Tivor::Testing

@@ -1,0 +1,135 @@
+#include "Alerts.h"
+#include "ForeignObject.h"
+#include "StoredBytes.h"
+
+#include <QorCore/MemoryStreams.h>
+
+#include <gtest/gtest.h>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using Core::Testing::RaisedBy;
+using Core::Testing::Warnings;
+
+std::shared_ptr<ForeignObject> Foreign(std::uint64_t announced, const std::string& written, std::uint64_t returned) {
+    auto object = std::make_shared<ForeignObject>();
+    object->announced = announced;
+    object->written = written;
+    object->returned = returned;
+    return object;
+}
+
+const std::string paddingText = "A Test.Foreign version 1.2 from module absent.dll output 3 bytes but the serialized "
+                                "data size was 5 bytes, padding remaining bytes...";
+
+} // namespace
+
+TEST(FaultySerializer, ShortBlocksArePadded) {
+    for (const std::uint64_t returned : {0, 3, 5, 99}) {
+        const auto object = Foreign(5, "abc", returned);
+        DataContainer container;
+        container.Put("k", object);
+        container.PutValue("after", 1);
+        const std::string block = Stored(*Foreign(5, std::string("abc\0\0", 5), 5));
+        const Warnings warnings;
+        EXPECT_EQ(Stored(*object), block);
+        EXPECT_EQ(Stored(container).substr(0, block.size()), block);
+        Core::MemoryOutputStream stream;
+        EXPECT_EQ(object->GetSerializer()->ToBinary(stream), 5u);
+        EXPECT_EQ(stream.GetSize(), 5u);
+        ASSERT_EQ(warnings.GetNames(), std::vector<std::string>(3, "SkippingData"));
+        for (const Core::Warning& warning : warnings.seen) {
+            EXPECT_EQ(warning.GetText(), paddingText);
+            EXPECT_EQ(warning.GetSeverity(), 1u);
+        }
+        EXPECT_EQ(warnings.seen[0].GetCategory(), "Qor.Tivor.SerializationManager");
+        EXPECT_EQ(warnings.seen[2].GetCategory(), "Qor.Tivor.Serializer");
+    }
+    const Warnings warnings;
+    EXPECT_EQ(Stored(*Foreign(3, "abc", 1)), Stored(*Foreign(3, "abc", 3))); // the count that is told does not matter
+    EXPECT_TRUE(warnings.seen.empty());
+    const Warnings refusing(true);
+    EXPECT_EQ(RaisedBy<Core::Error>([] { Stored(*Foreign(5, "abc", 3)); }).GetText(), "refused");
+}
+
+TEST(FaultySerializer, FailuresSayWhatWasWritten) {
+    EXPECT_EQ(RaisedBy<Core::IOError>([] { Stored(*Foreign(2, "abc", 2), "name"); }).GetVariable("Key"), "name");
+    const auto raise = [] { throw std::runtime_error("out of paper"); };
+    const auto atSize = Foreign(3, "abc", 3);
+    atSize->onSize = raise;
+    const auto whileWriting = Foreign(3, "abc", 3);
+    whileWriting->onWrite = raise;
+    for (const auto& object : {atSize, whileWriting}) {
+        Core::MemoryOutputStream stream;
+        const auto error =
+            RaisedBy<Core::UnknownError>([&] { SerializationManager::OutputDataBlock(stream, "k", *object); });
+        EXPECT_EQ(error.GetVariable("Data Type Name"), "Test.Foreign");
+        EXPECT_EQ(error.GetVariable("Module"), "absent.dll");
+        EXPECT_NE(error.GetText().find("out of paper"), std::string::npos);
+    }
+    const auto unserializable = Foreign(3, "abc", 3);
+    unserializable->isSerializable = false;
+    Core::MemoryOutputStream stream;
+    const auto error =
+        RaisedBy<NullSerializer>([&] { SerializationManager::OutputDataBlock(stream, "k", *unserializable); });
+    EXPECT_EQ(error.GetText(), "No serializer for data with class name = Test.Foreign");
+    DataContainer container;
+    container.Put("k", unserializable);
+    EXPECT_EQ(Stored(container), Bytes("00000000 7F FFFF"));
+}
+
+// A block that is longer than what its class reads from it is stepped over.
+TEST(FaultySerializer, WhatIsNotReadIsSkipped) {
+    const std::string extents = "00000000 00000000 00000000 00000000";
+    const std::pair<std::string, const char*> rows[] = {
+        {"50 01 13" + extents + "'abc'", "A Matrix version  from module * input 16 bytes but the serialized data size "
+                                         "was 19 bytes, skipping remaining bytes..."},
+        {"7D 01 0A 00000000 7F FFFF 'abc'", "A DataContainer version  from module * input 7 bytes but the serialized "
+                                            "data size was 10 bytes, skipping remaining bytes..."}};
+    for (const auto& [notation, text] : rows) {
+        const std::string bytes = Bytes("01 000000 'k'" + notation + "01 000000 'b' 01 01 00000000 7F FFFF");
+        DataContainer container;
+        {
+            const Warnings warnings;
+            EXPECT_EQ(ReadInto(container, bytes), bytes.size());
+            ASSERT_EQ(warnings.GetNames(), std::vector<std::string>{"SkippingData"});
+            EXPECT_EQ(warnings.seen[0].GetText(), text);
+            EXPECT_EQ(warnings.seen[0].GetCategory(), "Qor.Tivor.DataObject");
+        }
+        EXPECT_EQ(Keys(container), "k b ");
+        const std::string before = Stored(container);
+        const Warnings refusing(true);
+        EXPECT_EQ(RaisedBy<Core::Error>([&] { ReadInto(container, bytes); }).GetVariable("Key"), "k");
+        EXPECT_EQ(Stored(container), before);
+        const std::string shortened = Bytes("01 000000 'k'" + notation);
+        RaisedBy<Core::Error>([&] { Read(shortened.substr(0, shortened.size() - 1)); });
+    }
+    for (const char* const notation :
+         {"50 01 0F 000000 00000000 00000000 00000000", "51 01 11 02 000000 00000000 01 000000 00000000 'x'",
+          "58 01 10 FF FFFFFF FFFFFF7F FF FFFFFF FFFFFF7F", "7D 01 00", "7D 00"})
+        RaisedBy<Core::IOError>([&] { Read(Bytes("00000000") + Bytes(notation)); });
+}
+
+TEST(ForeignObject, IsAnsweredForByTheBase) {
+    ForeignObject object;
+    object.announced = 8;
+    EXPECT_EQ(object.GetSerializer()->GetXMLEncoding(), "def/hex64");
+    object.announced = 9;
+    EXPECT_EQ(object.GetSerializer()->GetXMLEncoding(), "def/base64");
+    EXPECT_TRUE(Serializer::IsDefaultEncoding("def/new"));
+    EXPECT_FALSE(Serializer::IsDefaultEncoding("de/f") || Serializer::IsDefaultEncoding(""));
+    EXPECT_TRUE(object.SerializationIsEnabled());
+    EXPECT_TRUE(object.EnableSerialization(false) && !object.EnableSerialization(true));
+    EXPECT_FALSE(object.IsLockable() || object.EnableDataLocking());
+    EXPECT_TRUE(boost::logic::indeterminate(object.HoldsSameValueAs(ForeignObject())));
+    EXPECT_EQ(object.GetTypeID(), eNO_TYPE);
+    EXPECT_EQ(MakeData(1)->GetSerializer()->GetModule() + MakeData(1)->GetSerializer()->GetVersion(), "*");
+    const std::unique_ptr<std::shared_ptr<DataObject>> kept(CreateDataObjectPtr(MakeData(5)));
+    EXPECT_EQ((*kept)->ToString(), "5");
+    EXPECT_EQ(WrapRawDataObject(&object).get(), &object);
+    EXPECT_FALSE(WrapRawDataObject(nullptr));
+}
+
+} // namespace Qor::Tivor::Testing

@@ -1,0 +1,50 @@
+#include "ForeignObject.h"
+
+#include <QorCore/Stream.h>
+#include <Tivor/Serializer.h>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+class ForeignSerializer final : public Serializer {
+public:
+    explicit ForeignSerializer(ForeignObject& object) : m_object(object) {}
+
+    DataObject& GetDataObject() override { return m_object; }
+    std::string GetVersion() override { return "1.2"; }
+    std::string GetModule() override { return "absent.dll"; }
+    std::uint64_t GetDataSize_bytes() const override {
+        if (m_object.onSize)
+            m_object.onSize();
+        return m_object.announced;
+    }
+    bool DataSizeIsConstant() const override { return false; }
+    std::uint64_t DataFromBinary(std::uint64_t, Core::BinaryInputStream&) override { return 0; }
+    std::uint64_t DataToBinary(Core::BinaryOutputStream& stream) override {
+        stream.Write(m_object.written.data(), m_object.written.size());
+        if (m_object.onWrite)
+            m_object.onWrite();
+        return m_object.returned;
+    }
+
+private:
+    ForeignObject& m_object;
+};
+
+} // namespace
+
+bool ForeignObject::HoldsSameTypeAs(const DataObject& other) const {
+    return dynamic_cast<const ForeignObject*>(&other) != nullptr;
+}
+
+std::shared_ptr<Serializer> ForeignObject::GetSerializer() {
+    return isSerializable ? std::make_shared<ForeignSerializer>(*this) : nullptr;
+}
+
+void ForeignObject::AcquireLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const {
+    if (onAcquireLocks)
+        onAcquireLocks(locks);
+}
+
+} // namespace Qor::Tivor::Testing

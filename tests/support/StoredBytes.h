@@ -1,0 +1,26 @@
+#pragma once
+
+#include <Tivor/DataContainer.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace Qor::Tivor::Testing {
+
+/// Bytes as one writes them by hand: pairs of hexadecimal digits and 'text', with blanks and bars between them.
+std::string Bytes(std::string_view notation);
+
+/// What is written for an object under a key; for a container, what is written for its entries.
+std::string Stored(DataObject& object, const std::string& key = "k");
+std::string Stored(const DataContainer& container);
+
+/// The object at the beginning of the bytes; all of them must be consumed.
+std::shared_ptr<DataObject> Read(const std::string& bytes);
+/// Adds the entries that the bytes hold; returns how many bytes were read.
+std::uint64_t ReadInto(DataContainer& container, const std::string& bytes);
+
+/// The keys of a container, in order, each followed by a blank.
+std::string Keys(const DataContainer& container);
+
+} // namespace Qor::Tivor::Testing
