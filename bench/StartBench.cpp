@@ -1,4 +1,4 @@
-// From start to exit of a program that does nothing, with and without the library.
+// From start to exit of a C++ program that does nothing, with and without the library.
 #include "Comparison.h"
 
 #include <spawn.h>
@@ -29,4 +29,7 @@ void Bench::RegisterRows() {
     Register("program start", 501, [](benchmark::State& state) {
         Compare(state, 1.2, Starting("empty-program"), Starting("empty-program-with-tivor"));
     });
+    // What the libraries of C++ cost every program that uses them, to be multiplied with the row above.
+    Register("C++ library start", 501,
+             [](benchmark::State& state) { Compare(state, 0, Starting("bare-program"), Starting("empty-program")); });
 }

@@ -1,18 +1,18 @@
 #!/usr/bin/env bash
-# Prints the table of all benchmarks, pinned to one CPU where the system allows it.
-#   bench/run.sh [BUILD_DIRECTORY] [OPTION...]    build/release; options go to each program: --benchmark_filter=...
-# In the environment: TIVOR_BENCH_DIRECTORY takes the files, cpu is the number of the CPU.
+# Prints the tables of the benchmarks, pinned to one CPU where the system allows it.
+#   bench/run.sh [SUBJECT...]      Container, File, Start, Growth; all of them when none is named
+# In the environment: build (build/release) is where they were built, cpu the number of the CPU, options go to each
+# program (--benchmark_filter=...), TIVOR_BENCH_DIRECTORY takes the files of File.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=${1:-build/release}
-shift || true
 cpu=${cpu:-$(($(nproc) - 1))}
-pinned=()
-if taskset -c "$cpu" true 2>/dev/null; then
-    pinned=(taskset -c "$cpu")
-else
+pinned=(taskset -c "$cpu")
+if ! "${pinned[@]}" true 2>/dev/null; then
     echo "Not pinned to a CPU" >&2
+    pinned=(env)
 fi
-for program in Container File Start Growth; do
-    "${pinned[@]}" "$build/bin/${program}Bench" "$@"
+[[ $# -gt 0 ]] || set -- Container File Start Growth
+for subject; do
+    # shellcheck disable=SC2086
+    "${pinned[@]}" "${build:-build/release}/bin/${subject}Bench" ${options:-}
 done

@@ -44,6 +44,8 @@ template <class T, ETypeID id>
 struct BuiltInTraits {
     static ETypeID GetTypeID() { return id; }
     static std::string GetTypeName() { return std::string(FindTypeFacts(id)->className); }
+    /// A matrix's element type; any other type is its own.
+    static void GetBaseDataTypeInfo(ETypeID& typeID, std::string& typeName);
     static std::shared_ptr<T> Clone(const T& value) {
         if constexpr (requires { value.Clone(); })
             return MakeValue(value.Clone());

@@ -220,6 +220,12 @@ private:
 
 template <>
 struct ValueTraits<DataContainer> {
+    static constexpr bool guardsItself = true;
+    /// The entries of a container have no common type.
+    static void GetBaseDataTypeInfo(ETypeID& typeID, std::string& typeName) {
+        typeID = eNO_TYPE;
+        typeName.clear();
+    }
     static ETypeID GetTypeID() { return eDATA_CONTAINER; }
     static std::string GetTypeName() { return "DataContainer"; }
     static std::shared_ptr<DataContainer> Clone(const DataContainer& value) { return value.Clone(); }

@@ -20,6 +20,8 @@ namespace Qor::Tivor {
 /// * `static std::string ToString(const T&)`: the textual form.
 /// * `static std::shared_ptr<Serializer> MakeSerializer(Data<T>&)`.
 /// * `template <class... A> static std::shared_ptr<Data<T>> MakeData(A&&...)`: a new wrapper.
+/// * where the base data type is not T itself: `static void GetBaseDataTypeInfo(ETypeID&, std::string&)`.
+/// * where T guards itself against other threads: `static constexpr bool guardsItself = true`.
 template <class T>
 struct ValueTraits;
 
@@ -48,8 +50,12 @@ public:
 
     ETypeID GetTypeID() override { return ValueTraits<T>::GetTypeID(); }
     void GetBaseDataTypeInfo(ETypeID& typeID, std::string& typeName) const override {
-        typeID = ValueTraits<T>::GetTypeID();
-        typeName = ValueTraits<T>::GetTypeName();
+        if constexpr (requires { ValueTraits<T>::GetBaseDataTypeInfo(typeID, typeName); }) {
+            ValueTraits<T>::GetBaseDataTypeInfo(typeID, typeName);
+        } else {
+            typeID = ValueTraits<T>::GetTypeID();
+            typeName = ValueTraits<T>::GetTypeName();
+        }
     }
     std::string GetTypeName() const override { return ValueTraits<T>::GetTypeName(); }
     bool HoldsType(const std::type_info& type) const override { return type == typeid(T); }
@@ -75,8 +81,16 @@ protected:
     /// Gives an empty object the default value of its class; a bare wrapper has none.
     virtual void CreateDefaultData() {}
 
+    /// Guards the value as far as it does not do so itself: then two values are never locked together.
+    std::shared_ptr<Core::Lock> LockValue() const {
+        if constexpr (requires { ValueTraits<T>::guardsItself; })
+            return nullptr;
+        else
+            return const_cast<GenericWrapper*>(this)->GetDataLock();
+    }
+
     std::shared_ptr<T> CopyValue() const {
-        const auto lock = const_cast<GenericWrapper*>(this)->GetDataLock();
+        const auto lock = LockValue();
         return m_data ? ValueTraits<T>::Clone(*m_data) : nullptr;
     }
 
@@ -159,7 +173,7 @@ boost::logic::tribool GenericWrapper<T>::HoldsSameValueAs(const DataObject& othe
 
 template <class T>
 std::string GenericWrapper<T>::ToString() {
-    const auto lock = GetDataLock();
+    const auto lock = LockValue();
     return m_data ? ValueTraits<T>::ToString(*m_data) : std::string();
 }
 
@@ -178,7 +192,7 @@ template <class InPlace, class Make>
 void Data<T, Wrapper>::Change(InPlace inPlace, Make make) {
     EDataChange change = EDataChange::value;
     {
-        const auto lock = this->GetDataLock();
+        const auto lock = this->LockValue();
         if (this->IsEmpty()) {
             this->m_data = make();
             change = EDataChange::reference;

@@ -22,9 +22,7 @@ std::recursive_mutex& NestingMutex() {
 }
 
 std::shared_ptr<ContainerState> ContainerState::HeldBy(const MutexLockableDataObject* object) {
-    return object != nullptr && object->m_holdsContainer
-               ? static_cast<const DataContainerWrapper*>(object)->GetState()
-               : nullptr;
+    return HoldsContainer(object) ? static_cast<const DataContainerWrapper*>(object)->GetState() : nullptr;
 }
 
 // Only containers are parents of containers.
@@ -99,6 +97,8 @@ void ContainerState::Nest(std::uint64_t number, ContainerState& child) {
 
 void ContainerState::Unnest(std::uint64_t number, ContainerState& child) {
     child.m_links.Remove(this, number);
+    if (!m_nesting)
+        return;
     // An entry that was given another container has that one's record already.
     if (const auto found = m_nesting->children.find(number);
         found != m_nesting->children.end() && found->second.lock().get() == &child)

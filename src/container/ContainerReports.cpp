@@ -19,7 +19,7 @@ void ContainerState::AddListener(ContainerListener& listener) {
 void ContainerState::Note(const std::string& key, const std::shared_ptr<DataObject>& object, Change& change) {
     if (m_isHeard)
         change.m_changed.emplace_back(key, object);
-    if (!change.m_state && (m_isHeard || m_links.MayHaveAny()))
+    if (!change.m_state)
         change.m_state = m_self.lock();
 }
 
@@ -76,9 +76,7 @@ void ContainerState::Propagate() const {
     }
 }
 
-void ContainerState::MarkStale(std::uint64_t number) {
-    if (!m_tracksSize)
-        return;
+void ContainerState::AddStale(std::uint64_t number) {
     const std::lock_guard leaf(LeafMutexOf(this));
     if (m_sizes)
         m_sizes->stale.insert(number);
@@ -116,7 +114,7 @@ std::uint64_t ContainerState::MeasureSize_bytes() const {
     if (m_table.GetBlock())
         for (const NumberedEntry& entry : m_table.GetBlock()->entries)
             size += Measure(&entry);
-    frame->KeepSize(this, size);
+    frame->KeepSize(m_self.lock(), size);
     return size;
 }
 

@@ -47,15 +47,30 @@ std::unique_lock<std::mutex> ContainerState::LockStructure() {
     return m_isHeard ? std::unique_lock(LeafMutexOf(this)) : std::unique_lock<std::mutex>();
 }
 
+// What the object was told of this entry is taken back; a container in it stands here no longer.
 void ContainerState::Detach(std::uint64_t number, DataObject& object) {
     MutexLockableDataObject* const reporting = AsReporting(object);
     if (reporting == nullptr)
         return;
-    const std::shared_ptr<ContainerState> child = HeldBy(reporting);
-    const auto graph = child ? std::unique_lock(NestingMutex()) : std::unique_lock<std::recursive_mutex>();
     reporting->m_links.Remove(this, number);
-    if (child)
-        Unnest(number, *child);
+    if (!reporting->m_holdsContainer)
+        return;
+    const std::lock_guard graph(NestingMutex());
+    Unnest(number, *HeldBy(reporting));
+}
+
+void ContainerState::Link(std::uint64_t number, MutexLockableDataObject* object, bool unshared) {
+    if (object == nullptr)
+        return;
+    if (unshared)
+        object->m_links.AddUnshared(m_parentOfEntries, number);
+    else
+        object->m_links.Add(m_parentOfEntries, number);
+}
+
+void ContainerState::Unlink(std::uint64_t number, MutexLockableDataObject* object) {
+    if (object != nullptr)
+        object->m_links.Remove(this, number);
 }
 
 void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> object, Change& change) {
@@ -65,31 +80,43 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
     const NumberedEntry* const former = m_table.Find(key, hash);
     if (former != nullptr && former->object == object)
         return;
-    const bool unshared = object.use_count() == 1;
-    const std::shared_ptr<ContainerState> child = HeldBy(reporting);
-    const auto graph = child ? std::unique_lock(NestingMutex()) : std::unique_lock<std::recursive_mutex>();
-    if (child)
-        RequireNestable(*this, *child);
-    Note(key, object, change);
-    std::uint64_t number = 0;
-    {
-        const auto structure = LockStructure();
-        if (former == nullptr) {
-            number = m_table.Insert(key, hash, std::move(object)).number;
-        } else {
-            number = former->number;
-            change.m_takenOut = m_table.Replace(key, hash, std::move(object));
-        }
+    MutexLockableDataObject* const formerReporting = former != nullptr ? AsReporting(*former->object) : nullptr;
+
+    std::unique_lock<std::recursive_mutex> graph;
+    std::shared_ptr<ContainerState> arriving;
+    std::shared_ptr<ContainerState> leaving;
+    if (HoldsContainer(reporting) || HoldsContainer(formerReporting)) {
+        graph = std::unique_lock(NestingMutex());
+        arriving = HeldBy(reporting);
+        leaving = HeldBy(formerReporting);
+        if (arriving == leaving) // in another wrapper
+            arriving = leaving = nullptr;
+        if (arriving)
+            RequireNestable(*this, *arriving);
     }
-    if (change.m_takenOut)
-        Detach(number, *change.m_takenOut);
-    if (reporting != nullptr && unshared)
-        reporting->m_links.AddUnshared(m_parentOfEntries, number);
-    else if (reporting != nullptr)
-        reporting->m_links.Add(m_parentOfEntries, number);
-    if (child)
-        Nest(number, *child);
+
+    const std::uint64_t number = former != nullptr ? former->number : m_table.GetNextNumber();
+    if (IsObserved())
+        Note(key, object, change);
     MarkStale(number);
+    Link(number, reporting, object.use_count() == 1);
+    try {
+        if (arriving)
+            Nest(number, *arriving);
+        const auto structure = LockStructure();
+        if (former == nullptr)
+            m_table.Insert(key, hash, std::move(object));
+        else
+            change.m_takenOut = m_table.Replace(key, hash, std::move(object));
+    } catch (...) {
+        Unlink(number, reporting);
+        if (arriving)
+            Unnest(number, *arriving);
+        throw;
+    }
+    Unlink(number, formerReporting);
+    if (leaving)
+        Unnest(number, *leaving);
 }
 
 std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Change& change) {
@@ -97,7 +124,8 @@ std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Chang
     const NumberedEntry* const entry = m_table.Find(key, hash);
     if (entry == nullptr)
         return nullptr;
-    Note(key, nullptr, change);
+    if (IsObserved())
+        Note(key, nullptr, change);
     const std::uint64_t number = entry->number;
     std::shared_ptr<DataObject> object;
     {
@@ -112,21 +140,20 @@ std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Chang
 void ContainerState::Clear(Change& change) {
     if (m_table.GetCount() == 0)
         return;
-    std::vector<std::pair<std::uint64_t, std::shared_ptr<DataObject>>> shared;
     for (const NumberedEntry& entry : m_table.GetBlock()->entries) {
         if (!entry.object)
             continue;
-        Note(entry.key, nullptr, change);
-        if (entry.object.use_count() > 1)
-            shared.emplace_back(entry.number, entry.object);
+        if (IsObserved())
+            Note(entry.key, nullptr, change);
         MarkStale(entry.number);
     }
     {
         const auto structure = LockStructure();
         change.m_block = m_table.TakeAll();
     }
-    for (const auto& [number, object] : shared)
-        Detach(number, *object);
+    for (const NumberedEntry& entry : change.m_block->entries)
+        if (entry.object)
+            Detach(entry.number, *entry.object);
 }
 
 void ContainerState::CollectLocks(Core::LockSet& set) {

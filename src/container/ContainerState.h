@@ -70,6 +70,9 @@ public:
 
     std::shared_ptr<Core::Mutex> GetSharedMutex() { return {m_self.lock(), &mutex}; }
 
+    static bool HoldsContainer(const MutexLockableDataObject* object) {
+        return object != nullptr && object->m_holdsContainer;
+    }
     /// The state that a data object holds, or an empty pointer.
     static std::shared_ptr<ContainerState> HeldBy(const MutexLockableDataObject* object);
     /// Makes `holder`, wherever it stands, hold `next` instead of `former`; `exchange` carries it out. Raises `LogicError`,
@@ -87,9 +90,16 @@ private:
     struct SizeTracking;
 
     std::unique_lock<std::mutex> LockStructure();
+    void Link(std::uint64_t number, MutexLockableDataObject* object, bool unshared);
+    void Unlink(std::uint64_t number, MutexLockableDataObject* object);
     void Detach(std::uint64_t number, DataObject& object);
+    bool IsObserved() const { return m_isHeard || m_links.MayHaveAny(); }
     void Note(const std::string& key, const std::shared_ptr<DataObject>& object, Change& change);
-    void MarkStale(std::uint64_t number);
+    void MarkStale(std::uint64_t number) {
+        if (m_tracksSize)
+            AddStale(number);
+    }
+    void AddStale(std::uint64_t number);
     void HearOf(std::uint64_t number, EDataChange change);
     void Tell(const std::string& key, const std::shared_ptr<DataObject>& object, EDataChange change);
     void Propagate() const;

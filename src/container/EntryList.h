@@ -41,9 +41,9 @@ public:
     };
 
     EntryList() = default;
-    EntryList(const EntryList& other) {
+    EntryList(const EntryList& other) : EntryList() {
         for (const NumberedEntry& entry : other)
-            Append(entry);
+            Append(entry.key, std::shared_ptr(entry.object), entry.number);
     }
     EntryList& operator=(const EntryList&) = delete;
     ~EntryList() {
@@ -64,14 +64,12 @@ public:
     Iterator begin() const { return {this, 0}; }
     Iterator end() const { return {this, m_size}; }
 
-    NumberedEntry& Append(NumberedEntry entry) {
+    void Append(const std::string& key, std::shared_ptr<DataObject>&& object, std::uint64_t number) {
         if (PieceOf(m_size) == m_pieces.size())
             AddPiece();
-        NumberedEntry& place = *std::construct_at(&(*this)[m_size], std::move(entry));
+        new (&(*this)[m_size]) NumberedEntry{{key, std::move(object)}, number};
         ++m_size;
-        return place;
     }
-    void DropLast() { std::destroy_at(&(*this)[--m_size]); }
 
 private:
     static constexpr std::size_t firstSize = 4;

@@ -35,37 +35,26 @@ const NumberedEntry* EntryTable::FindNumber(std::uint64_t number) const {
     return found.number == number && found.object ? &found : nullptr;
 }
 
-EntryList& EntryTable::WritableEntries() {
-    if (!m_block) {
-        m_block = std::make_shared<EntryBlock>();
-    } else if (m_block->walkers.load(std::memory_order_acquire) != 0) {
-        m_block = std::make_shared<EntryBlock>(m_block->entries);
-    }
-    return m_block->entries;
+void EntryTable::MakeWritable() {
+    m_block = m_block ? std::make_shared<EntryBlock>(m_block->entries) : std::make_shared<EntryBlock>();
 }
 
-const NumberedEntry& EntryTable::Insert(const std::string& key, std::uint32_t hash,
-                                        std::shared_ptr<DataObject> object) {
+void EntryTable::Insert(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject>&& object) {
     if (m_count >= KeyIndex::none - 1)
         Core::Error::RaiseError(
             Core::OutOfRangeError(Core::FormatText("A container holds at most %1% entries", {KeyIndex::none - 1})),
             QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainer");
     EntryList& entries = WritableEntries();
+    m_index.ReserveNext();
     const auto position = static_cast<std::uint32_t>(entries.GetSize());
-    const NumberedEntry& inserted = entries.Append({{key, std::move(object)}, m_lastNumber + 1});
-    try {
-        m_index.Insert(hash, position);
-    } catch (...) {
-        entries.DropLast();
-        throw;
-    }
+    entries.Append(key, std::move(object), m_lastNumber + 1);
+    m_index.Insert(hash, position);
     ++m_lastNumber;
     ++m_count;
-    return inserted;
 }
 
 std::shared_ptr<DataObject> EntryTable::Replace(const std::string& key, std::uint32_t hash,
-                                                std::shared_ptr<DataObject> object) {
+                                                std::shared_ptr<DataObject>&& object) {
     const std::uint32_t position = PositionOf(key, hash);
     return std::exchange(WritableEntries()[position].object, std::move(object));
 }
@@ -92,7 +81,7 @@ void EntryTable::DropTombstones() {
             if (!entry.object)
                 continue;
             index.Insert(HashOfKey(entry.key), static_cast<std::uint32_t>(kept->entries.GetSize()));
-            kept->entries.Append(entry);
+            kept->entries.Append(entry.key, std::shared_ptr(entry.object), entry.number);
         }
         m_block = std::move(kept);
         m_index = std::move(index);

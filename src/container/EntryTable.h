@@ -27,12 +27,15 @@ public:
     /// The entry of the key, or null.
     const NumberedEntry* Find(const std::string& key) const { return Find(key, HashOfKey(key)); }
     const NumberedEntry* Find(const std::string& key, std::uint32_t hash) const;
+    /// The number that the next entry will have.
+    std::uint64_t GetNextNumber() const { return m_lastNumber + 1; }
     /// The entry of that number, or null.
     const NumberedEntry* FindNumber(std::uint64_t number) const;
-    /// Inserts an entry for a key that has none.
-    const NumberedEntry& Insert(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject> object);
+    /// Inserts an entry for a key that has none. When this raises, the object is still the caller's.
+    void Insert(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject>&& object);
     /// Puts another object in the place of that of a key that has one, and returns the former one.
-    std::shared_ptr<DataObject> Replace(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject> object);
+    std::shared_ptr<DataObject> Replace(const std::string& key, std::uint32_t hash,
+                                        std::shared_ptr<DataObject>&& object);
     /// Takes out the entry of a key that has one, and returns its object.
     std::shared_ptr<DataObject> Remove(const std::string& key, std::uint32_t hash);
     /// Tells the processor that the key of this hash will be looked for.
@@ -42,7 +45,12 @@ public:
 
 private:
     std::uint32_t PositionOf(const std::string& key, std::uint32_t hash) const;
-    EntryList& WritableEntries();
+    EntryList& WritableEntries() {
+        if (!m_block || m_block->walkers.load(std::memory_order_acquire) != 0)
+            MakeWritable();
+        return m_block->entries;
+    }
+    void MakeWritable();
     void DropTombstones();
 
     std::shared_ptr<EntryBlock> m_block;

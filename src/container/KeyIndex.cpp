@@ -35,7 +35,8 @@ void KeyIndex::Place(Slot slot) {
 }
 
 void KeyIndex::Rehash(std::size_t slots) {
-    const std::vector<Slot> former = std::exchange(m_slots, std::vector<Slot>(slots));
+    std::vector<Slot> former(slots);
+    former.swap(m_slots);
     for (const Slot& slot : former)
         if (slot.position != none)
             Place(slot);
@@ -48,11 +49,12 @@ void KeyIndex::Reserve(std::size_t count) {
 }
 
 void KeyIndex::Insert(std::uint32_t hash, std::uint32_t position) {
-    if ((m_used + 1) * 5 > m_slots.size() * 4)
-        Rehash(std::max(leastSlots, m_slots.size() * 2));
+    ReserveNext();
     Place({hash, position});
     ++m_used;
 }
+
+void KeyIndex::Grow() { Rehash(std::max(leastSlots, m_slots.size() * 2)); }
 
 void KeyIndex::Remove(std::uint32_t hash, std::uint32_t position) {
     std::size_t hole = hash & Mask();

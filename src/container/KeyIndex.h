@@ -31,6 +31,11 @@ public:
             __builtin_prefetch(&m_slots[hash & Mask()]);
     }
 
+    /// Makes room, so that the next `Insert` cannot fail.
+    void ReserveNext() {
+        if ((m_used + 1) * 5 > m_slots.size() * 4)
+            Grow();
+    }
     void Insert(std::uint32_t hash, std::uint32_t position);
     void Remove(std::uint32_t hash, std::uint32_t position);
     void Clear();
@@ -44,6 +49,7 @@ private:
 
     std::size_t Mask() const { return m_slots.size() - 1; }
     void Place(Slot slot);
+    void Grow();
     void Rehash(std::size_t slots);
 
     std::vector<Slot> m_slots; // a power of two, at most four fifths full, or none at all

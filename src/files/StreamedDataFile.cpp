@@ -116,6 +116,10 @@ void StreamedDataFile::Save() {
                                                    {m_fileName, m_unreadEntries})),
             QOR_CODE_CONTEXT("DataFile"), category);
     }
+    // Where open files cannot be replaced, a failing save may have closed the file.
+    if (!m_stream->IsOpen() && !m_stream->Open(m_stream->GetPath().ToString(), false, eOPEN_ALWAYS))
+        Core::Error::RaiseError(DataFileError("The file could not be opened again after it was saved, or not saved"),
+                                QOR_CODE_CONTEXT("DataFile"), category);
     // A change that another thread makes from now on is for the next save.
     m_modified = false;
     try {

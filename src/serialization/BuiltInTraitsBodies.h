@@ -54,6 +54,22 @@ inline std::string NumberText(Long32Value<std::int32_t> value) { return NumberTe
 } // namespace Details
 
 template <class T, ETypeID id>
+void BuiltInTraits<T, id>::GetBaseDataTypeInfo(ETypeID& typeID, std::string& typeName) {
+    typeID = GetTypeID();
+    typeName = GetTypeName();
+    if constexpr (Details::IsMatrix<T>) {
+        using Element = std::remove_cvref_t<decltype(*std::declval<T&>().data())>;
+        if constexpr (std::is_same_v<Element, std::complex<double>>) {
+            typeID = eCOMPLEX;
+            typeName = "complex_double";
+        } else {
+            typeID = ValueTraits<Element>::GetTypeID();
+            typeName = ValueTraits<Element>::GetTypeName();
+        }
+    }
+}
+
+template <class T, ETypeID id>
 boost::logic::tribool BuiltInTraits<T, id>::Equal(const T& left, const T& right) {
     if constexpr (Details::IsMatrix<T>)
         return Details::SameMatrix(left, right);

@@ -24,13 +24,20 @@ public:
 
     std::optional<std::uint64_t> FindSize(const void* container) const {
         const auto found = m_sizes.find(container);
-        return found != m_sizes.end() ? std::optional(found->second) : std::nullopt;
+        return found != m_sizes.end() ? std::optional(found->second.size) : std::nullopt;
     }
-    void KeepSize(const void* container, std::uint64_t size) { m_sizes.emplace(container, size); }
+    void KeepSize(const std::shared_ptr<const void>& container, std::uint64_t size) {
+        m_sizes.try_emplace(container.get(), Known{size, container});
+    }
 
 private:
+    struct Known {
+        std::uint64_t size;
+        std::shared_ptr<const void> container; // so that no other one takes its address
+    };
+
     std::vector<std::shared_ptr<Core::Lock>> m_locks;
-    std::unordered_map<const void*, std::uint64_t> m_sizes;
+    std::unordered_map<const void*, Known> m_sizes;
     void* m_outer;
 };
 

@@ -6,6 +6,8 @@
 
 #include <QorCore/DataStreams.h>
 
+#include <algorithm>
+
 namespace Qor::Tivor {
 
 namespace {
@@ -33,9 +35,7 @@ public:
         if (!stream.Read(size1) || !stream.Read(size2))
             this->RaiseEndOfStream(0, size);
         const std::uint64_t bytes = RequireBytes(size1, size2, size - extentsSize, binaryStream);
-        T matrix(static_cast<std::size_t>(size1), static_cast<std::size_t>(size2));
-        if (const std::uint64_t got = binaryStream.Read(matrix.data(), bytes); got < bytes)
-            this->RaiseEndOfStream(extentsSize + got, size);
+        T matrix = InputElements(size1, size2, bytes, stream);
         this->m_object.SetValue(std::move(matrix));
         return extentsSize + bytes;
     }
@@ -51,6 +51,21 @@ public:
     }
 
 private:
+    // Where nobody knows how much will come, the elements get their place when they have all arrived.
+    T InputElements(std::uint64_t size1, std::uint64_t size2, std::uint64_t bytes,
+                    Core::DataInputStream& stream) const {
+        std::string arrived;
+        const bool gathers = !stream.GetStream().BytesLeft();
+        if (gathers && !stream.ReadBytes(arrived, bytes))
+            this->RaiseEndOfStream(extentsSize + arrived.size(), extentsSize + bytes);
+        T matrix(static_cast<std::size_t>(size1), static_cast<std::size_t>(size2));
+        if (gathers)
+            std::copy_n(arrived.data(), arrived.size(), reinterpret_cast<char*>(matrix.data()));
+        else if (const std::uint64_t got = stream.GetStream().Read(matrix.data(), bytes); got < bytes)
+            this->RaiseEndOfStream(extentsSize + got, extentsSize + bytes);
+        return matrix;
+    }
+
     // The bytes of the elements, checked against the block and against what the stream still has: nothing is allocated
     // on the word of two numbers.
     std::uint64_t RequireBytes(std::uint64_t size1, std::uint64_t size2, std::uint64_t available,

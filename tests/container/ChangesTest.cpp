@@ -28,6 +28,7 @@ public:
         return all;
     }
     std::vector<std::shared_ptr<Core::Mutex>> others;
+    bool callsBack = false;
     bool foundLocked = false;
 
 protected:
@@ -46,13 +47,12 @@ private:
         m_heard.push_back(line);
         if (object != Get(key))
             m_heard.push_back("another object");
-        if (!m_callsBack) {
-            m_callsBack = true;
-            DataContainer::Remove("called back");
+        if (callsBack) {
+            callsBack = false;
             PutValue("called back", 1);
-            m_callsBack = false;
-            std::erase(m_heard, "object called back");
-            std::erase(m_heard, "none called back");
+            Remove("called back");
+            std::erase_if(m_heard, [](const std::string& heard) { return heard.ends_with("called back"); });
+            callsBack = true;
         }
         std::thread([this] {
             others.push_back(BeginDataAccess());
@@ -63,7 +63,6 @@ private:
     }
 
     std::vector<std::string> m_heard;
-    bool m_callsBack = false;
 };
 
 template <class T>
@@ -87,6 +86,7 @@ struct Tree {
         deep->PutValue("t", "text");
         deep->Put("s", scalar);
         root->others.push_back(sub->BeginDataAccess());
+        root->callsBack = true;
         root->Take();
         sub->Take();
     }

@@ -23,7 +23,7 @@ struct Edges<bool> {
 };
 template <std::integral T>
 struct Edges<T> {
-    static std::vector<T> Get() { return {0, 1, 65, std::numeric_limits<T>::min() / 2, std::numeric_limits<T>::max()}; }
+    static std::vector<T> Get() { return {1, 65, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()}; }
 };
 template <>
 struct Edges<Long32> {
@@ -83,7 +83,7 @@ struct Edges<Nalix::Matrix<T, Order>> {
 template <class T>
 std::vector<std::shared_ptr<Data<T>>> EdgeObjects() {
     std::vector<std::shared_ptr<Data<T>>> objects;
-    for (const T value : Edges<T>::Get())
+    for (auto&& value : Edges<T>::Get())
         objects.push_back(MakeData<T>(value));
     return objects;
 }

@@ -33,7 +33,7 @@ std::string Bytes(std::string_view notation) {
 std::string Stored(DataObject& object, const std::string& key) {
     Core::MemoryOutputStream stream;
     const std::uint64_t announced = SerializationManager::GetDataBlockSize_bytes(key, object);
-    EXPECT_EQ(SerializationManager::OutputDataBlock(stream, key, object), stream.GetSize());
+    EXPECT_EQ(SerializationManager::OutputDataBlock(stream, key, object), announced);
     EXPECT_EQ(announced, stream.GetSize());
     return TextOf(stream);
 }
@@ -41,7 +41,7 @@ std::string Stored(DataObject& object, const std::string& key) {
 std::string Stored(const DataContainer& container) {
     Core::MemoryOutputStream stream;
     const std::uint64_t announced = container.GetDataSize_bytes();
-    EXPECT_EQ(container.OutputData(stream, true), stream.GetSize());
+    EXPECT_EQ(container.OutputData(stream, true), announced);
     EXPECT_EQ(announced, stream.GetSize());
     return TextOf(stream);
 }

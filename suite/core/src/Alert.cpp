@@ -44,9 +44,8 @@ OutOfRangeError::~OutOfRangeError() = default;
 IOError::~IOError() = default;
 UnknownError::~UnknownError() = default;
 
-void Warning::RaiseWarning(Warning warning, CodeContext context, const std::string& category, std::uint32_t severity) {
-    warning.SetOrigin(std::move(context), category, severity);
-    Log(category, warning.GetTypeName() + ": " + warning.GetText());
+void Warning::Show(const Warning& warning) {
+    Log(warning.GetCategory(), warning.GetTypeName() + ": " + warning.GetText());
     for (AlertHandler* handler = Context::Current().alertHandler; handler != nullptr; handler = handler->m_older)
         handler->OnWarning(warning);
 }

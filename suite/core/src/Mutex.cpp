@@ -39,12 +39,11 @@ Mutex::~Mutex() = default;
 
 bool Mutex::TryAcquire() {
     const std::uint64_t owner = Context::Current().lockOwner;
-    std::uint64_t state = 0;
-    if (m_state.compare_exchange_strong(state, owner << ownerShift | 1, std::memory_order_acquire))
-        return true;
+    std::uint64_t state = m_state.load(std::memory_order_relaxed);
     // Two threads may run under one owner, so the count changes under them too.
-    while (OwnerOf(state) == owner)
-        if (m_state.compare_exchange_weak(state, state + 1, std::memory_order_acquire))
+    while (state == 0 || OwnerOf(state) == owner)
+        if (m_state.compare_exchange_weak(state, state == 0 ? owner << ownerShift | 1 : state + 1,
+                                          std::memory_order_acquire))
             return true;
     return false;
 }

@@ -114,8 +114,16 @@ public:
     Warning& operator=(const Warning&) = default;
     ~Warning() override;
 
-    static void RaiseWarning(Warning warning, CodeContext context, const std::string& category,
-                             std::uint32_t severity = eSEVERITY_WARNING);
+    /// Completes a warning by its origin and raises it with its own type.
+    template <class W>
+    static void RaiseWarning(W warning, CodeContext context, const std::string& category,
+                             std::uint32_t severity = eSEVERITY_WARNING) {
+        warning.SetOrigin(std::move(context), category, severity);
+        Show(warning);
+    }
+
+private:
+    static void Show(const Warning& warning);
 };
 
 /// Declares a kind of error or warning that differs from its base only by its name.

@@ -9,20 +9,12 @@ namespace Qor::Core {
 class AlertHandler;
 class LockSet;
 
-/// Which modules a reader may load because the data names them.
-enum class EModuleNames : std::uint8_t {
-    any,  ///< whatever the data says
-    bare, ///< file names of 1 to 255 characters out of A-Z a-z 0-9 . _ -
-    none  ///< no module at all
-};
-
 /// What readers accept. Too big is an error before anything is allocated.
 struct ReadLimits {
     std::uint32_t nesting = 256;                      ///< levels of containers, the root being the first
     std::uint32_t nameBytes = 64 * 1024;              ///< class names, versions, module names
     std::uint32_t keyBytes = 1024 * 1024;             ///< keys of entries
     std::uint64_t paddingBytes = 256u * 1024u * 1024u; ///< zero bytes that a writer adds to a block that fell short
-    EModuleNames moduleNames = EModuleNames::any;
 };
 
 /// The one record that a thread carries: in whose name it takes locks, who sees its warnings, how deep it reads, and

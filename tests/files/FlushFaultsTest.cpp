@@ -1,0 +1,393 @@
+#include "Alerts.h"
+#include "FaultyFileSystem.h"
+#include "ForeignObject.h"
+#include "StoredBytes.h"
+#include "TemporaryDirectory.h"
+#include "TestHeap.h"
+
+#include <QorCore/Context.h>
+#include <QorCore/MemoryStreams.h>
+#include <Tivor/BinaryDataFile.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+#include <tuple>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using namespace Core::Testing;
+
+const std::string fileHeader("QOR DATA\x01\0\0A", 12);
+
+std::string FileWith(const DataContainer& container) {
+    return fileHeader + Stored(container);
+}
+
+std::shared_ptr<DataContainer> Content(int number, std::size_t size) {
+    auto container = DataContainer::Create();
+    container->PutValue("number", number);
+    container->GetSubData({"nested", "deeper"}, true)->PutValue("text", std::string(size, 't'));
+    container->PutValue("matrix", RowMajorMatrix<double>(2, 0));
+    return container;
+}
+
+/// Whether other threads can have the file's lock, and this one holds nothing that a failure left behind.
+void ExpectNothingHeld(DataContainer& container) {
+    const Core::Context& context = Core::Context::Current();
+    EXPECT_TRUE(context.nestingDepth == 0 && context.operation == nullptr && context.lockSet == nullptr);
+    std::thread([&] {
+        std::vector<std::shared_ptr<Core::Lock>> locks;
+        container.AcquireLocks(locks);
+    }).join();
+}
+
+bool IsFlushed(DataFile& file) {
+    try {
+        file.Flush();
+    } catch (const Core::Error& error) {
+        EXPECT_FALSE(error.GetVariable("File").empty());
+        return false;
+    } catch (...) {
+        return false;
+    }
+    return true;
+}
+
+/// One file with changes to be saved, and what must hold after a save that may have failed.
+class Saving {
+public:
+    explicit Saving(std::size_t size) : m_size(size) {
+        Core::Testing::WriteFileText(m_path, FileWith(*Content(1, m_size)));
+        Reopen();
+    }
+
+    void Reopen() {
+        m_old = ReadFileText(m_path);
+        ASSERT_TRUE(m_file.Open(m_path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, m_bound));
+        Change();
+    }
+
+    void Change() {
+        static_cast<DataContainer&>(m_file).Assign(*Content(++m_number, m_size + 1000));
+        m_new = FileWith(m_file);
+        EXPECT_TRUE(m_file.IsModified());
+    }
+
+    BinaryDataFile& GetFile() { return m_file; }
+    const Core::PathName& GetPath() const { return m_path; }
+    const TemporaryDirectory& GetDirectory() const { return m_directory; }
+
+    void ExpectOldOrNew(bool flushed) {
+        const std::string now = ReadFileText(m_path);
+        EXPECT_TRUE(now == m_new || (!flushed && now == m_old)) << now.size() << " bytes";
+        EXPECT_TRUE(m_file.IsOpen());
+        EXPECT_EQ(m_file.IsModified(), !flushed);
+        ExpectNothingHeld(m_file);
+    }
+    void ExpectOld() {
+        EXPECT_EQ(ReadFileText(m_path), m_old);
+        ExpectOldOrNew(false);
+    }
+
+    void ExpectNextFlushSucceeds() {
+        Change();
+        EXPECT_TRUE(IsFlushed(m_file));
+        EXPECT_EQ(ReadFileText(m_path), m_new);
+        BinaryDataFile fresh;
+        EXPECT_TRUE(fresh.Open(m_path.ToString(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr));
+        EXPECT_TRUE(fresh == m_file);
+        EXPECT_EQ(fresh.NumDataObjects(), 3u);
+        m_old = m_new;
+    }
+
+private:
+    TemporaryDirectory m_directory;
+    Core::PathName m_path = m_directory / "data.bin";
+    std::size_t m_size;
+    int m_number = 1;
+    std::shared_ptr<DataContainer> m_bound = DataContainer::Create();
+    BinaryDataFile m_file;
+    std::string m_old;
+    std::string m_new;
+};
+
+} // namespace
+
+using Sweep = std::tuple<EFault, bool, bool, std::size_t>;
+
+class FlushSweep : public testing::TestWithParam<Sweep> {};
+
+TEST_P(FlushSweep, LeavesOldOrNewWhicheverCallFails) {
+    const auto& [fault, forEver, replacesOpenFiles, size] = GetParam();
+    int n = 0;
+    for (bool met = true; met && !HasFailure();) {
+        SCOPED_TRACE(++n);
+        FaultyFileSystem faults;
+        faults.SetReplacesOpenFiles(replacesOpenFiles);
+        Saving saving(size);
+        faults.FailCall(n, fault, forEver);
+        const bool flushed = IsFlushed(saving.GetFile());
+        faults.Heal();
+        met = faults.FaultsMade() != 0;
+        EXPECT_TRUE(flushed || met);
+        saving.ExpectOldOrNew(flushed);
+        saving.ExpectNextFlushSucceeds();
+        if (faults.FaultsMade(ECall::eREMOVE) == 0) {
+            EXPECT_EQ(saving.GetDirectory().GetNames().size(), 1u);
+        }
+    }
+    EXPECT_GT(n, 5) << "the save made hardly any call";
+}
+
+INSTANTIATE_TEST_SUITE_P(, FlushSweep,
+                         testing::Combine(testing::Values(EFault::eIO, EFault::eNO_SPACE, EFault::eSHORT_WRITE,
+                                                          EFault::eINTERRUPTED),
+                                          testing::Bool(), testing::Bool(), testing::Values<std::size_t>(10, 200'000)));
+
+TEST(FlushFaults, ASerializerThatThrowsLeavesTheOldFile) {
+    const std::function<void()> faults[] = {
+        [] { throw Core::LogicError("no"); },
+        [] { throw std::runtime_error("no"); },
+        [] { throw std::bad_alloc(); },
+        [] { throw 1; },
+    };
+    for (const auto& fault : faults)
+        for (const bool whenWriting : {true, false})
+            for (std::size_t position = 0; position < 6; ++position) {
+                SCOPED_TRACE(position);
+                Saving saving(100'000);
+                const auto foreign = std::make_shared<ForeignObject>();
+                foreign->written = "half";
+                foreign->announced = 8;
+                (whenWriting ? foreign->onWrite : foreign->onSize) = fault;
+                const auto place = position % 2 == 0 ? DataContainer::Create() : std::shared_ptr<DataContainer>();
+                // In front, between and behind the others, on top and nested.
+                DataContainer entries(saving.GetFile());
+                saving.GetFile().Clear();
+                std::size_t index = 0;
+                for (const DataContainer::Entry& entry : entries) {
+                    if (index++ == position / 2)
+                        place ? (place->Put("foreign", foreign), saving.GetFile().Put("place", place))
+                              : saving.GetFile().Put("foreign", foreign);
+                    saving.GetFile().Put(entry.key, entry.object);
+                }
+                EXPECT_FALSE(IsFlushed(saving.GetFile()));
+                saving.ExpectOld();
+                saving.ExpectNextFlushSucceeds();
+            }
+}
+
+TEST(FlushFaults, AHandlerThatRefusesAWarningLeavesTheOldFile) {
+    const std::pair<const char*, std::function<void(Saving&)>> provocations[] = {
+        {"SkippingData",
+         [](Saving& saving) {
+             const auto foreign = std::make_shared<ForeignObject>();
+             foreign->written = "half";
+             foreign->announced = 8;
+             saving.GetFile().Put("matrix", foreign);
+         }},
+        {"DroppingUnreadEntries",
+         [](Saving& saving) {
+             DataContainer alien;
+             const auto foreign = std::make_shared<ForeignObject>();
+             foreign->written = std::string(foreign->announced = 4, 'w');
+             alien.Put("alien", foreign);
+             Core::Testing::WriteFileText(saving.GetPath(), FileWith(alien));
+             saving.Reopen();
+             EXPECT_EQ(saving.GetFile().NumUnreadEntries(), 1u);
+         }},
+        {"FileSavedInPlace",
+         [](Saving& saving) {
+             std::filesystem::create_hard_link(saving.GetPath().ToString(), saving.GetPath().ToString() + ".link");
+         }},
+    };
+    for (const auto& [name, provoke] : provocations) {
+        SCOPED_TRACE(name);
+        Saving saving(100'000);
+        provoke(saving);
+        {
+            const Warnings warnings(true);
+            EXPECT_FALSE(IsFlushed(saving.GetFile()));
+            EXPECT_EQ(warnings.GetNames(), std::vector<std::string>{name});
+        }
+        saving.ExpectOld();
+        saving.ExpectNextFlushSucceeds();
+    }
+}
+
+TEST(FlushFaults, OpenThatFailsLeavesAClosedFileAndTheContainer) {
+    const TemporaryDirectory directory;
+    const Core::PathName path = directory / "data.bin";
+    const auto content = Content(1, 200'000);
+    Core::Testing::WriteFileText(path, FileWith(*content));
+    for (const auto& [fault, forEver] : {std::pair(EFault::eIO, false),
+                                         {EFault::eIO, true},
+                                         {EFault::eDENIED, true},
+                                         {EFault::eINTERRUPTED, false},
+                                         {EFault::eINTERRUPTED, true}}) {
+        int n = 0;
+        for (bool met = true; met && !HasFailure();) {
+            SCOPED_TRACE(++n);
+            FaultyFileSystem faults;
+            BinaryDataFile file;
+            const auto container = DataContainer::Create();
+            container->PutValue("kept", 1);
+            const auto kept = container->Get("kept");
+            faults.FailCall(n, fault, forEver);
+            bool open = false;
+            try {
+                open = file.Open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, container);
+            } catch (const Core::IOError& error) {
+                EXPECT_EQ(error.GetVariable("File"), path.ToString());
+            }
+            faults.Heal();
+            met = faults.FaultsMade() != 0;
+            EXPECT_TRUE(open || met);
+            EXPECT_EQ(file.IsOpen(), open);
+            EXPECT_TRUE(open ? *container == *content && file == *content
+                             : file.IsEmpty() && file.GetFileName().empty() && container->NumDataObjects() == 1 &&
+                                   container->Get("kept") == kept);
+            ExpectNothingHeld(*container);
+        }
+        EXPECT_GT(n, 2);
+    }
+}
+
+namespace {
+
+/// What operations that run out of memory work on.
+struct Scene {
+    Scene() : file((directory / "data").ToString(), DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, container) {
+        file.Flush();
+        above.Put("container", container);
+        other->GetSubData({"n", "m"}, true)->PutValue("w", std::wstring(40, L'w'));
+        other->PutValue("number", 5);
+        other->PutValue("matrix", RowMajorMatrix<double>(2, 0));
+        bytes = Stored(*other);
+        container->PutValue("changed", 1);
+    }
+
+    /// Everything that an operation may change, as far as it can be seen.
+    std::string See() const {
+        std::string seen = Stored(above) + Stored(*other);
+        std::vector<std::string> keys;
+        container->EnumData(keys);
+        for (const std::string& key : keys)
+            EXPECT_TRUE(container->Exists(key));
+        EXPECT_EQ(container->NumDataObjects(), keys.size());
+        return seen + (ReadFileText(directory / "data") == FileWith(file) ? " saved" : " not saved");
+    }
+
+    /// Whether the objects that stand there still tell their containers, each of them once.
+    void ExpectChangesAreHeard() {
+        file.Flush();
+        EXPECT_FALSE(file.IsModified());
+        for (const DataContainer::Entry& entry : *container)
+            if (const auto nested = std::dynamic_pointer_cast<DataContainerWrapper>(entry.object)) {
+                nested->GetData()->PutValue("late", 1);
+                EXPECT_TRUE(file.IsModified()) << entry.key;
+                file.Flush();
+            }
+        EXPECT_EQ(ReadFileText(directory / "data"), FileWith(file));
+    }
+
+    TemporaryDirectory directory;
+    std::shared_ptr<DataContainer> container = Content(1, 100);
+    BinaryDataFile file;
+    DataContainer above;
+    std::shared_ptr<DataContainer> other = DataContainer::Create();
+    std::string bytes;
+};
+
+struct Operation {
+    const char* name;
+    void (*run)(Scene& scene);
+};
+
+const Operation operations[] = {
+    {"Put", [](Scene& scene) { scene.container->Put("number", scene.other->Get("number")); }},
+    {"PutNew", [](Scene& scene) { scene.container->Put("a rather long key, for the heap", scene.other->Get("n")); }},
+    {"PutOverContainer", [](Scene& scene) { scene.container->Put("nested", scene.other->Get("n")); }},
+    {"PutContainer", [](Scene& scene) { scene.container->Put("added", scene.other); }},
+    {"PutValue", [](Scene& scene) { scene.container->PutValue("number", 7.5); }},
+    {"PutValueNew", [](Scene& scene) { scene.container->PutValue("value", std::wstring(30, L'v')); }},
+    {"GetSubData", [](Scene& scene) { scene.container->GetSubData({"another"}, true); }},
+    {"Remove", [](Scene& scene) { scene.container->Remove("nested"); }},
+    {"Clear", [](Scene& scene) { scene.container->Clear(); }},
+    {"Append", [](Scene& scene) { scene.container->Append(*scene.other); }},
+    {"Assign", [](Scene& scene) { scene.container->Assign(*scene.other); }},
+    {"CloneContents", [](Scene& scene) { scene.container->CloneContents(*scene.other); }},
+    {"InputData",
+     [](Scene& scene) {
+         Core::MemoryInputStream stream(scene.bytes.data(), scene.bytes.size());
+         scene.container->InputData(stream);
+     }},
+    {"InputDataOfEmpty",
+     [](Scene& scene) {
+         Core::MemoryInputStream stream(scene.bytes.data(), scene.bytes.size());
+         scene.container->GetSubData({"nested", "deeper"}, false)->GetSubData({"new"}, true)->InputData(stream);
+     }},
+    {"OutputData",
+     [](Scene& scene) {
+         Core::MemoryOutputStream stream;
+         scene.container->OutputData(stream, true);
+     }},
+    {"Clone", [](Scene& scene) { EXPECT_TRUE(scene.container->Clone()); }},
+    {"SetData",
+     [](Scene& scene) {
+         std::dynamic_pointer_cast<DataContainerWrapper>(scene.container->Get("nested"))->SetData(scene.other);
+     }},
+    {"Flush", [](Scene& scene) { scene.file.Flush(); }},
+};
+
+} // namespace
+
+class OutOfMemory : public testing::TestWithParam<Operation> {};
+
+TEST_P(OutOfMemory, LeavesEverythingAsBeforeOrComplete) {
+    std::string before;
+    std::string after;
+    {
+        Scene scene;
+        before = scene.See();
+        GetParam().run(scene);
+        after = scene.See();
+    }
+    for (const bool forEver : {false, true}) {
+        int n = 0;
+        for (bool failed = true; failed && !HasFailure() && n < 2000;) {
+            SCOPED_TRACE(testing::Message() << "allocation " << ++n << (forEver ? " and all that follow" : ""));
+            Scene scene;
+            bool finished = false;
+            try {
+                const FailingHeap heap(n, forEver);
+                try {
+                    GetParam().run(scene);
+                    finished = true;
+                } catch (const std::exception&) {
+                    // bad_alloc, or what was made of it
+                }
+                failed = heap.HasFailed();
+            } catch (...) {
+                ADD_FAILURE() << "no standard exception";
+            }
+            const std::string seen = scene.See();
+            EXPECT_TRUE(seen == after || (!finished && seen == before));
+            ExpectNothingHeld(scene.above);
+            scene.ExpectChangesAreHeard();
+        }
+        EXPECT_FALSE(HasFailure()) << "run " << n;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, OutOfMemory, testing::ValuesIn(operations),
+                         [](const auto& operation) { return std::string(operation.param.name); });
+
+} // namespace Qor::Tivor::Testing
