@@ -95,6 +95,7 @@ public:
     /// Appends the keys in the order of the entries.
     virtual void EnumData(std::vector<std::string>& keys) const;
     /// Adds the entries of the other container, sharing their objects; what has the same key is replaced in its place.
+    /// All or nothing, as `Assign` and `CloneContents`.
     virtual void Append(const DataContainer& other);
     /// Replaces all entries by those of the other container, sharing their objects.
     virtual void Assign(const DataContainer& other);
@@ -196,6 +197,10 @@ protected:
     /// The value of the object under the key, or something inside it, has changed.
     virtual void OnDataValueChanged(const std::string& key, std::shared_ptr<DataObject> object);
 
+    /// Runs `work`, which may consist of several operations on this container, while holding its mutex; the hooks hear
+    /// of the changes after the mutex is released.
+    void Atomically(const std::function<void()>& work);
+
     /// Begins and ends the calls of the hooks; when `StopChanges` returns, no hook runs on another thread.
     void ReceiveChanges();
     void StopChanges();
@@ -211,6 +216,7 @@ private:
     class HookCaller;
 
     void PutMade(const std::string& key, std::shared_ptr<MutexLockableDataObject> object);
+    void PutAll(Iterator entry);
     void ReadEntries(Core::BinaryInputStream& stream, std::uint64_t& bytesRead);
     std::shared_ptr<DataContainer> GetSubContainer(const std::string& key, bool create);
 

@@ -109,6 +109,7 @@ inline constexpr auto builtInTypeFacts = std::to_array<TypeFacts>({
     TIVOR_NUMERIC_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
     {eLONG, "long", EHeaderKind::fixedSize, 4, EPool::large},
+    {eULONG, "ulong", EHeaderKind::fixedSize, 4, EPool::none},
     {eSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
     {eUNSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
     {eFLOATING_POINT_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},

@@ -114,9 +114,20 @@ void ContainerState::ExchangeHeld(const MutexLockableDataObject& holder, const s
             places.emplace_back(std::static_pointer_cast<ContainerState>(parent), link.entry);
     for (const auto& [place, number] : places)
         RequireNestable(*place, *next);
-    for (const auto& [place, number] : places) {
-        place->Unnest(number, *former);
-        place->Nest(number, *next);
+    if (former != next) {
+        std::size_t nested = 0;
+        try {
+            for (; nested < places.size(); ++nested)
+                places[nested].first->Nest(places[nested].second, *next);
+        } catch (...) {
+            for (std::size_t i = 0; i <= nested; ++i) {
+                next->m_links.Remove(places[i].first.get(), places[i].second);
+                places[i].first->m_nesting->children[places[i].second] = former;
+            }
+            throw;
+        }
+        for (const auto& [place, number] : places)
+            place->Unnest(number, *former);
     }
     exchange();
 }

@@ -99,6 +99,8 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
     if (IsObserved())
         Note(key, object, change);
     MarkStale(number);
+    if (former != nullptr)
+        change.m_takenOut.reserve(change.m_takenOut.size() + 1);
     Link(number, reporting, object.use_count() == 1);
     try {
         if (arriving)
@@ -107,7 +109,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
         if (former == nullptr)
             m_table.Insert(key, hash, std::move(object));
         else
-            change.m_takenOut = m_table.Replace(key, hash, std::move(object));
+            change.m_takenOut.push_back(m_table.Replace(key, hash, std::move(object)));
     } catch (...) {
         Unlink(number, reporting);
         if (arriving)
@@ -147,13 +149,16 @@ void ContainerState::Clear(Change& change) {
             Note(entry.key, nullptr, change);
         MarkStale(entry.number);
     }
+    change.m_takenOut.reserve(change.m_takenOut.size() + 1);
+    std::shared_ptr<EntryBlock> block;
     {
         const auto structure = LockStructure();
-        change.m_block = m_table.TakeAll();
+        block = m_table.TakeAll();
     }
-    for (const NumberedEntry& entry : change.m_block->entries)
+    for (const NumberedEntry& entry : block->entries)
         if (entry.object)
             Detach(entry.number, *entry.object);
+    change.m_takenOut.push_back(std::move(block));
 }
 
 void ContainerState::CollectLocks(Core::LockSet& set) {

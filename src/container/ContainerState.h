@@ -23,7 +23,7 @@ public:
 /// operation holds the mutexes of two states, except `ContainerAccess` (own, then delegate) and lock sets.
 class ContainerState final : public ChangeParent {
 public:
-    /// What an operation changed: it is told, and what was taken out dies, after the locks are released.
+    /// What one or more operations changed: it is told, and what was taken out dies, after the locks are released.
     class Change {
     public:
         Change() = default;
@@ -36,8 +36,7 @@ public:
         friend class ContainerState;
         std::shared_ptr<ContainerState> m_state; // empty: nobody wants to know
         std::vector<std::pair<std::string, std::shared_ptr<DataObject>>> m_changed;
-        std::shared_ptr<DataObject> m_takenOut;
-        std::shared_ptr<EntryBlock> m_block;
+        std::vector<std::shared_ptr<const void>> m_takenOut;
     };
 
     static constexpr std::uint32_t mostLevels = 256;
@@ -81,6 +80,8 @@ public:
                              const std::shared_ptr<ContainerState>& next, const std::function<void()>& exchange);
 
     Core::Mutex mutex;
+    /// While an operation consists of several: where their changes are gathered. Guarded by the mutex.
+    Change* batch = nullptr;
     /// Where a file is bound to a caller's container, that container's state. Guarded by the mutex.
     std::shared_ptr<ContainerState> delegate;
 

@@ -82,15 +82,16 @@ Core::QorConstPtr<DataObject> DataContainer::Get(const std::string& key) const {
 }
 
 std::shared_ptr<DataContainer> DataContainer::GetSubContainer(const std::string& key, bool create) {
-    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
-    if (const std::shared_ptr<DataObject> object = Get(key)) {
-        const auto wrapper = std::dynamic_pointer_cast<DataContainerWrapper>(object);
-        return wrapper ? wrapper->GetData() : nullptr;
-    }
-    if (!create)
-        return nullptr;
-    auto container = Create(false);
-    Put(key, container);
+    std::shared_ptr<DataContainer> container;
+    Atomically([&] {
+        if (const std::shared_ptr<DataObject> object = Get(key)) {
+            const auto wrapper = std::dynamic_pointer_cast<DataContainerWrapper>(object);
+            container = wrapper ? wrapper->GetData() : nullptr;
+        } else if (create) {
+            container = Create(false);
+            Put(key, container);
+        }
+    });
     return container;
 }
 
@@ -110,7 +111,7 @@ std::shared_ptr<DataObject> DataContainer::Remove(const std::string& key) {
     std::shared_ptr<DataObject> removed;
     {
         const ContainerAccess state(*m_state);
-        removed = state->Remove(key, change);
+        removed = state->Remove(key, state->batch != nullptr ? *state->batch : change);
     }
     change.Report();
     return removed;
@@ -128,33 +129,69 @@ void DataContainer::EnumData(std::vector<std::string>& keys) const {
         keys.push_back(entry.key);
 }
 
+void DataContainer::Atomically(const std::function<void()>& work) {
+    ContainerState::Change change;
+    {
+        const ContainerAccess state(*m_state);
+        if (state->batch != nullptr) {
+            work(); // part of a larger operation
+            return;
+        }
+        state->batch = &change;
+        try {
+            work();
+        } catch (...) {
+            state->batch = nullptr;
+            throw;
+        }
+        state->batch = nullptr;
+    }
+    change.Report();
+}
+
+// When an entry is refused, those before it are taken back, latest first.
+void DataContainer::PutAll(Iterator entry) {
+    std::vector<Entry> former;
+    try {
+        for (; entry != end(); ++entry) {
+            former.push_back({entry->key, Get(entry->key)});
+            PutDataObject(entry->key, entry->object);
+        }
+    } catch (...) {
+        for (; !former.empty(); former.pop_back())
+            if (former.back().object)
+                PutDataObject(former.back().key, former.back().object);
+            else
+                Remove(former.back().key);
+        throw;
+    }
+}
+
 void DataContainer::Append(const DataContainer& other) {
     if (&other != this)
-        for (const Entry& entry : other)
-            PutDataObject(entry.key, entry.object);
+        Atomically([this, entry = other.begin()] { PutAll(entry); });
 }
 
 void DataContainer::Assign(const DataContainer& other) {
     if (&other == this)
         return;
-    const DataContainer next(other);
-    const DataContainer former(*this);
-    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
-    Clear();
-    try {
-        Append(next);
-    } catch (...) {
+    Atomically([this, next = other.begin()] {
+        const Iterator former = begin();
         Clear();
-        Append(former);
-        throw;
-    }
+        try {
+            PutAll(next);
+        } catch (...) {
+            PutAll(former);
+            throw;
+        }
+    });
 }
 
 void DataContainer::Clear() {
     ContainerState::Change change;
     {
         const ContainerAccess state(*m_state);
-        state->Clear(change);
+        state->Clear(state->batch != nullptr ? *state->batch : change);
     }
     change.Report();
 }
@@ -213,7 +250,7 @@ void DataContainer::PutDataObject(const std::string& key, std::shared_ptr<DataOb
     ContainerState::Change change;
     {
         const ContainerAccess state(*m_state);
-        state->Put(key, std::move(object), change);
+        state->Put(key, std::move(object), state->batch != nullptr ? *state->batch : change);
     }
     change.Report();
 }

@@ -46,26 +46,21 @@ void DataContainer::OutputData(std::ostream&, Core::XMLWriter&, bool) const { Ra
 void DataContainer::Output(std::ostream&, Core::XMLWriter&, const std::string&) const { RaiseNoXML(); }
 
 std::uint64_t DataContainer::InputData(Core::BinaryInputStream& stream) {
-    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
     std::uint64_t bytesRead = 0;
-    if (IsEmpty()) {
-        try {
-            ReadEntries(stream, bytesRead);
-        } catch (...) {
-            Clear();
-            throw;
+    Atomically([&] {
+        if (IsEmpty()) {
+            try {
+                ReadEntries(stream, bytesRead);
+            } catch (...) {
+                Clear();
+                throw;
+            }
+        } else {
+            DataContainer read(DefaultsToLockableData());
+            read.ReadEntries(stream, bytesRead);
+            PutAll(read.begin());
         }
-    } else {
-        DataContainer read(DefaultsToLockableData());
-        read.ReadEntries(stream, bytesRead);
-        const DataContainer former(*this);
-        try {
-            Append(read);
-        } catch (...) {
-            Assign(former);
-            throw;
-        }
-    }
+    });
     return bytesRead;
 }
 

@@ -159,28 +159,32 @@ void StreamedDataFile::RequireOpen(const char* operation) const {
 }
 
 void StreamedDataFile::Clear() {
-    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
-    RequireOpen("Clear()");
-    DataContainer::Clear();
-    m_modified = true;
+    Atomically([this] {
+        RequireOpen("Clear()");
+        DataContainer::Clear();
+        m_modified = true;
+    });
 }
 
 std::shared_ptr<DataObject> StreamedDataFile::Remove(const std::string& key) {
-    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
-    RequireOpen("Remove()");
-    std::shared_ptr<DataObject> removed = DataContainer::Remove(key);
-    if (removed)
-        m_modified = true;
+    std::shared_ptr<DataObject> removed;
+    Atomically([&] {
+        RequireOpen("Remove()");
+        removed = DataContainer::Remove(key);
+        if (removed)
+            m_modified = true;
+    });
     return removed;
 }
 
 void StreamedDataFile::PutDataObject(const std::string& key, std::shared_ptr<DataObject> object) {
-    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
-    RequireOpen("PutDataObject()");
-    const bool marks = object != nullptr;
-    DataContainer::PutDataObject(key, std::move(object));
-    if (marks)
-        m_modified = true;
+    Atomically([&] {
+        RequireOpen("PutDataObject()");
+        const bool marks = object != nullptr;
+        DataContainer::PutDataObject(key, std::move(object));
+        if (marks)
+            m_modified = true;
+    });
 }
 
 void StreamedDataFile::OnDataObjectChanged(const std::string&, std::shared_ptr<DataObject>) { m_modified = true; }

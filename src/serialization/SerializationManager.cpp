@@ -22,10 +22,10 @@ namespace {
         QOR_CODE_CONTEXT("SerializationManager"), category);
 }
 
-[[noreturn]] void RaiseUnknownError(const char* what, const DataObjectHeader& header) {
+[[noreturn]] void RaiseUnknownError(const char* what, DataObject& object, Serializer& serializer) {
     Core::UnknownError error(Core::FormatText("Writing a data object failed: %1%", {what}));
-    error.AddVariable("Data Type Name", header.typeName);
-    error.AddVariable("Module", header.module);
+    error.AddVariable("Data Type Name", object.GetTypeName());
+    error.AddVariable("Module", serializer.GetModule());
     Core::Error::RaiseError(std::move(error), QOR_CODE_CONTEXT("SerializationManager"),
                             "Qor.Tivor.SerializationManager");
 }
@@ -70,9 +70,8 @@ std::optional<std::uint64_t> OutputBlockIfSerializable(Core::BinaryOutputStream&
     const std::shared_ptr<Serializer> serializer = object.GetSerializer();
     if (!serializer)
         return std::nullopt;
-    DataObjectHeader header;
     try {
-        header = DataObjectHeader(object, serializer.get());
+        const DataObjectHeader header(object, serializer.get());
         Core::DataOutputStream(stream).Write(dataName);
         const std::uint64_t headerSize = header.Output(stream);
         OutputPadded(stream, *serializer, header, "Qor.Tivor.SerializationManager");
@@ -81,9 +80,9 @@ std::optional<std::uint64_t> OutputBlockIfSerializable(Core::BinaryOutputStream&
         error.AddVariable("Key", dataName);
         throw;
     } catch (const std::exception& error) {
-        RaiseUnknownError(error.what(), header);
+        RaiseUnknownError(error.what(), object, *serializer);
     } catch (...) {
-        RaiseUnknownError("an exception of unknown type", header);
+        RaiseUnknownError("an exception of unknown type", object, *serializer);
     }
 }
 

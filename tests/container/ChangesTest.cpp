@@ -92,6 +92,15 @@ struct Tree {
     }
 };
 
+void Rebind(Tree& t, const std::shared_ptr<DataContainer>& next) {
+    std::static_pointer_cast<DataContainerWrapper>(t.sub->Get("deep"))->SetData(next);
+}
+
+void Forget(Tree& t) {
+    t.root->Take();
+    t.sub->Take();
+}
+
 struct Change {
     const char* name;
     std::function<void(Tree&)> make;
@@ -102,58 +111,50 @@ struct Change {
 const Change changes[] = {
     {"put", [](Tree& t) { t.root->PutValue("x", 1); }, "object x; ", ""},
     {"replace", [](Tree& t) { t.root->PutValue("n", 1.5); }, "object n; ", ""},
-    {"put the same", [](Tree& t) { t.root->Put("n", t.root->Get("n")); }, "", ""},
-    {"put nothing", [](Tree& t) { t.root->Put("n", std::shared_ptr<DataObject>()); }, "", ""},
+    {"same again", [](Tree& t) { t.root->Put("n", t.root->Get("n")); }, "", ""},
+    {"nothing", [](Tree& t) { t.root->Put("n", std::shared_ptr<DataObject>()); }, "", ""},
     {"remove", [](Tree& t) { t.root->Remove("n"); }, "none n; ", ""},
     {"remove nothing", [](Tree& t) { t.root->Remove("x"); }, "", ""},
     {"set value", [](Tree& t) { At<int>(*t.root, "n").SetValue(5); }, "value n; ", ""},
-    {"set data", [](Tree& t) { At<int>(*t.root, "n").SetData(std::make_shared<int>(5)); }, "reference n; ", ""},
-    {"empty", [](Tree& t) { At<int>(*t.root, "n").SetData(nullptr); }, "reference n; ", ""},
+    {"set data", [](Tree& t) { At<int>(*t.root, "n").SetData(nullptr); }, "reference n; ", ""},
     {"switch off", [](Tree& t) { t.root->Get("n")->EnableSerialization(false); }, "value n; ", ""},
-    {"put below", [](Tree& t) { t.sub->PutValue("x", 1); }, "value sub; ", "object x; "},
-    {"set value far below", [](Tree& t) { At<std::string>(*t.deep, "t").SetValue("longer text"); }, "value sub; ",
-     "value deep; "},
-    {"set scalar far below", [](Tree& t) { t.scalar->SetValue(-1); }, "value sub; ", "value deep; "},
-    {"clear far below", [](Tree& t) { t.deep->Clear(); }, "value sub; ", "value deep; "},
-    {"switch off far below", [](Tree& t) { t.scalar->EnableSerialization(false); }, "value sub; ", "value deep; "},
-    {"rebind below",
-     [](Tree& t) {
-         std::static_pointer_cast<DataContainerWrapper>(t.sub->Get("deep"))->SetData(DataContainer::Create());
-     },
-     "value sub; ", "reference deep; "},
-    {"change what is rebound",
+    {"below", [](Tree& t) { t.sub->PutValue("x", 1); }, "value sub; ", "object x; "},
+    {"deep", [](Tree& t) { At<std::string>(*t.deep, "t").SetValue("longer"); }, "value sub; ", "value deep; "},
+    {"scalar", [](Tree& t) { t.scalar->SetValue(-1); }, "value sub; ", "value deep; "},
+    {"clear deep", [](Tree& t) { t.deep->Clear(); }, "value sub; ", "value deep; "},
+    {"deep off", [](Tree& t) { t.scalar->EnableSerialization(false); }, "value sub; ", "value deep; "},
+    {"rebind", [](Tree& t) { Rebind(t, DataContainer::Create()); }, "value sub; ", "reference deep; "},
+    {"former and new",
      [](Tree& t) {
          const auto next = DataContainer::Create();
-         std::static_pointer_cast<DataContainerWrapper>(t.sub->Get("deep"))->SetData(next);
-         t.sub->Take();
-         t.root->Take();
+         Rebind(t, next);
+         Forget(t);
          t.deep->PutValue("x", 1);
          EXPECT_EQ(t.sub->Take(), "");
          next->PutValue("x", 1);
      },
      "value sub; ", "value deep; "},
-    {"one object under two keys",
+    {"under two keys",
      [](Tree& t) {
          t.root->Put("m", t.root->Get("n"));
-         t.root->Take();
+         Forget(t);
          At<int>(*t.root, "n").SetValue(5);
      },
      "value m; value n; ", ""},
-    {"change what was removed",
+    {"what was removed",
      [](Tree& t) {
          const auto object = t.root->Remove("n");
          t.root->Remove("sub");
-         t.root->Take();
+         Forget(t);
          static_cast<Data<int>&>(*object).SetValue(5);
          t.sub->PutValue("x", 1);
      },
      "", "object x; "},
-    {"change what was cleared",
+    {"what was cleared",
      [](Tree& t) {
          const auto walk = t.sub->begin();
          t.sub->Clear();
-         t.sub->Take();
-         t.root->Take();
+         Forget(t);
          t.scalar->SetValue(5);
          t.deep->PutValue("x", 1);
      },
@@ -161,15 +162,10 @@ const Change changes[] = {
     {"clear", [](Tree& t) { t.root->Clear(); }, "none n; none sub; ", ""},
     {"append", [](Tree& t) { t.root->Append(*t.deep); }, "object s; object t; ", ""},
     {"assign", [](Tree& t) { t.root->Assign(*t.deep); }, "none n; none sub; object s; object t; ", ""},
-    {"clone contents", [](Tree& t) { t.root->CloneContents(*t.deep); }, "none n; none sub; object s; object t; ", ""},
-    {"read", [](Tree& t) { ReadInto(*t.root, Bytes("01 000000 'n' 06 05000000 00000000 7F FFFF")); }, "object n; ", ""},
-    {"make a path", [](Tree& t) { t.sub->GetSubData({"a"}, true); }, "value sub; ", "object a; "},
-    {"look",
-     [](Tree& t) {
-         Stored(*t.root->Clone());
-         t.root->GetSubData({"sub", "deep"}, true);
-     },
-     "", ""}};
+    {"clone", [](Tree& t) { t.root->CloneContents(*t.deep); }, "none n; none sub; object s; object t; ", ""},
+    {"read", [](Tree& t) { ReadInto(*t.root, Bytes("01000000 'n' 06 05000000 00000000 7FFFFF")); }, "object n; ", ""},
+    {"path", [](Tree& t) { t.sub->GetSubData({"a"}, true); }, "value sub; ", "object a; "},
+    {"look", [](Tree& t) { Stored(*t.root->Clone()); }, "", ""}};
 
 } // namespace
 

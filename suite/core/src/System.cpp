@@ -43,13 +43,9 @@ bool Fits(std::string_view name, std::string_view pattern) {
 
 void System::EnumFiles(const PathName& directory, const std::string& pattern, std::vector<PathName>& files) {
     std::vector<PathName> found;
-    std::error_code error;
-    for (fs::directory_iterator entry(ToNative(directory), error), end; !error && entry != end;
-         entry.increment(error)) {
-        std::error_code unknownKind;
-        if (entry->is_regular_file(unknownKind) && Fits(FromNative(entry->path().filename()).ToString(), pattern))
-            found.push_back(FromNative(entry->path()));
-    }
+    for (const std::string& name : GetNamesIn(directory))
+        if (Fits(name, pattern) && (directory / name).IsFile())
+            found.push_back(directory / name);
     std::sort(found.begin(), found.end());
     files.insert(files.end(), found.begin(), found.end());
 }

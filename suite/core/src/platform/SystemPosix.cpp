@@ -6,7 +6,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <dirent.h>
 #include <limits>
+#include <memory>
+#include <string_view>
 #include <system_error>
 #include <unistd.h>
 
@@ -38,6 +41,16 @@ bool System::IsProcessRunning(std::uint64_t processNumber) {
 
 std::string System::DescribeError(std::int32_t systemError) {
     return std::generic_category().message(systemError);
+}
+
+// The standard's iterator ends the program where memory is short.
+std::vector<std::string> GetNamesIn(const PathName& directory) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(directory.ToString().c_str()), &::closedir);
+    std::vector<std::string> names;
+    while (const dirent* const entry = open ? ::readdir(open.get()) : nullptr)
+        if (const std::string_view name = entry->d_name; name != "." && name != "..")
+            names.emplace_back(name);
+    return names;
 }
 
 } // namespace Qor::Core

@@ -1,0 +1,347 @@
+#include "StoredBytes.h"
+#include "TemporaryDirectory.h"
+
+#include <QorCore/MemoryStreams.h>
+#include <Tivor/BinaryDataFile.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <mutex>
+#include <random>
+#include <set>
+#include <thread>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto duration = 1500ms;
+constexpr std::size_t numThreads = 4;
+
+/// Ends the program when a test does not: a hang is not seen by any sanitizer.
+class Watchdog {
+public:
+    Watchdog() : m_thread([this] { Watch(); }) {}
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+    ~Watchdog() {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_isDone = true;
+        }
+        m_done.notify_all();
+        m_thread.join();
+    }
+
+private:
+    void Watch() {
+        std::unique_lock lock(m_mutex);
+        if (m_done.wait_for(lock, 30s, [this] { return m_isDone; }))
+            return;
+        std::cerr << "The threads hang in " << testing::UnitTest::GetInstance()->current_test_info()->name()
+                  << std::endl;
+        std::abort();
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_done;
+    bool m_isDone = false;
+    std::thread m_thread;
+};
+
+/// Random numbers of one thread.
+class Dice {
+public:
+    explicit Dice(std::size_t seed) : m_engine(static_cast<unsigned>(seed)) {}
+    std::size_t Below(std::size_t end) { return std::uniform_int_distribution<std::size_t>(0, end - 1)(m_engine); }
+    std::string Key() { return "k" + std::to_string(Below(8)); }
+
+private:
+    std::mt19937 m_engine;
+};
+
+using Action = std::function<void(Dice& dice)>;
+
+/// Four threads do one of the actions after the other. Refusals that the rules of nesting demand are no failure.
+void RunTogether(const std::vector<Action>& actions) {
+    const Watchdog watchdog;
+    const auto end = std::chrono::steady_clock::now() + duration;
+    std::vector<std::thread> threads;
+    for (std::size_t number = 0; number < numThreads; ++number)
+        threads.emplace_back([&, number] {
+            Dice dice(number);
+            while (std::chrono::steady_clock::now() < end)
+                try {
+                    actions[dice.Below(actions.size())](dice);
+                } catch (const Core::LogicError&) {
+                } catch (const std::exception& error) {
+                    ADD_FAILURE() << error.what();
+                    return;
+                }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+std::shared_ptr<Data<int>> LockableNumber(int value) {
+    auto number = MakeData(value);
+    number->EnableDataLocking();
+    return number;
+}
+
+/// Whether a container can still be used in every way, and its parts agree.
+void ExpectSound(DataContainer& container) {
+    std::vector<std::string> keys;
+    container.EnumData(keys);
+    EXPECT_EQ(keys.size(), container.NumDataObjects());
+    for (const std::string& key : keys)
+        EXPECT_TRUE(container.Get(key)) << key;
+    const std::string bytes = Stored(container);
+    EXPECT_EQ(bytes.size(), container.GetDataSize_bytes());
+    DataContainer again;
+    ReadInto(again, bytes);
+    EXPECT_TRUE(again == container);
+    EXPECT_TRUE(*container.Clone() == container);
+}
+
+} // namespace
+
+TEST(ContainerStress, OneContainerForAll) {
+    DataContainer container(true);
+    DataContainer other(true);
+    const auto shared = LockableNumber(0);
+    DataContainer source;
+    source.PutValue("k1", std::string("read"));
+    source.GetSubData({"k2", "deeper"}, true)->PutValue("x", 1.0);
+    const std::string bytes = Stored(source);
+    container.EnableSizeTracking(true);
+    RunTogether({
+        [&](Dice& dice) { container.PutValue(dice.Key(), static_cast<int>(dice.Below(100))); },
+        [&](Dice& dice) { container.Put(dice.Key(), shared); },
+        [&](Dice& dice) { container.Put(dice.Key(), "text"); },
+        [&](Dice& dice) {
+            container.GetSubData({dice.Key(), dice.Key()}, true);
+        },
+        [&](Dice& dice) { container.Remove(dice.Key()); },
+        [&](Dice& dice) {
+            const auto number = std::dynamic_pointer_cast<Data<int>>(container.Get(dice.Key()));
+            if (number)
+                number->SetValue(static_cast<int>(dice.Below(100)));
+        },
+        [&](Dice&) {
+            std::set<std::string> keys;
+            container.EnumData(keys);
+            for (const DataContainer::Entry& entry : container)
+                EXPECT_TRUE(entry.object && keys.size() <= 9);
+        },
+        [&](Dice&) { static_cast<void>(*container.Clone() == container); },
+        [&](Dice&) { static_cast<void>(container == other); },
+        [&](Dice&) { other.Append(container); },
+        [&](Dice& dice) { dice.Below(50) == 0 ? container.Clear() : other.Assign(container); },
+        [&](Dice&) {
+            Core::MemoryOutputStream stream;
+            const std::uint64_t written = container.OutputData(stream, true);
+            EXPECT_EQ(stream.GetSize(), written);
+            DataContainer again;
+            Core::MemoryInputStream input(stream.GetBytes());
+            EXPECT_EQ(again.InputData(input), written);
+        },
+        [&](Dice&) {
+            Core::MemoryInputStream input(bytes.data(), bytes.size());
+            container.InputData(input);
+        },
+        [&](Dice&) {
+            std::vector<std::shared_ptr<Core::Lock>> locks;
+            container.AcquireLocks(locks);
+            EXPECT_EQ(container.GetDataSize_bytes(), Stored(container).size());
+        },
+        [&](Dice& dice) { container.EnableSizeTracking(dice.Below(2) == 0); },
+    });
+    ExpectSound(container);
+    ExpectSound(other);
+}
+
+// All objects have one value, whoever looks: a set of locks is a set.
+TEST(ContainerStress, SameObjectsInOppositeOrder) {
+    constexpr int count = 12;
+    std::array<DataContainer, 2> containers;
+    std::vector<std::shared_ptr<Data<int>>> numbers;
+    for (int i = 0; i < count; ++i)
+        numbers.push_back(LockableNumber(0));
+    for (int i = 0; i < count; ++i) {
+        containers[0].GetSubData({"nested"}, true)->Put(std::to_string(i), numbers[static_cast<std::size_t>(i)]);
+        containers[1].Put(std::to_string(i), numbers[static_cast<std::size_t>(count - 1 - i)]);
+    }
+    containers[0].Put("other", std::make_shared<DataContainer>(containers[1]));
+    const auto expectOne = [](const DataContainer& written) {
+        std::set<int> values;
+        for (const DataContainer::Entry& entry : written)
+            if (const auto number = std::dynamic_pointer_cast<Data<int>>(entry.object))
+                values.insert(number->GetValue());
+        EXPECT_EQ(values.size(), 1u);
+    };
+    RunTogether({
+        [&](Dice& dice) {
+            std::vector<std::shared_ptr<Core::Lock>> locks;
+            containers[dice.Below(2)].AcquireLocks(locks);
+            const int value = static_cast<int>(dice.Below(1000));
+            for (const auto& number : numbers)
+                number->SetValue(value);
+        },
+        [&](Dice& dice) {
+            const std::size_t which = dice.Below(2);
+            Core::MemoryOutputStream stream;
+            containers[which].OutputData(stream, true);
+            DataContainer again;
+            Core::MemoryInputStream input(stream.GetBytes());
+            again.InputData(input);
+            expectOne(which == 0 ? *again.GetSubData({"nested"}, false) : again);
+        },
+        [&](Dice& dice) { static_cast<void>(containers[dice.Below(2)] == containers[dice.Below(2)]); },
+        [&](Dice& dice) {
+            static_cast<void>(numbers[dice.Below(count)]->HoldsSameValueAs(*numbers[dice.Below(count)]));
+        },
+        [&](Dice& dice) { EXPECT_GT(containers[dice.Below(2)].GetDataSize_bytes(), 0u); },
+        [&](Dice& dice) { containers[dice.Below(2)].Clone(); },
+    });
+    EXPECT_TRUE(*containers[0].GetSubData({"nested"}, false)->Clone() == *containers[0].GetSubData({"nested"}, false));
+}
+
+TEST(ContainerStress, ContainersMoveBetweenParents) {
+    std::vector<std::shared_ptr<DataContainer>> all(6);
+    std::generate(all.begin(), all.end(), [] { return DataContainer::Create(true); });
+    const auto leaf = LockableNumber(0);
+    const auto any = [&](Dice& dice) -> DataContainer& { return *all[dice.Below(all.size())]; };
+    RunTogether({
+        [&](Dice& dice) { any(dice).Put(dice.Key(), all[dice.Below(all.size())]); },
+        [&](Dice& dice) {
+            if (const auto moved = any(dice).Remove(dice.Key()))
+                any(dice).Put(dice.Key(), moved);
+        },
+        [&](Dice& dice) { any(dice).Remove(dice.Key()); },
+        [&](Dice& dice) { any(dice).Remove(dice.Key()); },
+        [&](Dice& dice) {
+            if (const auto wrapper = std::dynamic_pointer_cast<DataContainerWrapper>(any(dice).Get(dice.Key())))
+                wrapper->SetData(all[dice.Below(all.size())]);
+        },
+        [&](Dice& dice) { any(dice).Put(dice.Key(), leaf); },
+        [&](Dice& dice) { leaf->SetValue(static_cast<int>(dice.Below(100))); },
+        [&](Dice& dice) {
+            any(dice).GetSubData({dice.Key(), dice.Key()}, dice.Below(2) == 0);
+        },
+        [&](Dice& dice) { EXPECT_GE(any(dice).GetDataSize_bytes(), 7u); },
+        [&](Dice& dice) { dice.Below(8) == 0 ? any(dice).Clear() : any(dice).EnableSizeTracking(dice.Below(2) == 0); },
+    });
+    // Whatever stood where: emptied containers can be stored again, and hold nothing else.
+    for (const auto& container : all)
+        container->Clear();
+    for (std::size_t i = 1; i < all.size(); ++i)
+        all[i - 1]->Put("next", all[i]);
+    EXPECT_EQ(Stored(*all[0]).size(), all[0]->GetDataSize_bytes());
+    EXPECT_THROW(all.back()->Put("first", all[0]), Core::LogicError);
+}
+
+namespace {
+
+/// Its hooks use the container they were called by.
+class CallingBack final : public DataContainer {
+public:
+    explicit CallingBack(const std::shared_ptr<DataContainer>& other) : m_other(other) { ReceiveChanges(); }
+    ~CallingBack() override { StopChanges(); }
+
+    std::atomic<int> calls{0};
+
+protected:
+    void OnDataObjectChanged(const std::string& key, std::shared_ptr<DataObject> object) override {
+        ++calls;
+        if (key != "last" && object)
+            PutValue("last", key);
+    }
+    void OnDataValueChanged(const std::string& key, std::shared_ptr<DataObject> object) override {
+        ++calls;
+        m_other->Put(key, std::move(object));
+        EXPECT_LE(GetDataSize_bytes(), 100'000u);
+    }
+
+private:
+    std::shared_ptr<DataContainer> m_other;
+};
+
+} // namespace
+
+TEST(ContainerStress, HooksCallBack) {
+    const auto other = DataContainer::Create(true);
+    CallingBack caller(other);
+    const auto shared = LockableNumber(0);
+    const auto nested = DataContainer::Create(true);
+    caller.Put("shared", shared);
+    caller.Put("nested", nested);
+    RunTogether({
+        [&](Dice& dice) { caller.PutValue(dice.Key(), 1); },
+        [&](Dice& dice) { caller.Remove(dice.Key()); },
+        [&](Dice& dice) { shared->SetValue(static_cast<int>(dice.Below(100))); },
+        [&](Dice& dice) { nested->PutValue(dice.Key(), dice.Key()); },
+        [&](Dice&) { static_cast<void>(caller == *other); },
+        [&](Dice&) {
+            CallingBack brief(other);
+            brief.Put("shared", shared);
+            brief.Put("inner", nested);
+            nested->PutValue("k0", 1);
+        },
+        [&](Dice&) { caller.Clone(); },
+    });
+    EXPECT_GT(caller.calls.load(), 0);
+    const int before = caller.calls;
+    shared->SetValue(-1);
+    EXPECT_EQ(caller.calls, before + 1);
+    ExpectSound(caller);
+}
+
+// What is on disk is always one state of the container, and at the end the last one.
+TEST(ContainerStress, FileIsSavedWhileItChanges) {
+    const Core::Testing::TemporaryDirectory directory;
+    const std::string path = (directory / "data").ToString();
+    const auto container = DataContainer::Create(true);
+    const auto nested = container->GetSubData({"nested"}, true);
+    const auto left = LockableNumber(0);
+    const auto right = LockableNumber(0);
+    container->Put("left", left);
+    nested->Put("right", right);
+    BinaryDataFile file(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, container);
+    file.Flush();
+    RunTogether({
+        [&](Dice& dice) { container->PutValue(dice.Key(), static_cast<int>(dice.Below(100))); },
+        [&](Dice& dice) { container->Remove(dice.Key()); },
+        [&](Dice& dice) { nested->PutValue(dice.Key(), std::string(dice.Below(3000), 'x')); },
+        [&](Dice& dice) {
+            std::vector<std::shared_ptr<Core::Lock>> locks;
+            container->AcquireLocks(locks);
+            const int value = static_cast<int>(dice.Below(1000));
+            left->SetValue(value);
+            right->SetValue(value);
+        },
+        [&](Dice&) { file.Flush(); },
+        [&](Dice&) {
+            BinaryDataFile reader;
+            ASSERT_TRUE(reader.Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr));
+            EXPECT_EQ(reader.GetValue<int>("left"), reader.GetSubData({"nested"}, false)->GetValue<int>("right"));
+        },
+        [&](Dice&) { EXPECT_TRUE(file.IsOpen() && file.GetFileAccess() == DataFile::eREAD_WRITE); },
+    });
+    file.Flush();
+    EXPECT_FALSE(file.IsModified());
+    BinaryDataFile reader(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
+    EXPECT_TRUE(reader == file && reader == *container);
+}
+
+} // namespace Qor::Tivor::Testing
