@@ -91,6 +91,9 @@ enum class EDataChange : std::uint8_t {
 /// Hears of the changes of the data objects below it; the containers of this library are such parents.
 class ChangeParent {
 public:
+    /// Called while the object that changes is still locked: notes that its size is to be measured again, and locks and
+    /// calls nothing else.
+    virtual void NoteChildChange(std::uint64_t entry) = 0;
     /// Called with no lock of this library held, by the thread that made the change.
     virtual void OnChildChanged(std::uint64_t entry, EDataChange change) = 0;
 
@@ -118,7 +121,13 @@ public:
     std::vector<Link> GetAll() const;
     /// False when there was never a link.
     bool MayHaveAny() const { return m_firstEntry.load(std::memory_order_relaxed) != 0; }
+    /// While the change is still locked away from others; then, unlocked, `Report`.
+    void Note() const;
     void Report(EDataChange change) const;
+
+    /// Counts the containers that want `Note`; without any it does nothing.
+    static void AddSizeTracker(int count);
+    static bool HasSizeTrackers();
 
 private:
     void Append(const std::weak_ptr<ChangeParent>& parent, std::uint64_t entry);
@@ -147,7 +156,9 @@ public:
     virtual std::shared_ptr<Core::Lock> GetDataLock();
 
 protected:
-    /// Tells the containers that hold this object. Call it with no lock held that a listener might want.
+    /// Tells the containers that hold this object: first `NoteChange`, while the change is still locked away from others,
+    /// then `ReportChange`, with no lock held that a listener might want.
+    void NoteChange() const { m_links.Note(); }
     void ReportChange(EDataChange change) const { m_links.Report(change); }
 
     /// The switch behind `EnableSerialization`, for the classes that have one.

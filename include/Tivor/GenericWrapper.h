@@ -69,21 +69,26 @@ public:
     /// Makes the object refer to another value, or to none; returns whether the class allows that.
     virtual bool SetData(std::shared_ptr<T> data);
 
-    bool IsEmpty() const { return m_data == nullptr; }
-    std::shared_ptr<T> GetData() { return m_data; }
-    Core::QorConstPtr<T> GetData() const { return m_data; }
+    bool IsEmpty() const { return LoadData() == nullptr; }
+    std::shared_ptr<T> GetData() { return LoadData(); }
+    Core::QorConstPtr<T> GetData() const { return LoadData(); }
     static constexpr bool SupportsSetValue() { return false; }
 
 protected:
     /// Exchanges the pointer and does nothing else: no lock, no report.
-    std::shared_ptr<T> ExchangeData(std::shared_ptr<T> data) { return std::exchange(m_data, std::move(data)); }
+    std::shared_ptr<T> ExchangeData(std::shared_ptr<T> data) {
+        if constexpr (guardsItself)
+            return std::atomic_exchange(&m_data, std::move(data));
+        else
+            return std::exchange(m_data, std::move(data));
+    }
 
     /// Gives an empty object the default value of its class; a bare wrapper has none.
     virtual void CreateDefaultData() {}
 
     /// Guards the value as far as it does not do so itself: then two values are never locked together.
     std::shared_ptr<Core::Lock> LockValue() const {
-        if constexpr (requires { ValueTraits<T>::guardsItself; })
+        if constexpr (guardsItself)
             return nullptr;
         else
             return const_cast<GenericWrapper*>(this)->GetDataLock();
@@ -91,12 +96,23 @@ protected:
 
     std::shared_ptr<T> CopyValue() const {
         const auto lock = LockValue();
-        return m_data ? ValueTraits<T>::Clone(*m_data) : nullptr;
+        const auto& data = LoadData();
+        return data ? ValueTraits<T>::Clone(*data) : nullptr;
     }
 
 private:
     template <class, class>
     friend class Data;
+
+    static constexpr bool guardsItself = requires { ValueTraits<T>::guardsItself; };
+
+    // Without a lock that guards the value the pointer must be safe by itself.
+    decltype(auto) LoadData() const {
+        if constexpr (guardsItself)
+            return std::atomic_load(&m_data);
+        else
+            return static_cast<const std::shared_ptr<T>&>(m_data);
+    }
 
     std::shared_ptr<T> m_data;
 };
@@ -117,6 +133,7 @@ public:
 
     bool EnableSerialization(bool enable) override {
         this->m_serializationEnabled = enable;
+        this->NoteChange();
         this->ReportChange(EDataChange::value);
         return true;
     }
@@ -129,11 +146,11 @@ public:
     /// Changes the value in place, so that all who share it see it; an empty object gets a new one. The object keeps
     /// nothing of the argument.
     void SetValue(const T& value) {
-        Change([&] { ValueTraits<T>::Assign(Value(), value); }, [&] { return ValueTraits<T>::Clone(value); });
+        Change([&](T& place) { ValueTraits<T>::Assign(place, value); }, [&] { return ValueTraits<T>::Clone(value); });
     }
     /// The same, taking over what the argument holds.
     void SetValue(T&& value) {
-        Change([&] { Value() = std::move(value); }, [&] { return std::make_shared<T>(std::move(value)); });
+        Change([&](T& place) { place = std::move(value); }, [&] { return std::make_shared<T>(std::move(value)); });
     }
     /// Raises `NullPointerError` when the object is empty.
     const T& GetValue() const;
@@ -149,7 +166,6 @@ private:
     virtual bool IsSerializable() { return true; }
     virtual std::shared_ptr<Serializer> CreateSerializer() { return ValueTraits<T>::MakeSerializer(*this); }
 
-    T& Value() { return static_cast<T&>(*this->m_data); }
     template <class InPlace, class Make>
     void Change(InPlace inPlace, Make make);
 };
@@ -164,17 +180,20 @@ boost::logic::tribool GenericWrapper<T>::HoldsSameValueAs(const DataObject& othe
         this->AcquireLocks(locks);
         same->AcquireLocks(locks);
     });
-    if (m_data == same->m_data)
+    const auto& mine = LoadData();
+    const auto& theirs = same->LoadData();
+    if (mine == theirs)
         return true;
-    if (!m_data || !same->m_data)
+    if (!mine || !theirs)
         return false;
-    return ValueTraits<T>::Equal(*m_data, *same->m_data);
+    return ValueTraits<T>::Equal(*mine, *theirs);
 }
 
 template <class T>
 std::string GenericWrapper<T>::ToString() {
     const auto lock = LockValue();
-    return m_data ? ValueTraits<T>::ToString(*m_data) : std::string();
+    const auto& data = LoadData();
+    return data ? ValueTraits<T>::ToString(*data) : std::string();
 }
 
 template <class T>
@@ -182,6 +201,7 @@ bool GenericWrapper<T>::SetData(std::shared_ptr<T> data) {
     {
         const auto lock = GetDataLock();
         m_data.swap(data);
+        NoteChange();
     }
     ReportChange(EDataChange::reference);
     return true;
@@ -193,12 +213,13 @@ void Data<T, Wrapper>::Change(InPlace inPlace, Make make) {
     EDataChange change = EDataChange::value;
     {
         const auto lock = this->LockValue();
-        if (this->IsEmpty()) {
-            this->m_data = make();
-            change = EDataChange::reference;
+        if (const auto& data = this->LoadData()) {
+            inPlace(static_cast<T&>(*data));
         } else {
-            inPlace();
+            this->ExchangeData(make());
+            change = EDataChange::reference;
         }
+        this->NoteChange();
     }
     this->ReportChange(change);
 }

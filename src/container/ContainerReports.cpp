@@ -42,8 +42,12 @@ void ContainerState::OnChildChanged(std::uint64_t entry, EDataChange change) {
     Propagate();
 }
 
+void ContainerState::NoteChildChange(std::uint64_t entry) {
+    MarkStale(entry);
+    MarkAboveStale();
+}
+
 void ContainerState::HearOf(std::uint64_t number, EDataChange change) {
-    MarkStale(number);
     if (!m_isHeard)
         return;
     std::string key;
@@ -59,8 +63,10 @@ void ContainerState::HearOf(std::uint64_t number, EDataChange change) {
         Tell(key, object, change);
 }
 
-// Each container above hears of it once for each of its entries that is concerned.
-void ContainerState::Propagate() const {
+// Visits each entry above in which this container stands, directly or in others; a container that stands in many places
+// passes it on once.
+template <class Visit>
+void ContainerState::VisitEntriesAbove(Visit visit) const {
     std::vector<ChangeLinks::Link> pending = m_links.GetAll();
     std::unordered_set<const ContainerState*> reached;
     while (!pending.empty()) {
@@ -69,11 +75,20 @@ void ContainerState::Propagate() const {
         const auto parent = std::static_pointer_cast<ContainerState>(link.parent.lock());
         if (!parent)
             continue;
-        parent->HearOf(link.entry, EDataChange::value);
+        visit(*parent, link.entry);
         if (reached.insert(parent.get()).second)
             for (ChangeLinks::Link& further : parent->m_links.GetAll())
                 pending.push_back(std::move(further));
     }
+}
+
+void ContainerState::Propagate() const {
+    VisitEntriesAbove([](ContainerState& parent, std::uint64_t entry) { parent.HearOf(entry, EDataChange::value); });
+}
+
+void ContainerState::MarkAboveStale() const {
+    if (ChangeLinks::HasSizeTrackers() && m_links.MayHaveAny())
+        VisitEntriesAbove([](ContainerState& parent, std::uint64_t entry) { parent.MarkStale(entry); });
 }
 
 void ContainerState::AddStale(std::uint64_t number) {
@@ -89,6 +104,7 @@ void ContainerState::EnableSizeTracking(bool enable) {
     if (sizes && m_table.GetBlock())
         for (const NumberedEntry& entry : m_table.GetBlock()->entries)
             sizes->stale.insert(entry.number);
+    ChangeLinks::AddSizeTracker(enable ? 1 : -1);
     const std::lock_guard leaf(LeafMutexOf(this));
     m_sizes = std::move(sizes);
     m_tracksSize = enable;

@@ -41,7 +41,10 @@ ContainerState::ContainerState(bool lockableByDefault, bool standsAlone)
     : m_lockableByDefault(lockableByDefault), m_standsAlone(standsAlone) {}
 
 // Links to a state that is gone count as none, so nothing is detached here.
-ContainerState::~ContainerState() = default;
+ContainerState::~ContainerState() {
+    if (m_tracksSize)
+        ChangeLinks::AddSizeTracker(-1);
+}
 
 std::unique_lock<std::mutex> ContainerState::LockStructure() {
     return m_isHeard ? std::unique_lock(LeafMutexOf(this)) : std::unique_lock<std::mutex>();
@@ -52,10 +55,12 @@ void ContainerState::Detach(std::uint64_t number, DataObject& object) {
     MutexLockableDataObject* const reporting = AsReporting(object);
     if (reporting == nullptr)
         return;
-    reporting->m_links.Remove(this, number);
-    if (!reporting->m_holdsContainer)
+    if (!reporting->m_holdsContainer) {
+        reporting->m_links.Remove(this, number);
         return;
+    }
     const std::lock_guard graph(NestingMutex());
+    reporting->m_links.Remove(this, number);
     Unnest(number, *HeldBy(reporting));
 }
 
@@ -119,6 +124,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
     Unlink(number, formerReporting);
     if (leaving)
         Unnest(number, *leaving);
+    MarkAboveStale();
 }
 
 std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Change& change) {
@@ -136,6 +142,7 @@ std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Chang
     }
     Detach(number, *object);
     MarkStale(number);
+    MarkAboveStale();
     return object;
 }
 
@@ -159,6 +166,7 @@ void ContainerState::Clear(Change& change) {
         if (entry.object)
             Detach(entry.number, *entry.object);
     change.m_takenOut.push_back(std::move(block));
+    MarkAboveStale();
 }
 
 void ContainerState::CollectLocks(Core::LockSet& set) {

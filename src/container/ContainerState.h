@@ -65,6 +65,7 @@ public:
     void CollectLocks(Core::LockSet& set);
 
     void AddListener(ContainerListener& listener);
+    void NoteChildChange(std::uint64_t entry) override;
     void OnChildChanged(std::uint64_t entry, EDataChange change) override;
 
     std::shared_ptr<Core::Mutex> GetSharedMutex() { return {m_self.lock(), &mutex}; }
@@ -101,9 +102,12 @@ private:
             AddStale(number);
     }
     void AddStale(std::uint64_t number);
+    void MarkAboveStale() const;
     void HearOf(std::uint64_t number, EDataChange change);
     void Tell(const std::string& key, const std::shared_ptr<DataObject>& object, EDataChange change);
     void Propagate() const;
+    template <class Visit>
+    void VisitEntriesAbove(Visit visit) const;
 
     // The nesting graph, guarded by its process-wide mutex.
     static void RequireNestable(const ContainerState& parent, const ContainerState& child);

@@ -152,13 +152,15 @@ void DataContainer::Atomically(const std::function<void()>& work) {
 // When an entry is refused, those before it are taken back, latest first.
 void DataContainer::PutAll(Iterator entry) {
     std::vector<Entry> former;
+    std::size_t stored = 0;
     try {
         for (; entry != end(); ++entry) {
             former.push_back({entry->key, Get(entry->key)});
             PutDataObject(entry->key, entry->object);
+            ++stored;
         }
     } catch (...) {
-        for (; !former.empty(); former.pop_back())
+        for (former.resize(stored); !former.empty(); former.pop_back())
             if (former.back().object)
                 PutDataObject(former.back().key, former.back().object);
             else

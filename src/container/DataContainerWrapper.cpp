@@ -68,11 +68,23 @@ bool DataContainerWrapper::IsLockable() const { return true; }
 bool DataContainerWrapper::EnableDataLocking() { return true; }
 
 void DataContainerWrapper::AcquireLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const {
-    GetData()->AcquireLocks(locks);
+    Core::LockSet::Acquire(locks, [&] {
+        // Until the container is locked, the object may be given another one.
+        std::shared_ptr<const DataContainer> locked;
+        for (auto data = GetData(); data != locked; data = GetData()) {
+            data->AcquireLocks(locks);
+            locked = data;
+        }
+    });
 }
 
 std::shared_ptr<Core::Lock> DataContainerWrapper::GetDataLock() {
-    return std::make_shared<Core::Lock>(GetState()->GetSharedMutex());
+    for (;;) {
+        const std::shared_ptr<ContainerState> state = GetState();
+        auto lock = std::make_shared<Core::Lock>(state->GetSharedMutex());
+        if (GetState() == state)
+            return lock;
+    }
 }
 
 std::shared_ptr<ContainerState> DataContainerWrapper::GetState() const { return GetData()->m_state; }
@@ -85,6 +97,7 @@ bool DataContainerWrapper::SetData(std::shared_ptr<DataContainer> container) {
         const auto lock = GetDataLock();
         const std::shared_ptr<ContainerState> next = container->m_state;
         ContainerState::ExchangeHeld(*this, GetState(), next, [&] { container = ExchangeData(std::move(container)); });
+        NoteChange();
     }
     ReportChange(EDataChange::reference);
     return true;

@@ -66,6 +66,24 @@ std::vector<ChangeLinks::Link> ChangeLinks::GetAll() const {
     return links;
 }
 
+namespace {
+
+std::atomic<int> sizeTrackers{0};
+
+} // namespace
+
+void ChangeLinks::AddSizeTracker(int count) { sizeTrackers += count; }
+
+bool ChangeLinks::HasSizeTrackers() { return sizeTrackers.load(std::memory_order_relaxed) != 0; }
+
+void ChangeLinks::Note() const {
+    if (!HasSizeTrackers())
+        return;
+    for (const Link& link : GetAll())
+        if (const std::shared_ptr<ChangeParent> parent = link.parent.lock())
+            parent->NoteChildChange(link.entry);
+}
+
 void ChangeLinks::Report(EDataChange change) const {
     for (const Link& link : GetAll())
         if (const std::shared_ptr<ChangeParent> parent = link.parent.lock())

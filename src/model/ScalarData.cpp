@@ -158,6 +158,7 @@ boost::logic::tribool ScalarData::HoldsSameValueAs(const DataObject& other) {
 
 bool ScalarData::EnableSerialization(bool enable) {
     m_serializationEnabled = enable;
+    NoteChange();
     ReportChange(EDataChange::value);
     return true;
 }
@@ -207,6 +208,7 @@ void ScalarData::SetValue(T value) {
             }
             throw;
         }
+        NoteChange();
     }
     ReportChange(EDataChange::value);
 }
@@ -262,6 +264,7 @@ std::uint64_t ScalarData::ScalarSerializer::DataFromBinary(std::uint64_t size, C
         if (!m_object.m_data || m_object.m_size != size)
             m_object.AllocateData(size);
         std::memcpy(m_object.m_data.get(), bytes, static_cast<std::size_t>(size));
+        m_object.NoteChange();
     }
     m_object.ReportChange(EDataChange::value);
     return size;

@@ -40,7 +40,9 @@ std::string StoredChain(std::size_t levels) {
 
 TEST(Nesting, NothingComesToStandInItself) {
     const auto chain = Chain(3);
-    const auto& [a, b, c] = std::tie(chain[0], chain[1], chain[2]);
+    const auto& a = chain[0];
+    const auto& b = chain[1];
+    const auto& c = chain[2];
     c->PutValue("n", 1);
     const auto wrapper = std::make_shared<DataContainerWrapper>();
     c->Put("w", wrapper);

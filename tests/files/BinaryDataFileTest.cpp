@@ -85,7 +85,7 @@ TEST(BinaryDataFile, OpensAsAccessAndBehaviorSay) {
             container->PutValue("mine", 1);
             BinaryDataFile file;
             EXPECT_TRUE(file.Open((directory / "former").ToString(), writing, DataFile::eCREATE_NEW, nullptr));
-            const auto open = [&] {
+            const auto open = [&, access = access, behavior = behavior] {
                 return file.Open(path.ToString(), access, static_cast<DataFile::EOpenBehavior>(behavior), container);
             };
             const char outcome = outcomes[i];

@@ -28,7 +28,7 @@ const std::string paddingText = "A Test.Foreign version 1.2 from module absent.d
 
 TEST(FaultySerializer, ShortBlocksArePadded) {
     const std::string block = Stored(*Foreign(5, std::string("abc\0\0", 5), 1)); // what it returns does not matter
-    for (const std::uint64_t returned : {0, 3, 5, 99}) {
+    for (const std::uint64_t returned : {0u, 3u, 5u, 99u}) {
         const auto object = Foreign(5, "abc", returned);
         DataContainer container;
         container.Put("k", object);
