@@ -72,9 +72,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     DataContainer container;
     MemoryInputStream stream(bytes);
     const bool accepted = IsRead(container, stream);
-    DataContainer trickled;
-    Trickle trickle(bytes);
-    Require(IsRead(trickled, trickle) == accepted && trickled == container, "the kind of stream matters");
+    if (size % 8 == 0) { // an eighth, because strings then take a mebibyte at once
+        DataContainer trickled;
+        Trickle trickle(bytes);
+        Require(IsRead(trickled, trickle) == accepted && trickled == container, "the kind of stream matters");
+    }
     if (accepted)
         CheckAgreement(container);
     return 0;

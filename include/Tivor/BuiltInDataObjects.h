@@ -93,9 +93,15 @@ struct BuiltInTraits {
 TIVOR_BUILT_IN_VALUES
 #undef TIVOR_VALUE
 
-/// A new data object that holds the value, from the class's pool where it has one.
+/// A new data object that holds the value, from the class's pool where it has one: a deep copy, or, of a temporary, the
+/// value itself.
 template <class T>
-std::shared_ptr<Data<T>> MakeData(T value) {
+std::shared_ptr<Data<T>> MakeData(const T& value) {
+    return ValueTraits<T>::MakeData(ValueTraits<T>::Clone(value));
+}
+template <class T>
+    requires(!std::is_reference_v<T> && !std::is_const_v<T>)
+std::shared_ptr<Data<T>> MakeData(T&& value) {
     return ValueTraits<T>::MakeData(ValueTraits<T>::MakeValue(std::move(value)));
 }
 

@@ -136,17 +136,27 @@ public:
     void Put(const std::string& key, const wchar_t* text, bool enableSerialization = true,
              boost::logic::tribool lockable = boost::logic::indeterminate);
 
-    /// Stores a new data object that holds the value.
+    /// Stores a new data object that holds the value: a deep copy, or, of a temporary, the value itself.
     template <class T>
-    void PutValue(const std::string& key, T value) {
-        PutMade(key, MakeData<T>(std::move(value)));
+    void PutValue(const std::string& key, const T& value) {
+        PutMade(key, MakeData(value));
+    }
+    template <class T>
+        requires(!std::is_reference_v<T> && !std::is_const_v<T>)
+    void PutValue(const std::string& key, T&& value) {
+        PutMade(key, MakeData(std::move(value)));
     }
     void PutValue(const std::string& key, const char* text) { PutValue(key, std::string(text)); }
-    /// The value under the key, or empty where none of exactly this type stands there.
+    /// A deep copy of the value under the key, or empty where none of exactly this type stands there.
     template <class T>
     std::optional<T> GetValue(const std::string& key) const {
         const std::shared_ptr<const T> value = GetPtr<T>(key);
-        return value ? std::optional<T>(*value) : std::nullopt;
+        if (!value)
+            return std::nullopt;
+        if constexpr (requires { value->Clone(); })
+            return value->Clone();
+        else
+            return *value;
     }
     /// The value under the key, shared with its object, or an empty pointer.
     template <class T>

@@ -163,12 +163,13 @@ protected:
 
     /// The switch behind `EnableSerialization`, for the classes that have one.
     bool m_serializationEnabled = true;
+    /// Set by the wrappers of containers.
+    bool m_holdsContainer = false;
 
 private:
     friend class ContainerState;
     friend class DataContainerWrapper;
 
-    bool m_holdsContainer = false;
     std::shared_ptr<Core::Mutex> m_mutex;
     ChangeLinks m_links;
 };

@@ -21,7 +21,7 @@ namespace Qor::Tivor {
 /// * `static std::shared_ptr<Serializer> MakeSerializer(Data<T>&)`.
 /// * `template <class... A> static std::shared_ptr<Data<T>> MakeData(A&&...)`: a new wrapper.
 /// * where the base data type is not T itself: `static void GetBaseDataTypeInfo(ETypeID&, std::string&)`.
-/// * where T guards itself against other threads: `static constexpr bool guardsItself = true`.
+/// * containers, which guard themselves against other threads: `static constexpr bool guardsItself = true`.
 template <class T>
 struct ValueTraits;
 
@@ -38,9 +38,13 @@ public:
         return std::make_shared<GenericWrapper>(std::move(data));
     }
 
-    explicit GenericWrapper(std::shared_ptr<T> data = nullptr) : m_data(std::move(data)) {}
+    explicit GenericWrapper(std::shared_ptr<T> data = nullptr) : m_data(std::move(data)) {
+        m_holdsContainer = guardsItself;
+    }
     /// The copy holds a copy of the value.
-    GenericWrapper(const GenericWrapper& other) : MutexLockableDataObject(other), m_data(other.CopyValue()) {}
+    GenericWrapper(const GenericWrapper& other) : MutexLockableDataObject(other), m_data(other.CopyValue()) {
+        m_holdsContainer = guardsItself;
+    }
     ~GenericWrapper() override = default;
 
     using DataObject::Clone;

@@ -22,7 +22,12 @@ std::recursive_mutex& NestingMutex() {
 }
 
 std::shared_ptr<ContainerState> ContainerState::HeldBy(const MutexLockableDataObject* object) {
-    return HoldsContainer(object) ? static_cast<const DataContainerWrapper*>(object)->GetState() : nullptr;
+    if (!HoldsContainer(object))
+        return nullptr;
+    const auto* const wrapper = dynamic_cast<const DataContainerWrapper*>(object);
+    if (wrapper == nullptr)
+        RaiseNesting("A container stands in another one by a DataContainerWrapper only");
+    return wrapper->GetState();
 }
 
 // Only containers are parents of containers.

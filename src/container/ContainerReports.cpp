@@ -142,13 +142,19 @@ std::uint64_t ContainerState::GetTrackedSize_bytes() {
         const std::lock_guard leaf(LeafMutexOf(this));
         stale.swap(m_sizes->stale);
     }
-    for (const std::uint64_t number : stale) {
-        const std::uint64_t size = Measure(m_table.FindNumber(number));
-        std::uint64_t& known = m_sizes->sizes[number];
-        m_sizes->total += size - known;
-        known = size;
-        if (size == 0)
-            m_sizes->sizes.erase(number);
+    try {
+        for (const std::uint64_t number : stale) {
+            const std::uint64_t size = Measure(m_table.FindNumber(number));
+            std::uint64_t& known = m_sizes->sizes[number];
+            m_sizes->total += size - known;
+            known = size;
+            if (size == 0)
+                m_sizes->sizes.erase(number);
+        }
+    } catch (...) {
+        for (const std::uint64_t number : stale)
+            MarkStale(number);
+        throw;
     }
     return m_sizes->total + endMarkerSize;
 }

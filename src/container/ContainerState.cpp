@@ -105,7 +105,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
         Note(key, object, change);
     MarkStale(number);
     if (former != nullptr)
-        change.m_takenOut.reserve(change.m_takenOut.size() + 1);
+        change.m_takenOut.emplace_back(); // its place is made before anything changes
     Link(number, reporting, object.use_count() == 1);
     try {
         if (arriving)
@@ -114,7 +114,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
         if (former == nullptr)
             m_table.Insert(key, hash, std::move(object));
         else
-            change.m_takenOut.push_back(m_table.Replace(key, hash, std::move(object)));
+            change.m_takenOut.back() = m_table.Replace(key, hash, std::move(object));
     } catch (...) {
         Unlink(number, reporting);
         if (arriving)
@@ -156,7 +156,7 @@ void ContainerState::Clear(Change& change) {
             Note(entry.key, nullptr, change);
         MarkStale(entry.number);
     }
-    change.m_takenOut.reserve(change.m_takenOut.size() + 1);
+    change.m_takenOut.emplace_back();
     std::shared_ptr<EntryBlock> block;
     {
         const auto structure = LockStructure();
@@ -165,7 +165,7 @@ void ContainerState::Clear(Change& change) {
     for (const NumberedEntry& entry : block->entries)
         if (entry.object)
             Detach(entry.number, *entry.object);
-    change.m_takenOut.push_back(std::move(block));
+    change.m_takenOut.back() = std::move(block);
     MarkAboveStale();
 }
 

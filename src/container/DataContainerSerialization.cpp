@@ -52,7 +52,7 @@ std::uint64_t DataContainer::InputData(Core::BinaryInputStream& stream) {
             try {
                 ReadEntries(stream, bytesRead);
             } catch (...) {
-                Clear();
+                DataContainer::Clear();
                 throw;
             }
         } else {

@@ -53,13 +53,11 @@ std::shared_ptr<Data<DataContainer>> ValueTraits<DataContainer>::MakeData(const 
 }
 
 DataContainerWrapper::DataContainerWrapper(std::shared_ptr<DataContainer> container)
-    : Data(container ? std::move(container) : DataContainer::Create()) {
-    m_holdsContainer = true;
-}
+    : Data(container ? std::move(container) : DataContainer::Create()) {}
 
-DataContainerWrapper::DataContainerWrapper(const Data<DataContainer>& other) : Data(other) { m_holdsContainer = true; }
+DataContainerWrapper::DataContainerWrapper(const Data<DataContainer>& other) : Data(other) {}
 
-DataContainerWrapper::DataContainerWrapper(const DataContainerWrapper& other) : Data(other) { m_holdsContainer = true; }
+DataContainerWrapper::DataContainerWrapper(const DataContainerWrapper& other) : Data(other) {}
 
 DataContainerWrapper::~DataContainerWrapper() = default;
 

@@ -114,59 +114,37 @@ TEST(TestHeap, SeesWhatTheLibrariesTake) {
 
 } // namespace Qor::Tivor::Testing
 
-// All forms: a sanitizer brings its own of each that is missing.
 using namespace Qor::Tivor::Testing;
-using Alignment = std::align_val_t;
 
-void* operator new(std::size_t size) {
-    return Take(size, usual);
-}
-void* operator new[](std::size_t size) {
-    return Take(size, usual);
-}
-void* operator new(std::size_t size, Alignment alignment) {
-    return Take(size, static_cast<std::size_t>(alignment));
-}
-void* operator new[](std::size_t size, Alignment alignment) {
-    return Take(size, static_cast<std::size_t>(alignment));
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    try {
-        return Take(size, usual);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
+// All forms: a sanitizer brings its own of each that is missing.
+#define TIVOR_TEST_HEAP(brackets)                                                                                      \
+    void* operator new brackets(std::size_t size) {                                                                    \
+        return Take(size, usual);                                                                                      \
+    }                                                                                                                  \
+    void* operator new brackets(std::size_t size, std::align_val_t alignment) {                                        \
+        return Take(size, static_cast<std::size_t>(alignment));                                                        \
+    }                                                                                                                  \
+    void* operator new brackets(std::size_t size, const std::nothrow_t&) noexcept {                                    \
+        try {                                                                                                          \
+            return Take(size, usual);                                                                                  \
+        } catch (const std::bad_alloc&) {                                                                              \
+            return nullptr;                                                                                            \
+        }                                                                                                              \
+    }                                                                                                                  \
+    void operator delete brackets(void* block) noexcept {                                                              \
+        Return(block, usual);                                                                                          \
+    }                                                                                                                  \
+    void operator delete brackets(void* block, std::size_t) noexcept {                                                 \
+        Return(block, usual);                                                                                          \
+    }                                                                                                                  \
+    void operator delete brackets(void* block, const std::nothrow_t&) noexcept {                                       \
+        Return(block, usual);                                                                                          \
+    }                                                                                                                  \
+    void operator delete brackets(void* block, std::align_val_t alignment) noexcept {                                  \
+        Return(block, static_cast<std::size_t>(alignment));                                                            \
+    }                                                                                                                  \
+    void operator delete brackets(void* block, std::size_t, std::align_val_t alignment) noexcept {                     \
+        Return(block, static_cast<std::size_t>(alignment));                                                            \
     }
-}
-void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
-    return operator new(size, tag);
-}
-void operator delete(void* block) noexcept {
-    Return(block, usual);
-}
-void operator delete[](void* block) noexcept {
-    Return(block, usual);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    Return(block, usual);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-    Return(block, usual);
-}
-void operator delete(void* block, const std::nothrow_t&) noexcept {
-    Return(block, usual);
-}
-void operator delete[](void* block, const std::nothrow_t&) noexcept {
-    Return(block, usual);
-}
-void operator delete(void* block, Alignment alignment) noexcept {
-    Return(block, static_cast<std::size_t>(alignment));
-}
-void operator delete[](void* block, Alignment alignment) noexcept {
-    Return(block, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* block, std::size_t, Alignment alignment) noexcept {
-    Return(block, static_cast<std::size_t>(alignment));
-}
-void operator delete[](void* block, std::size_t, Alignment alignment) noexcept {
-    Return(block, static_cast<std::size_t>(alignment));
-}
+TIVOR_TEST_HEAP()
+TIVOR_TEST_HEAP([])
