@@ -96,7 +96,8 @@ public:
     std::uint64_t NumUnreadEntries() const;
 
 protected:
-    StreamedDataFile();
+    /// `category`: the dotted category of the alerts that the format raises; a text that outlives the file.
+    explicit StreamedDataFile(const char* category);
 
     /// Reads the file's content, which is not empty, into an empty container.
     virtual void ReadContent(Core::BinaryFileStream& stream, DataContainer& content) = 0;
@@ -114,6 +115,7 @@ private:
     void Reset();
     void Save();
 
+    const char* m_category;
     std::unique_ptr<Core::BinaryFileStream> m_stream;
     std::string m_fileName;
     EAccess m_access = eREAD_WRITE;

@@ -38,10 +38,11 @@ std::uint64_t GetBufferSize() {
 const std::string BinaryDataFile::sFILE_TYPE = "QOR Binary Data File";
 const std::string BinaryDataFile::sFILE_DESCRIPTION = "Stores binary data serialized by the QOR Binary Data File";
 
-BinaryDataFile::BinaryDataFile() = default;
+BinaryDataFile::BinaryDataFile() : StreamedDataFile(category) {}
 
 BinaryDataFile::BinaryDataFile(const std::string& fileName, EAccess access, EOpenBehavior behavior,
-                               std::shared_ptr<DataContainer> container) {
+                               std::shared_ptr<DataContainer> container)
+    : BinaryDataFile() {
     Open(fileName, access, behavior, std::move(container));
 }
 

@@ -10,8 +10,6 @@ namespace Qor::Tivor {
 
 namespace {
 
-const char* const category = "Qor.Tivor.DataFile";
-
 /// Counts the entries that are skipped while it lives, at any depth.
 class UnreadCounter final : public Core::AlertHandler {
 public:
@@ -37,11 +35,11 @@ void NamingFile(const std::string& fileName, Work work) {
 
 } // namespace
 
-StreamedDataFile::StreamedDataFile() { ReceiveChanges(); }
+StreamedDataFile::StreamedDataFile(const char* category) : m_category(category) { ReceiveChanges(); }
 
 StreamedDataFile::~StreamedDataFile() {
     if (m_stream && m_modified)
-        Core::Log(category, "Closed with unsaved changes: " + m_fileName);
+        Core::Log(m_category, "Closed with unsaved changes: " + m_fileName);
     StopChanges();
 }
 
@@ -94,7 +92,7 @@ void StreamedDataFile::Close() {
     if (!m_stream)
         return;
     if (m_modified)
-        Core::Log(category, "Closed with unsaved changes: " + m_fileName);
+        Core::Log(m_category, "Closed with unsaved changes: " + m_fileName);
     Reset();
 }
 
@@ -109,17 +107,17 @@ void StreamedDataFile::Save() {
     if (m_access == eREAD_ONLY)
         Core::Error::RaiseError(
             ReadOnlyDataFileError(Core::FormatText("Flush() called on a read-only %1%", {GetFileType()})),
-            QOR_CODE_CONTEXT("DataFile"), category);
+            QOR_CODE_CONTEXT("DataFile"), m_category);
     if (m_unreadEntries != 0) {
         Core::Warning::RaiseWarning(
             DroppingUnreadEntries(Core::FormatText("Saving %1% drops %2% entries that could not be read",
                                                    {m_fileName, m_unreadEntries})),
-            QOR_CODE_CONTEXT("DataFile"), category);
+            QOR_CODE_CONTEXT("DataFile"), m_category);
     }
     // Where open files cannot be replaced, a failing save may have closed the file.
     if (!m_stream->IsOpen() && !m_stream->Open(m_stream->GetPath().ToString(), false, eOPEN_ALWAYS))
         Core::Error::RaiseError(DataFileError("The file could not be opened again after it was saved, or not saved"),
-                                QOR_CODE_CONTEXT("DataFile"), category);
+                                QOR_CODE_CONTEXT("DataFile"), m_category);
     // A change that another thread makes from now on is for the next save.
     m_modified = false;
     try {
@@ -155,7 +153,7 @@ void StreamedDataFile::RequireOpen(const char* operation) const {
     if (!m_stream)
         Core::Error::RaiseError(
             ClosedDataFileError(Core::FormatText("%1% called on an unopened %2%", {operation, GetFileType()})),
-            QOR_CODE_CONTEXT("DataFile"), category);
+            QOR_CODE_CONTEXT("DataFile"), m_category);
 }
 
 void StreamedDataFile::Clear() {

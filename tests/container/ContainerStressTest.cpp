@@ -76,12 +76,14 @@ using Action = std::function<void(Dice& dice)>;
 void RunTogether(const std::vector<Action>& actions) {
     const Watchdog watchdog;
     const auto end = std::chrono::steady_clock::now() + duration;
+    std::atomic<int> done{0};
     std::vector<std::thread> threads;
     for (std::size_t number = 0; number < numThreads; ++number)
         threads.emplace_back([&, number] {
             Dice dice(number);
             while (std::chrono::steady_clock::now() < end)
                 try {
+                    ++done;
                     actions[dice.Below(actions.size())](dice);
                 } catch (const Core::LogicError&) {
                 } catch (const std::exception& error) {
@@ -91,6 +93,7 @@ void RunTogether(const std::vector<Action>& actions) {
         });
     for (std::thread& thread : threads)
         thread.join();
+    EXPECT_GT(done, 100) << "the threads only waited";
 }
 
 std::shared_ptr<Data<int>> LockableNumber(int value) {
