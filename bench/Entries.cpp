@@ -14,9 +14,7 @@ const char* const text = "twelve bytes";
 // Enough entries that a run is long beside the clock's own cost.
 constexpr std::size_t leastPerRun = 20000;
 
-std::size_t RoundsFor(std::size_t count) {
-    return std::max<std::size_t>(1, leastPerRun / count);
-}
+std::size_t RoundsFor(std::size_t count) { return std::max<std::size_t>(1, leastPerRun / count); }
 
 /// Runs `work` on each of as many fresh objects as one run takes; they die outside the timed part.
 template <class T, class Work>
@@ -40,9 +38,7 @@ Run Repeatedly(std::size_t count, Work work) {
     };
 }
 
-double Operations(std::size_t count) {
-    return static_cast<double>(count * RoundsFor(count));
-}
+double Operations(std::size_t count) { return static_cast<double>(count * RoundsFor(count)); }
 
 } // namespace
 

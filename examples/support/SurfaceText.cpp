@@ -115,6 +115,4 @@ const std::string& SurfaceText::GetHeader(const std::string& name) const {
     return found->second;
 }
 
-SurfaceText ReadSurfaceText(const std::string& fileName) {
-    return Parser(fileName).Parse();
-}
+SurfaceText ReadSurfaceText(const std::string& fileName) { return Parser(fileName).Parse(); }

@@ -11,9 +11,9 @@ QOR_DECLARE_ALERT(TIVOR_API, IncompatibleCharacterSet, Core::IOError);
 
 /// A data file that holds the binary form of a container.
 ///
-/// Layout: the 8 bytes "QOR DATA"; 0x01; 0x00 0x00; the character-set mark, 'A' or 'U' (this library writes 'A' and does
-/// not read 'U'); from offset 12 on the container (see `DataContainer`). What follows its end marker is ignored, and
-/// cut off by the next save.
+/// Layout: the 8 bytes "QOR DATA"; 0x01; 0x00 0x00; the character-set mark, 'A' or 'U' (this library writes 'A' and
+/// does not read 'U'); from offset 12 on the container (see `DataContainer`). What follows its end marker is ignored,
+/// and cut off by the next save.
 class TIVOR_API BinaryDataFile final : public StreamedDataFile {
 public:
     static const std::string sFILE_TYPE;

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <Tivor/GenericWrapper.h>
-
 #include <Nalix/Matrix.h>
 #include <QorCore/ObjectPool.h>
+#include <Tivor/GenericWrapper.h>
 
 #include <string>
 
@@ -100,8 +99,7 @@ std::shared_ptr<Data<T>> MakeData(const T& value) {
     return ValueTraits<T>::MakeData(ValueTraits<T>::Clone(value));
 }
 template <class T>
-    requires(!std::is_reference_v<T> && !std::is_const_v<T>)
-std::shared_ptr<Data<T>> MakeData(T&& value) {
+requires(!std::is_reference_v<T> && !std::is_const_v<T>) std::shared_ptr<Data<T>> MakeData(T&& value) {
     return ValueTraits<T>::MakeData(ValueTraits<T>::MakeValue(std::move(value)));
 }
 

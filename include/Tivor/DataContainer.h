@@ -84,8 +84,8 @@ public:
     /// The object under the key, or an empty pointer.
     virtual std::shared_ptr<DataObject> Get(const std::string& key);
     Core::QorConstPtr<DataObject> Get(const std::string& key) const;
-    /// The container that the path of keys leads to. With `create` missing ones are made on the way; otherwise, and where
-    /// something else stands in the way, the pointer is empty. So it is for an empty path.
+    /// The container that the path of keys leads to. With `create` missing ones are made on the way; otherwise, and
+    /// where something else stands in the way, the pointer is empty. So it is for an empty path.
     virtual std::shared_ptr<DataContainer> GetSubData(const std::vector<std::string>& path, bool create);
     /// Takes the object out and returns it; an empty pointer when there is none.
     virtual std::shared_ptr<DataObject> Remove(const std::string& key);
@@ -105,8 +105,8 @@ public:
     /// Appends the locks of the container and of everything in it, taken as one set: without a fixed order, and without
     /// deadlock against others that do the same.
     virtual void AcquireLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const;
-    /// Adds the entries of the stream up to the end marker and returns the bytes read. What cannot be created is skipped
-    /// with the warning `DataObjectCreationFailed`. When an error ends the reading, the container is as before.
+    /// Adds the entries of the stream up to the end marker and returns the bytes read. What cannot be created is
+    /// skipped with the warning `DataObjectCreationFailed`. When an error ends the reading, the container is as before.
     virtual std::uint64_t InputData(Core::BinaryInputStream& stream);
     /// Writes the entries and the end marker and returns the byte count; with `lock` while holding the locks of
     /// `AcquireLocks`.
@@ -125,8 +125,8 @@ public:
     std::shared_ptr<DataContainer> Clone() const;
 
     /// Stores the object itself, which is shared from then on. A null pointer is refused with the warning
-    /// `PutNullDataPtr`; what stood under the key stays. Raises `LogicError`, storing nothing, for a container that holds
-    /// this one or would make the tree deeper than 256 levels.
+    /// `PutNullDataPtr`; what stood under the key stays. Raises `LogicError`, storing nothing, for a container that
+    /// holds this one or would make the tree deeper than 256 levels.
     void Put(const std::string& key, Core::QorConstPtr<DataObject> object);
     /// Stores the container itself below this one.
     void Put(const std::string& key, std::shared_ptr<DataContainer> container);
@@ -142,8 +142,7 @@ public:
         PutMade(key, MakeData(value));
     }
     template <class T>
-        requires(!std::is_reference_v<T> && !std::is_const_v<T>)
-    void PutValue(const std::string& key, T&& value) {
+    requires(!std::is_reference_v<T> && !std::is_const_v<T>) void PutValue(const std::string& key, T&& value) {
         PutMade(key, MakeData(std::move(value)));
     }
     void PutValue(const std::string& key, const char* text) { PutValue(key, std::string(text)); }
@@ -174,9 +173,10 @@ public:
     Iterator begin() const;
     Iterator end() const { return Iterator(); }
     /// Calls back for each entry of a snapshot; with `lock` while the container's mutex is held.
-    static void ForAllDataIn(const DataContainer& container,
-                             const std::function<void(const std::string&, const std::shared_ptr<DataObject>&)>& callback,
-                             bool lock);
+    static void
+    ForAllDataIn(const DataContainer& container,
+                 const std::function<void(const std::string&, const std::shared_ptr<DataObject>&)>& callback,
+                 bool lock);
     DataContainer& operator+=(const DataContainer& other);
     /// Same keys in whatever order, and for each the same object, or one of the same type that surely holds the same
     /// value.
@@ -275,7 +275,8 @@ public:
     /// The locks of the container and of everything in it.
     void AcquireLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const override;
     std::shared_ptr<Core::Lock> GetDataLock() override;
-    /// Raises `LogicError`, changing nothing, where the container must not stand (see `DataContainer::Put`), or for null.
+    /// Raises `LogicError`, changing nothing, where the container must not stand (see `DataContainer::Put`), or for
+    /// null.
     bool SetData(std::shared_ptr<DataContainer> container) override;
 
 private:

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <Tivor/DataContainer.h>
-
 #include <QorCore/BinaryFileStream.h>
+#include <Tivor/DataContainer.h>
 
 #include <atomic>
 #include <memory>
@@ -40,9 +39,10 @@ public:
     DataFile& operator=(const DataFile&) = delete;
     ~DataFile() override;
 
-    /// Opens a file, closing the one that is open. With a container the file is bound to it: its entries are replaced by
-    /// those of the file, or, with a new or empty file, are what the first `Flush` saves. Returns false when the file
-    /// cannot be opened this way. When it raises, or returns false, this object is closed and the container is as before.
+    /// Opens a file, closing the one that is open. With a container the file is bound to it: its entries are replaced
+    /// by those of the file, or, with a new or empty file, are what the first `Flush` saves. Returns false when the
+    /// file cannot be opened this way. When it raises, or returns false, this object is closed and the container is as
+    /// before.
     virtual bool Open(const std::string& fileName, EAccess access, EOpenBehavior behavior,
                       std::shared_ptr<DataContainer> container) = 0;
     /// Closes without saving.

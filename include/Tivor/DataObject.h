@@ -1,10 +1,9 @@
 #pragma once
 
-#include <Tivor/Export.h>
-#include <Tivor/TypeFacts.h>
-#include <Tivor/Fwd.h>
-
 #include <QorCore/Mutex.h>
+#include <Tivor/Export.h>
+#include <Tivor/Fwd.h>
+#include <Tivor/TypeFacts.h>
 
 #include <boost/logic/tribool.hpp>
 
@@ -17,7 +16,8 @@
 namespace Qor::Tivor {
 
 /// The value that every module of the suite hands to every other: base of all data objects, always held by
-/// `std::shared_ptr`. The base holds nothing and answers what an object without a value, a serializer and a mutex would.
+/// `std::shared_ptr`. The base holds nothing and answers what an object without a value, a serializer and a mutex
+/// would.
 ///
 /// Thread rule: objects are unsynchronised unless their locking was enabled.
 class TIVOR_API DataObject {
@@ -48,8 +48,8 @@ public:
 
     /// Whether the object's data can be locked now.
     virtual bool IsLockable() const;
-    /// Gives the object a mutex, where its class can have one; returns whether it has one now. Call it before the object
-    /// is shared between threads.
+    /// Gives the object a mutex, where its class can have one; returns whether it has one now. Call it before the
+    /// object is shared between threads.
     virtual bool EnableDataLocking();
     /// Appends the locks that must be held to read or change the object's data consistently. They are held for as long
     /// as the vector lives, and released in reverse order.
@@ -156,8 +156,8 @@ public:
     virtual std::shared_ptr<Core::Lock> GetDataLock();
 
 protected:
-    /// Tells the containers that hold this object: first `NoteChange`, while the change is still locked away from others,
-    /// then `ReportChange`, with no lock held that a listener might want.
+    /// Tells the containers that hold this object: first `NoteChange`, while the change is still locked away from
+    /// others, then `ReportChange`, with no lock held that a listener might want.
     void NoteChange() const { m_links.Note(); }
     void ReportChange(EDataChange change) const { m_links.Report(change); }
 

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <Tivor/DataObject.h>
-#include <Tivor/Serializer.h>
-
 #include <QorCore/LockSet.h>
 #include <QorCore/Pointers.h>
+#include <Tivor/DataObject.h>
+#include <Tivor/Serializer.h>
 
 #include <utility>
 

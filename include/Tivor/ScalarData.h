@@ -10,17 +10,17 @@ namespace Qor::Tivor {
 QOR_DECLARE_ALERT(TIVOR_API, InvalidScalarSize, Core::Error);
 QOR_DECLARE_ALERT(TIVOR_API, InvalidScalarTypeID, Core::Error);
 
-/// One number whose kind (signed, unsigned, floating-point) and width are known only at run time: 1, 2, 4 or 8 bytes for
-/// the integer kinds, 4 or 8 for the floating-point kind. A new object has no width yet; the first value, or the data
-/// that it is read from, gives it one.
+/// One number whose kind (signed, unsigned, floating-point) and width are known only at run time: 1, 2, 4 or 8 bytes
+/// for the integer kinds, 4 or 8 for the floating-point kind. A new object has no width yet; the first value, or the
+/// data that it is read from, gives it one.
 ///
 /// Thread rule: with locking enabled every operation holds the object's lock.
 class TIVOR_API ScalarData : public MutexLockableDataObject {
 public:
     class ScalarSerializer;
 
-    /// `typeName` is the class name that headers carry, for example that of an enumeration. Raises `InvalidScalarTypeID`
-    /// unless the identifier is one of the three scalar kinds.
+    /// `typeName` is the class name that headers carry, for example that of an enumeration. Raises
+    /// `InvalidScalarTypeID` unless the identifier is one of the three scalar kinds.
     ScalarData(const std::string& typeName, ETypeID typeID);
     ScalarData(const ScalarData& other);
     ~ScalarData() override;

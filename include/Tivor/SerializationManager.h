@@ -1,9 +1,8 @@
 #pragma once
 
+#include <QorCore/DataStreams.h>
 #include <Tivor/DataObject.h>
 #include <Tivor/Serializer.h>
-
-#include <QorCore/DataStreams.h>
 
 namespace Qor::Tivor {
 
@@ -79,9 +78,9 @@ public:
     /// Reads a whole block as `OutputDataBlock` wrote it: like `DataObject::FromBinary`, with the name in front.
     static std::shared_ptr<DataObject> InputDataObject(Core::BinaryInputStream& stream, std::string& dataName);
 
-    /// Creates the object that a header describes, fills it from the data block behind the header, and leaves the stream
-    /// behind the block: what the serializer does not consume is skipped, with the warning `SkippingData`. An object
-    /// that cannot be created is an empty pointer, with the warning `DataObjectCreationFailed` under `category`.
+    /// Creates the object that a header describes, fills it from the data block behind the header, and leaves the
+    /// stream behind the block: what the serializer does not consume is skipped, with the warning `SkippingData`. An
+    /// object that cannot be created is an empty pointer, with the warning `DataObjectCreationFailed` under `category`.
     /// Raises `NullSerializer`, `EndOfStreamOnInput` when the stream ends within the block, and what the serializer
     /// raises; errors carry the name as variable "Key".
     static std::shared_ptr<DataObject> InputDataBlock(Core::BinaryInputStream& stream, const std::string& dataName,

@@ -1,9 +1,8 @@
 #pragma once
 
+#include <QorCore/Alert.h>
 #include <Tivor/Export.h>
 #include <Tivor/Fwd.h>
-
-#include <QorCore/Alert.h>
 
 #include <cstdint>
 #include <iosfwd>

@@ -35,12 +35,24 @@ namespace Qor::Tivor {
 /// The eleven element types of matrices, in both storage orders: X(type, STEM, -, position, -).
 #define TIVOR_MATRIX_ELEMENT_TYPES(X) TIVOR_NUMERIC_TYPES(X) X(std::complex<double>, COMPLEX, 0, 10, "")
 
-/// The thirteen element types of scalar arrays: X(STEM, name).
+/// The thirteen element types of scalar arrays: X(name).
 #define TIVOR_ARRAY_ELEMENT_NAMES(X)                                                                                   \
-    X("int8") X("uint8") X("int16") X("uint16") X("int32") X("uint32") X("long") X("ulong") X("float") X("double")     \
-    X("int64") X("uint64") X("bool")
+    X("int8")                                                                                                          \
+    X("uint8")                                                                                                         \
+    X("int16")                                                                                                         \
+    X("uint16")                                                                                                        \
+    X("int32")                                                                                                         \
+    X("uint32")                                                                                                        \
+    X("long")                                                                                                          \
+    X("ulong")                                                                                                         \
+    X("float")                                                                                                         \
+    X("double")                                                                                                        \
+    X("int64")                                                                                                         \
+    X("uint64")                                                                                                        \
+    X("bool")
 
-/// The fourteen numeric element types of the standard collections; strings and unitized values complete the seventeen.
+/// The fourteen numeric element types of the standard collections: X(name). Strings and unitized values complete the
+/// seventeen.
 #define TIVOR_COLLECTION_ELEMENT_NAMES(X) TIVOR_ARRAY_ELEMENT_NAMES(X) X("schar")
 
 /// The type identifier of a data object. The low seven bits are the type code of the binary header; bit 7 of a stored
@@ -50,7 +62,7 @@ enum ETypeID : std::uint32_t {
 #define TIVOR_ROW(T, STEM, code, position, name) e##STEM = code,
     TIVOR_SCALAR_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
-    eULONG = 9, ///< an element type only
+        eULONG = 9, ///< an element type only
     eSIGNED_INTEGRAL_TYPE = 14,
     eUNSIGNED_INTEGRAL_TYPE = 15,
     eFLOATING_POINT_TYPE = 16,
@@ -70,7 +82,7 @@ enum ETypeID : std::uint32_t {
     eVECTOR_##STEM = 32 + position, eMATRIX_##STEM = 80 + position, eFORTRAN_MATRIX_##STEM = 96 + position,
     TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
-    eVECTOR_UNITIZED = 43,
+        eVECTOR_UNITIZED = 43,
     eSCALAR_ARRAY = 64,
     eSCALAR_CONTAINER = 65,
     eSTRING_CONTAINER = 66,
@@ -108,7 +120,7 @@ inline constexpr auto builtInTypeFacts = std::to_array<TypeFacts>({
 #define TIVOR_ROW(T, STEM, code, position, name) {e##STEM, name, EHeaderKind::fixedSize, sizeof(T), EPool::large},
     TIVOR_NUMERIC_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
-    {eLONG, "long", EHeaderKind::fixedSize, 4, EPool::large},
+        {eLONG, "long", EHeaderKind::fixedSize, 4, EPool::large},
     {eULONG, "ulong", EHeaderKind::fixedSize, 4, EPool::none},
     {eSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
     {eUNSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
@@ -136,7 +148,7 @@ inline constexpr auto builtInTypeFacts = std::to_array<TypeFacts>({
         {eFORTRAN_MATRIX_##STEM, "FortranMatrix", EHeaderKind::sized, 0, EPool::none},
     TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
-    {eVECTOR_UNITIZED, "Vector", EHeaderKind::sized, 0, EPool::none},
+        {eVECTOR_UNITIZED, "Vector", EHeaderKind::sized, 0, EPool::none},
 #define TIVOR_ROW(element) {eSCALAR_ARRAY, "Array_" element, EHeaderKind::nameCarrying, 0, EPool::none},
     TIVOR_ARRAY_ELEMENT_NAMES(TIVOR_ROW)
 #undef TIVOR_ROW
@@ -146,18 +158,18 @@ inline constexpr auto builtInTypeFacts = std::to_array<TypeFacts>({
         {id, "StdDeque_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                          \
         {id, "StdSet_" element, EHeaderKind::nameCarrying, 0, EPool::none},
 #define TIVOR_ROW(element) TIVOR_SEQUENCES(eSCALAR_CONTAINER, element)
-    TIVOR_COLLECTION_ELEMENT_NAMES(TIVOR_ROW)
+        TIVOR_COLLECTION_ELEMENT_NAMES(TIVOR_ROW)
 #undef TIVOR_ROW
 #define TIVOR_ROW(element)                                                                                             \
-    TIVOR_SEQUENCES(eSTRING_CONTAINER, element)                                                                        \
-    {eSTRING_CONTAINER, "StdUnorderedSet_" element, EHeaderKind::nameCarrying, 0, EPool::none},                        \
+    TIVOR_SEQUENCES(eSTRING_CONTAINER, element){eSTRING_CONTAINER, "StdUnorderedSet_" element,                         \
+                                                EHeaderKind::nameCarrying, 0, EPool::none},                            \
         {eSTRING_MAP, "StdMap_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                   \
         {eSTRING_MAP, "StdUnorderedMap_" element, EHeaderKind::nameCarrying, 0, EPool::none},
-    TIVOR_ROW("AsciiString") TIVOR_ROW("UnicodeString")
+            TIVOR_ROW("AsciiString") TIVOR_ROW("UnicodeString")
 #undef TIVOR_ROW
-    TIVOR_SEQUENCES(eUNITIZED_CONTAINER, "UnitizedValue")
+                TIVOR_SEQUENCES(eUNITIZED_CONTAINER, "UnitizedValue")
 #undef TIVOR_SEQUENCES
-    {eNAMED_CLASS, "FixedSpacing2D", EHeaderKind::nameCarrying, 0, EPool::none},
+                    {eNAMED_CLASS, "FixedSpacing2D", EHeaderKind::nameCarrying, 0, EPool::none},
     {eNAMED_CLASS, "FixedSpacing1D", EHeaderKind::nameCarrying, 0, EPool::none},
     {eNAMED_CLASS, "Data2D", EHeaderKind::nameCarrying, 0, EPool::none},
     {eNAMED_CLASS, "Data1D", EHeaderKind::nameCarrying, 0, EPool::none},

@@ -14,7 +14,8 @@ Iterator::Iterator(std::shared_ptr<const EntryBlock> block) : m_block(std::move(
     Settle();
 }
 
-Iterator::Iterator(const Iterator& other) : m_block(other.m_block), m_position(other.m_position), m_entry(other.m_entry) {
+Iterator::Iterator(const Iterator& other)
+    : m_block(other.m_block), m_position(other.m_position), m_entry(other.m_entry) {
     if (m_block)
         m_block->walkers.fetch_add(1, std::memory_order_relaxed);
 }

@@ -39,9 +39,8 @@ std::vector<std::shared_ptr<ContainerState>> ContainerState::GetParents() const 
     return parents;
 }
 
-std::uint32_t
-ContainerState::CountLevelsAbove(const ContainerState& forbidden,
-                                 std::unordered_map<const ContainerState*, std::uint32_t>& known) const {
+std::uint32_t ContainerState::CountLevelsAbove(const ContainerState& forbidden,
+                                               std::unordered_map<const ContainerState*, std::uint32_t>& known) const {
     if (this == &forbidden)
         RaiseNesting("A container cannot be stored in itself, nor in a container that it holds");
     if (const auto found = known.find(this); found != known.end())

@@ -115,9 +115,8 @@ namespace {
 constexpr std::uint64_t endMarkerSize = 7;
 
 std::uint64_t Measure(const NumberedEntry* entry) {
-    return entry != nullptr && entry->object
-               ? SerializationManager::GetDataBlockSize_bytes(entry->key, *entry->object)
-               : 0;
+    return entry != nullptr && entry->object ? SerializationManager::GetDataBlockSize_bytes(entry->key, *entry->object)
+                                             : 0;
 }
 
 } // namespace

@@ -75,8 +75,8 @@ public:
     }
     /// The state that a data object holds, or an empty pointer.
     static std::shared_ptr<ContainerState> HeldBy(const MutexLockableDataObject* object);
-    /// Makes `holder`, wherever it stands, hold `next` instead of `former`; `exchange` carries it out. Raises `LogicError`,
-    /// changing nothing, where `next` must not stand there.
+    /// Makes `holder`, wherever it stands, hold `next` instead of `former`; `exchange` carries it out. Raises
+    /// `LogicError`, changing nothing, where `next` must not stand there.
     static void ExchangeHeld(const MutexLockableDataObject& holder, const std::shared_ptr<ContainerState>& former,
                              const std::shared_ptr<ContainerState>& next, const std::function<void()>& exchange);
 

@@ -1,6 +1,5 @@
-#include "ContainerState.h"
-
 #include "../serialization/FramedWrite.h"
+#include "ContainerState.h"
 
 #include <QorCore/LockSet.h>
 #include <QorCore/Message.h>
@@ -67,9 +66,7 @@ std::shared_ptr<DataContainer> DataContainer::Clone() const {
     return clone;
 }
 
-bool DataContainer::Exists(std::string key) const {
-    return ContainerAccess(*m_state)->GetTable().Find(key) != nullptr;
-}
+bool DataContainer::Exists(std::string key) const { return ContainerAccess(*m_state)->GetTable().Find(key) != nullptr; }
 
 std::shared_ptr<DataObject> DataContainer::Get(const std::string& key) {
     const ContainerAccess state(*m_state);
@@ -292,9 +289,7 @@ bool DataContainer::operator==(const DataContainer& other) const {
     return count == theirs.NumDataObjects();
 }
 
-void DataContainer::DefaultToLockableData(bool lockable) {
-    ContainerAccess(*m_state)->SetLockableByDefault(lockable);
-}
+void DataContainer::DefaultToLockableData(bool lockable) { ContainerAccess(*m_state)->SetLockableByDefault(lockable); }
 
 bool DataContainer::DefaultsToLockableData() const {
     return m_state->StandsAlone() ? ContainerAccess(*m_state)->IsLockableByDefault() : m_state->IsLockableByDefault();

@@ -1,7 +1,6 @@
-#include "ContainerState.h"
-
 #include "../serialization/DataBlock.h"
 #include "../serialization/FramedWrite.h"
+#include "ContainerState.h"
 
 #include <QorCore/LockSet.h>
 #include <QorCore/Message.h>

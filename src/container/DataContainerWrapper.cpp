@@ -1,6 +1,5 @@
-#include "ContainerState.h"
-
 #include "../serialization/FramedWrite.h"
+#include "ContainerState.h"
 
 #include <QorCore/LockSet.h>
 #include <QorCore/Message.h>
@@ -89,8 +88,9 @@ std::shared_ptr<ContainerState> DataContainerWrapper::GetState() const { return 
 
 bool DataContainerWrapper::SetData(std::shared_ptr<DataContainer> container) {
     if (!container)
-        Core::Error::RaiseError(Core::NullPointerError("A DataContainerWrapper needs a container; a null one was given"),
-                                QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainerWrapper.SetData");
+        Core::Error::RaiseError(
+            Core::NullPointerError("A DataContainerWrapper needs a container; a null one was given"),
+            QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainerWrapper.SetData");
     {
         const auto lock = GetDataLock();
         const std::shared_ptr<ContainerState> next = container->m_state;

@@ -1,10 +1,9 @@
-#include <Tivor/BinaryDataFile.h>
-
 #include <QorCore/BufferedStreams.h>
 #include <QorCore/Log.h>
 #include <QorCore/Message.h>
 #include <QorCore/PathName.h>
 #include <QorCore/System.h>
+#include <Tivor/BinaryDataFile.h>
 
 #include <algorithm>
 #include <array>
@@ -72,15 +71,15 @@ void BinaryDataFile::ReadContent(Core::BinaryFileStream& file, DataContainer& co
     FileHeader header{};
     if (stream.Read(header.data(), header.size()) != header.size() || !HasMagic(header))
         Core::Error::RaiseError(
-            InvalidFileHeader(Core::FormatText("%1% does not have a valid QOR Binary Data File header",
-                                               {file.GetPath().ToString()})),
+            InvalidFileHeader(
+                Core::FormatText("%1% does not have a valid QOR Binary Data File header", {file.GetPath().ToString()})),
             QOR_CODE_CONTEXT("BinaryDataFile"), category);
     if (header[characterSet] == 'U')
-        Core::Error::RaiseError(
-            IncompatibleCharacterSet(Core::FormatText("%1% was saved with a Unicode compiled executable, cannot open with "
-                                                      "the current ASCII compiled executable",
-                                                      {file.GetPath().ToString()})),
-            QOR_CODE_CONTEXT("BinaryDataFile"), category);
+        Core::Error::RaiseError(IncompatibleCharacterSet(Core::FormatText(
+                                    "%1% was saved with a Unicode compiled executable, cannot open with "
+                                    "the current ASCII compiled executable",
+                                    {file.GetPath().ToString()})),
+                                QOR_CODE_CONTEXT("BinaryDataFile"), category);
     content.InputData(stream);
 }
 

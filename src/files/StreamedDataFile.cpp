@@ -1,8 +1,7 @@
-#include <Tivor/DataFile.h>
-
 #include <QorCore/Log.h>
 #include <QorCore/Message.h>
 #include <QorCore/SafeFileWriter.h>
+#include <Tivor/DataFile.h>
 
 #include <utility>
 
@@ -110,8 +109,8 @@ void StreamedDataFile::Save() {
             QOR_CODE_CONTEXT("DataFile"), m_category);
     if (m_unreadEntries != 0) {
         Core::Warning::RaiseWarning(
-            DroppingUnreadEntries(Core::FormatText("Saving %1% drops %2% entries that could not be read",
-                                                   {m_fileName, m_unreadEntries})),
+            DroppingUnreadEntries(
+                Core::FormatText("Saving %1% drops %2% entries that could not be read", {m_fileName, m_unreadEntries})),
             QOR_CODE_CONTEXT("DataFile"), m_category);
     }
     // Where open files cannot be replaced, a failing save may have closed the file.

@@ -42,9 +42,7 @@ void ChangeLinks::Add(const std::weak_ptr<ChangeParent>& parent, std::uint64_t e
     Append(parent, entry);
 }
 
-void ChangeLinks::AddUnshared(const std::weak_ptr<ChangeParent>& parent, std::uint64_t entry) {
-    Append(parent, entry);
-}
+void ChangeLinks::AddUnshared(const std::weak_ptr<ChangeParent>& parent, std::uint64_t entry) { Append(parent, entry); }
 
 void ChangeLinks::Remove(const ChangeParent* parent, std::uint64_t entry) {
     const std::lock_guard leaf(LeafMutexOf(this));

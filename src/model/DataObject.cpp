@@ -1,6 +1,5 @@
-#include <Tivor/DataObject.h>
-
 #include <QorCore/LockSet.h>
+#include <Tivor/DataObject.h>
 
 #include <utility>
 

@@ -1,8 +1,7 @@
-#include <Tivor/ScalarData.h>
-
 #include <QorCore/LockSet.h>
 #include <QorCore/Message.h>
 #include <QorCore/Stream.h>
+#include <Tivor/ScalarData.h>
 
 #include <cmath>
 #include <cstring>
@@ -21,10 +20,9 @@ namespace {
 const char* const category = "Qor.Tivor.ScalarSerializer";
 
 [[noreturn]] void RaiseInvalidSize(std::uint64_t size, const std::string& typeName) {
-    Core::Error::RaiseError(
-        InvalidScalarSize(
-            Core::FormatText("Invalid size of %1% reported for scalar value of type %2%", {size, typeName})),
-        QOR_CODE_CONTEXT("DataObject"), category);
+    Core::Error::RaiseError(InvalidScalarSize(Core::FormatText(
+                                "Invalid size of %1% reported for scalar value of type %2%", {size, typeName})),
+                            QOR_CODE_CONTEXT("DataObject"), category);
 }
 
 [[noreturn]] void RaiseOutOfRange(const std::string& typeName) {
@@ -61,10 +59,9 @@ To Convert(From value, const std::string& typeName) {
 ScalarData::ScalarData(const std::string& typeName, ETypeID typeID)
     : m_eTypeID(typeID), m_typeName(typeName), m_serializer(std::make_shared<ScalarSerializer>(*this)) {
     if (typeID != eSIGNED_INTEGRAL_TYPE && typeID != eUNSIGNED_INTEGRAL_TYPE && typeID != eFLOATING_POINT_TYPE)
-        Core::Error::RaiseError(
-            InvalidScalarTypeID(
-                Core::FormatText("Invalid scalar type ID of %1%", {static_cast<std::uint32_t>(typeID)})),
-            QOR_CODE_CONTEXT("DataObject"), category);
+        Core::Error::RaiseError(InvalidScalarTypeID(Core::FormatText("Invalid scalar type ID of %1%",
+                                                                     {static_cast<std::uint32_t>(typeID)})),
+                                QOR_CODE_CONTEXT("DataObject"), category);
 }
 
 ScalarData::ScalarData(const ScalarData& other)
@@ -91,7 +88,9 @@ decltype(auto) ScalarData::VisitNumber(Visitor&& visitor) const {
         std::memcpy(&number, m_data.get(), sizeof number);
         return visitor(number);
     };
-    switch (m_eTypeID == eFLOATING_POINT_TYPE ? m_size + 16 : m_eTypeID == eSIGNED_INTEGRAL_TYPE ? m_size + 32 : m_size) {
+    switch (m_eTypeID == eFLOATING_POINT_TYPE    ? m_size + 16
+            : m_eTypeID == eSIGNED_INTEGRAL_TYPE ? m_size + 32
+                                                 : m_size) {
     case 1:
         return as(std::type_identity<std::uint8_t>{});
     case 2:
@@ -257,10 +256,10 @@ std::uint64_t ScalarData::ScalarSerializer::DataFromBinary(std::uint64_t size, C
             RaiseInvalidSize(size, m_object.m_typeName);
         std::byte bytes[8];
         if (const std::uint64_t got = stream.Read(bytes, size); got < size)
-            Core::Error::RaiseError(
-                EndOfStreamOnInput(Core::FormatText("The stream ended after %1% of the %2% bytes of a scalar of type %3%",
-                                                    {got, size, m_object.m_typeName})),
-                QOR_CODE_CONTEXT("DataObject"), category);
+            Core::Error::RaiseError(EndOfStreamOnInput(Core::FormatText(
+                                        "The stream ended after %1% of the %2% bytes of a scalar of type %3%",
+                                        {got, size, m_object.m_typeName})),
+                                    QOR_CODE_CONTEXT("DataObject"), category);
         if (!m_object.m_data || m_object.m_size != size)
             m_object.AllocateData(size);
         std::memcpy(m_object.m_data.get(), bytes, static_cast<std::size_t>(size));

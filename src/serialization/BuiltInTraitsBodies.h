@@ -1,9 +1,8 @@
 #pragma once
 
-#include <Tivor/BuiltInDataObjects.h>
-
 #include <QorCore/Message.h>
 #include <QorCore/Utf8.h>
+#include <Tivor/BuiltInDataObjects.h>
 
 #include <charconv>
 #include <type_traits>
@@ -15,7 +14,9 @@ namespace Qor::Tivor {
 namespace Details {
 
 template <class T>
-concept IsMatrix = requires(const T& value) { value.size1(); };
+concept IsMatrix = requires(const T& value) {
+    value.size1();
+};
 
 template <class T>
 bool SameNumber(const T& left, const T& right) {

@@ -13,10 +13,10 @@ namespace {
 void WarnOfMismatch(const DataObjectHeader& header, const char* direction, std::uint64_t done, const char* repair,
                     const char* category) {
     Core::Warning::RaiseWarning(
-        SkippingData(Core::FormatText("A %1% version %2% from module %3% %4% %5% bytes but the serialized data size was "
-                                      "%6% bytes, %7% remaining bytes...",
-                                      {header.typeName, header.version, header.module, direction, done, header.dataSize,
-                                       repair})),
+        SkippingData(Core::FormatText(
+            "A %1% version %2% from module %3% %4% %5% bytes but the serialized data size was "
+            "%6% bytes, %7% remaining bytes...",
+            {header.typeName, header.version, header.module, direction, done, header.dataSize, repair})),
         QOR_CODE_CONTEXT("SerializationManager"), category);
 }
 

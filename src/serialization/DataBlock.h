@@ -11,7 +11,8 @@ namespace Qor::Tivor {
 void OutputPadded(Core::BinaryOutputStream& stream, Serializer& serializer, const DataObjectHeader& header,
                   const char* category);
 
-/// Lets the serializer read at most `header.dataSize` bytes; what it leaves is skipped, with a warning under `category`.
+/// Lets the serializer read at most `header.dataSize` bytes; what it leaves is skipped, with a warning under
+/// `category`.
 void InputBounded(Core::BinaryInputStream& stream, Serializer& serializer, const DataObjectHeader& header,
                   const char* category);
 

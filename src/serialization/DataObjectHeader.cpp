@@ -1,7 +1,6 @@
-#include <Tivor/SerializationManager.h>
-
 #include <QorCore/Context.h>
 #include <QorCore/Message.h>
+#include <Tivor/SerializationManager.h>
 
 #include <limits>
 
@@ -27,8 +26,8 @@ std::uint64_t InputName(Core::DataInputStream& stream, std::string& name, std::u
         RaiseEndOfStream(what);
     if (size > limit)
         Core::Error::RaiseError(
-            LimitExceeded(Core::FormatText("A length of %1% bytes was found for %2% where %3% are allowed",
-                                           {size, what, limit})),
+            LimitExceeded(
+                Core::FormatText("A length of %1% bytes was found for %2% where %3% are allowed", {size, what, limit})),
             QOR_CODE_CONTEXT("SerializationManager"), category);
     if (!stream.ReadBytes(name, size))
         RaiseEndOfStream(what);

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <Tivor/DataObject.h>
-
 #include <QorCore/Context.h>
+#include <Tivor/DataObject.h>
 
 #include <optional>
 #include <unordered_map>

@@ -73,11 +73,11 @@ private:
         std::uint64_t bytes = 0;
         if (__builtin_mul_overflow(size1, size2, &bytes) || __builtin_mul_overflow(bytes, sizeof(Element), &bytes) ||
             bytes > available)
-            Core::Error::RaiseError(
-                Core::IOError(Core::FormatText("A %1% of %2% x %3% elements of %4% bytes does not fit its block of %5% "
-                                               "bytes",
-                                               {this->m_object.GetTypeName(), size1, size2, sizeof(Element), available})),
-                QOR_CODE_CONTEXT("Serializer"), "Qor.Tivor.Serializer");
+            Core::Error::RaiseError(Core::IOError(Core::FormatText(
+                                        "A %1% of %2% x %3% elements of %4% bytes does not fit its block of %5% "
+                                        "bytes",
+                                        {this->m_object.GetTypeName(), size1, size2, sizeof(Element), available})),
+                                    QOR_CODE_CONTEXT("Serializer"), "Qor.Tivor.Serializer");
         if (const std::optional<std::uint64_t> left = stream.BytesLeft(); left && *left < bytes)
             this->RaiseEndOfStream(extentsSize + *left, extentsSize + bytes);
         return bytes;

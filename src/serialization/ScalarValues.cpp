@@ -1,5 +1,5 @@
-// Data block of a number: its little-endian bytes at their own width; a bool is one byte, and whatever is not 0 reads as
-// true.
+// Data block of a number: its little-endian bytes at their own width; a bool is one byte, and whatever is not 0 reads
+// as true.
 
 #include "BuiltInTraitsBodies.h"
 #include "ValueSerializer.h"

@@ -1,11 +1,10 @@
 #include "DataBlock.h"
 #include "FramedWrite.h"
 
-#include <Tivor/DataObjectFactory.h>
-#include <Tivor/SerializationManager.h>
-
 #include <QorCore/Context.h>
 #include <QorCore/Message.h>
+#include <Tivor/DataObjectFactory.h>
+#include <Tivor/SerializationManager.h>
 
 #include <optional>
 
@@ -96,8 +95,7 @@ std::uint64_t SerializationManager::GetDataBlockSize_bytes(const std::string& da
 
 std::shared_ptr<DataObject> SerializationManager::InputDataBlock(Core::BinaryInputStream& stream,
                                                                  const std::string& dataName,
-                                                                 const DataObjectHeader& header,
-                                                                 const char* category) {
+                                                                 const DataObjectHeader& header, const char* category) {
     try {
         std::string reason;
         std::shared_ptr<DataObject> object = CreateObject(header, reason);

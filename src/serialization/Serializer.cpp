@@ -1,8 +1,7 @@
 #include "DataBlock.h"
 
-#include <Tivor/Serializer.h>
-
 #include <QorCore/Message.h>
+#include <Tivor/Serializer.h>
 
 namespace Qor::Tivor {
 
@@ -11,9 +10,9 @@ namespace {
 constexpr std::uint64_t largestHexData = 8;
 
 [[noreturn]] void RaiseNoXML(const std::string& typeName) {
-    Core::Error::RaiseError(
-        Core::LogicError(Core::FormatText("Data of type %1% cannot take its XML form: XML is not built yet", {typeName})),
-        QOR_CODE_CONTEXT("Serializer"), "Qor.Tivor.Serializer");
+    Core::Error::RaiseError(Core::LogicError(Core::FormatText(
+                                "Data of type %1% cannot take its XML form: XML is not built yet", {typeName})),
+                            QOR_CODE_CONTEXT("Serializer"), "Qor.Tivor.Serializer");
 }
 
 } // namespace

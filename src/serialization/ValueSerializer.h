@@ -1,10 +1,9 @@
 #pragma once
 
-#include <Tivor/BuiltInDataObjects.h>
-#include <Tivor/Serializer.h>
-
 #include <QorCore/Message.h>
 #include <QorCore/Stream.h>
+#include <Tivor/BuiltInDataObjects.h>
+#include <Tivor/Serializer.h>
 
 #include <limits>
 

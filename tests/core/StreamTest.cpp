@@ -7,10 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -50,7 +50,7 @@ protected:
     std::uint64_t DoRead(void* destination, std::uint64_t size) override {
         if (m_position == m_failAt) {
             m_failAt = never;
-            Error::RaiseError(IOError("The medium failed"), QOR_CODE_CONTEXT("StreamTest"), "Test");
+            throw IOError("The medium failed");
         }
         const std::uint64_t done = std::min({size, m_piece, m_bytes.size() - m_position, m_failAt - m_position});
         std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(m_position), done,
@@ -66,76 +66,61 @@ private:
     std::uint64_t m_position = 0;
 };
 
+// A buffer of that size, or a limit of that many bytes.
+enum EKind { eBUFFER, eLIMIT };
+using Layer = std::pair<EKind, std::uint64_t>;
+
 // Streams over one another; the last one is destroyed first.
-template <class Base>
+template <class Stream, class Buffered, class Bounded>
 class Chain {
 public:
+    Chain(Stream& source, const std::vector<Layer>& layers) : m_last(&source) {
+        for (const auto& [kind, size] : layers) {
+            if (kind == eBUFFER)
+                m_streams.push_back(std::make_unique<Buffered>(*m_last, size));
+            else
+                m_streams.push_back(std::make_unique<Bounded>(*m_last, size));
+            m_last = m_streams.back().get();
+        }
+    }
     ~Chain() {
         while (!m_streams.empty())
             m_streams.pop_back();
     }
-    template <class S, class... Arguments>
-    Chain& Begin(Arguments&&... arguments) {
-        m_streams.push_back(std::make_unique<S>(std::forward<Arguments>(arguments)...));
-        return *this;
-    }
-    template <class S>
-    Chain& Add(std::uint64_t size) {
-        m_streams.push_back(std::make_unique<S>(*m_streams.back(), size));
-        return *this;
-    }
-    Base& Last() { return *m_streams.back(); }
+    Stream& Last() { return *m_last; }
 
 private:
-    std::vector<std::unique_ptr<Base>> m_streams;
+    Stream* m_last;
+    std::vector<std::unique_ptr<Stream>> m_streams;
 };
-using Input = Chain<BinaryInputStream>;
-using Output = Chain<BinaryOutputStream>;
-using InBuffer = BufferedInputStream;
-using InBound = BoundedInputStream;
-using OutBuffer = BufferedOutputStream;
-using OutBound = BoundedOutputStream;
-
-struct InputCase {
-    const char* name;
-    void (*build)(Input& chain, const Bytes& bytes);
-    std::uint64_t size;
-    bool knowsSize;
-};
-const InputCase inputCases[] = {
-    {"memory", [](Input& c, const Bytes& b) { c.Begin<MemoryInputStream>(b); }, wholeSize, true},
-    {"trickle", [](Input& c, const Bytes& b) { c.Begin<Trickle>(b, 3u); }, wholeSize, false},
-    {"buffer of 1", [](Input& c, const Bytes& b) { c.Begin<Trickle>(b, 3u).Add<InBuffer>(1); }, wholeSize, false},
-    {"buffer of 7", [](Input& c, const Bytes& b) { c.Begin<MemoryInputStream>(b).Add<InBuffer>(7); }, wholeSize, true},
-    {"large buffer", [](Input& c, const Bytes& b) { c.Begin<Trickle>(b, 90u).Add<InBuffer>(800); }, wholeSize, false},
-    {"bound", [](Input& c, const Bytes& b) { c.Begin<MemoryInputStream>(b).Add<InBound>(123); }, 123, true},
-    {"bound beyond the end", [](Input& c, const Bytes& b) { c.Begin<MemoryInputStream>(b).Add<InBound>(900); },
-     wholeSize, true},
-    {"empty bound", [](Input& c, const Bytes& b) { c.Begin<MemoryInputStream>(b).Add<InBound>(0); }, 0, true},
-    {"bound in bound over buffer",
-     [](Input& c, const Bytes& b) {
-         c.Begin<MemoryInputStream>(b).Add<InBuffer>(16).Add<InBound>(400).Add<InBound>(301);
-     },
-     301, true},
-    {"wider bound in bound over buffer over trickle",
-     [](Input& c, const Bytes& b) { c.Begin<Trickle>(b, 5u).Add<InBuffer>(9).Add<InBound>(222).Add<InBound>(450); },
-     222, false},
-    {"buffer over bound over buffer",
-     [](Input& c, const Bytes& b) {
-         c.Begin<MemoryInputStream>(b).Add<InBuffer>(11).Add<InBound>(333).Add<InBuffer>(6);
-     },
-     333, true},
-};
+using InputChain = Chain<BinaryInputStream, BufferedInputStream, BoundedInputStream>;
+using OutputChain = Chain<BinaryOutputStream, BufferedOutputStream, BoundedOutputStream>;
 
 constexpr std::uint64_t oddPieces[] = {1, 0, 2, 3, 17, 1, 40, 5, 8, 64, 13};
 
 TEST(InputStreams, EveryChainGivesTheBytesOfThePlainCopy) {
+    const struct {
+        std::uint64_t piece; // of the medium; 0: memory, which knows its size
+        std::vector<Layer> layers;
+        std::uint64_t size;
+    } rows[] = {{0, {}, wholeSize},
+                {3, {}, wholeSize},
+                {3, {{eBUFFER, 1}}, wholeSize},
+                {0, {{eBUFFER, 7}}, wholeSize},
+                {90, {{eBUFFER, 800}}, wholeSize},
+                {0, {{eLIMIT, 123}}, 123},
+                {0, {{eLIMIT, 900}}, wholeSize},
+                {0, {{eLIMIT, 0}}, 0},
+                {0, {{eBUFFER, 16}, {eLIMIT, 400}, {eLIMIT, 301}}, 301},
+                {5, {{eBUFFER, 9}, {eLIMIT, 222}, {eLIMIT, 450}}, 222},
+                {0, {{eBUFFER, 11}, {eLIMIT, 333}, {eBUFFER, 6}}, 333}};
     const Bytes bytes = Numbered(wholeSize);
-    for (const InputCase& row : inputCases)
+    for (const auto& row : rows)
         for (const std::size_t skipEvery : {2u, 3u, 1000u}) {
-            SCOPED_TRACE(row.name);
-            Input chain;
-            row.build(chain, bytes);
+            SCOPED_TRACE(testing::Message() << "row " << &row - rows);
+            MemoryInputStream memory(bytes);
+            Trickle trickle(bytes, row.piece);
+            InputChain chain(row.piece == 0 ? static_cast<BinaryInputStream&>(memory) : trickle, row.layers);
             BinaryInputStream& stream = chain.Last();
             std::uint64_t position = 0;
             for (std::size_t step = 0; position < row.size; ++step) {
@@ -146,7 +131,7 @@ TEST(InputStreams, EveryChainGivesTheBytesOfThePlainCopy) {
                 else
                     ASSERT_EQ(ReadFrom(stream, piece), Part(bytes, position, there)) << "at " << position;
                 position += there;
-                ASSERT_EQ(stream.BytesLeft(), row.knowsSize ? std::optional(row.size - position) : std::nullopt);
+                ASSERT_EQ(stream.BytesLeft(), row.piece == 0 ? std::optional(row.size - position) : std::nullopt);
             }
             EXPECT_TRUE(ReadFrom(stream, 10).empty());
             EXPECT_EQ(stream.Skip(10), 0u);
@@ -196,9 +181,7 @@ TEST(InputStreams, AfterAFailureOfTheSourceThePositionsAreRightAndReadingGoesOn)
         explicit FailsOnce(const Bytes& bytes) { SetWindow(bytes.data(), bytes.data() + bytes.size()); }
 
     protected:
-        std::uint64_t DoRead(void*, std::uint64_t) override {
-            Error::RaiseError(IOError("The medium failed"), QOR_CODE_CONTEXT("StreamTest"), "Test");
-        }
+        std::uint64_t DoRead(void*, std::uint64_t) override { throw IOError("The medium failed"); }
         std::optional<std::uint64_t> DoBytesLeft() const override { return 60; }
     };
     FailsOnce medium(bytes);
@@ -209,45 +192,22 @@ TEST(InputStreams, AfterAFailureOfTheSourceThePositionsAreRightAndReadingGoesOn)
     EXPECT_EQ(bounded.BytesLeft(), 60u);
 }
 
-struct OutputCase {
-    const char* name;
-    void (*build)(Output& chain);
-};
-const OutputCase outputCases[] = {
-    {"memory", [](Output&) {}},
-    {"buffer of 1", [](Output& c) { c.Add<OutBuffer>(1); }},
-    {"buffer of 7", [](Output& c) { c.Add<OutBuffer>(7); }},
-    {"bound over buffer", [](Output& c) { c.Add<OutBuffer>(32).Add<OutBound>(wholeSize); }},
-    {"bound in bound over buffer", [](Output& c) { c.Add<OutBuffer>(5).Add<OutBound>(wholeSize).Add<OutBound>(600); }},
-    {"buffer over bound over buffer",
-     [](Output& c) { c.Add<OutBuffer>(9).Add<OutBound>(wholeSize).Add<OutBuffer>(20); }},
-};
-
-Bytes Copy(const MemoryOutputStream& memory) {
-    return {memory.GetBytes().begin(), memory.GetBytes().end()};
-}
-
-// Lets a chain begin with a stream that the test keeps.
-class Forward final : public BinaryOutputStream {
-public:
-    explicit Forward(BinaryOutputStream& target) : m_target(target) {}
-
-protected:
-    void DoWrite(const void* source, std::uint64_t size) override { m_target.Write(source, size); }
-
-private:
-    BinaryOutputStream& m_target;
-};
+Bytes Copy(const MemoryOutputStream& memory) { return {memory.GetBytes().begin(), memory.GetBytes().end()}; }
 
 TEST(OutputStreams, EveryChainWritesTheBytesOfThePlainCopy) {
+    const std::vector<Layer> rows[] = {{},
+                                       {{eBUFFER, 1}},
+                                       {{eBUFFER, 7}},
+                                       {{eBUFFER, 32}, {eLIMIT, wholeSize}},
+                                       {{eBUFFER, 5}, {eLIMIT, wholeSize}, {eLIMIT, 600}},
+                                       {{eBUFFER, 9}, {eLIMIT, wholeSize}, {eBUFFER, 20}}};
     Bytes bytes = Numbered(wholeSize);
+    MemoryOutputStream memory(3);
     for (const bool flushesOften : {false, true})
-        for (const OutputCase& row : outputCases) {
-            SCOPED_TRACE(row.name);
-            MemoryOutputStream memory;
-            Output chain;
-            chain.Begin<Forward>(memory);
-            row.build(chain);
+        for (const auto& row : rows) {
+            SCOPED_TRACE(testing::Message() << "row " << &row - rows);
+            memory.Clear();
+            OutputChain chain(memory, row);
             std::uint64_t position = 0;
             for (std::size_t step = 0; position < wholeSize; ++step) {
                 const std::uint64_t piece = std::min(oddPieces[step % std::size(oddPieces)], wholeSize - position);
@@ -294,77 +254,40 @@ TEST(OutputStreams, AnOverrunOfABoundRaisesAndChangesNothing) {
         }
 }
 
-TEST(OutputStreams, MemoryIsKeptWhenCleared) {
-    MemoryOutputStream memory(3);
-    const Bytes bytes = Numbered(wholeSize);
-    for (const std::uint64_t size : {wholeSize, std::uint64_t{4}, std::uint64_t{0}, wholeSize}) {
-        memory.Clear();
-        memory.Write(bytes.data(), size);
-        EXPECT_EQ(Copy(memory), Part(bytes, 0, size));
-    }
-}
-
 TEST(DataStreams, ValuesTravel) {
+    // The long text is longer than what is taken on trust from a stream of unknown size.
+    const std::tuple values(std::int64_t{-2}, std::uint8_t{200}, true, -1.25, 1.5f, std::string("a\0b", 3),
+                            std::wstring(L"\u00E4\U0001F600"), std::string(5'000'000, 'x'), std::uint8_t{2});
     MemoryOutputStream memory;
     DataOutputStream output(memory);
-    output.Write(std::int64_t{-2});
-    output.Write(std::uint8_t{200});
-    output.Write(true);
-    output.Write(-0.0);
-    output.Write(1.5f);
-    output.Write(std::string_view("a\0b", 3));
-    output.Write(std::wstring_view(L"\u00E4\U0001F600"));
-    EXPECT_EQ(memory.GetSize(), 8u + 1 + 1 + 8 + 4 + GetSerializedStringSize("a?b") + (4 + 2 + 4));
+    std::apply([&](const auto&... value) { (output.Write(value), ...); }, values);
+    EXPECT_EQ(memory.GetSize(), 8u + 1 + 1 + 8 + 4 + GetSerializedStringSize("a?b") + 10 + 5'000'004 + 1);
 
-    MemoryInputStream source(memory.GetBytes());
+    const Bytes bytes = Copy(memory);
+    Trickle source(bytes, 100'000);
     DataInputStream input(source);
-    std::int64_t integer = 0;
-    std::uint8_t byte = 0;
-    bool flag = false;
-    double wide = 1;
-    float narrow = 0;
-    std::string text;
-    std::wstring wideText;
-    EXPECT_TRUE(input.Read(integer) && input.Read(byte) && input.Read(flag) && input.Read(wide) && input.Read(narrow) &&
-                input.Read(text) && input.Read(wideText));
-    EXPECT_EQ(integer, -2);
-    EXPECT_EQ(byte, 200);
-    EXPECT_TRUE(flag);
-    EXPECT_TRUE(wide == 0 && std::signbit(wide));
-    EXPECT_EQ(narrow, 1.5f);
-    EXPECT_EQ(text, std::string("a\0b", 3));
-    EXPECT_EQ(wideText, L"\u00E4\U0001F600");
-    EXPECT_FALSE(input.Read(byte));
-    const std::uint8_t two = 2;
-    MemoryInputStream odd(&two, 1);
-    EXPECT_TRUE(DataInputStream(odd).Read(flag) && flag) << "whatever is not 0 is true";
+    auto read = decltype(std::tuple(values))();
+    bool isTrue = false;
+    std::apply([&](auto&... value) { EXPECT_TRUE((input.Read(value) && ...)); }, read);
+    EXPECT_TRUE(read == values);
+    EXPECT_FALSE(input.Read(isTrue));
+    MemoryInputStream odd(bytes.data() + bytes.size() - 1, 1);
+    EXPECT_TRUE(DataInputStream(odd).Read(isTrue) && isTrue) << "whatever is not 0 is true";
 }
 
 TEST(DataStreams, StringsWhoseSizesLieAreReportedWithoutTakingTheMemory) {
     for (const std::uint32_t claimed : {11u, 70'000u, 3'000'000u, 0xFFFFFFFFu})
-        for (const std::uint64_t present : {0u, 10u}) {
+        for (const bool knowsSize : {false, true}) {
             MemoryOutputStream memory;
             DataOutputStream(memory).Write(claimed);
-            memory.WriteZeros(present);
+            memory.WriteZeros(10);
             const Bytes bytes = Copy(memory);
             MemoryInputStream known(bytes);
             Trickle unknown(bytes, 5);
-            for (BinaryInputStream* const stream :
-                 {static_cast<BinaryInputStream*>(&known), static_cast<BinaryInputStream*>(&unknown)}) {
-                std::string text;
-                EXPECT_FALSE(DataInputStream(*stream).Read(text));
-                EXPECT_LT(text.capacity(), 4'000'000u);
-            }
+            std::string text;
+            EXPECT_FALSE(DataInputStream(knowsSize ? static_cast<BinaryInputStream&>(known) : unknown).Read(text));
+            EXPECT_LT(text.capacity(), 4'000'000u);
         }
-    // Longer than the first piece that is taken on trust, from a stream of unknown size.
-    MemoryOutputStream memory;
-    const std::string longText(5'000'000, 'x');
-    DataOutputStream(memory).Write(longText);
-    const Bytes bytes = Copy(memory);
-    Trickle unknown(bytes, 100'000);
-    std::string text;
-    EXPECT_TRUE(DataInputStream(unknown).Read(text));
-    EXPECT_EQ(text, longText);
 }
 
 } // namespace

@@ -23,9 +23,7 @@ using Core::Testing::WriteFileText;
 const std::string endMarker = Bytes("00000000 7F FFFF");
 const std::string header = Bytes("'QOR DATA' 01 0000 'A'");
 
-std::string FileOf(const DataContainer& container) {
-    return header + Stored(container);
-}
+std::string FileOf(const DataContainer& container) { return header + Stored(container); }
 
 /// Entries at three levels.
 std::shared_ptr<DataContainer> Entries() {

@@ -26,9 +26,7 @@ namespace {
 
 constexpr std::uint64_t mebibyte = 1 << 20;
 
-std::uint64_t GetHeapBound(std::uint64_t input) {
-    return 64 * input + mebibyte;
-}
+std::uint64_t GetHeapBound(std::uint64_t input) { return 64 * input + mebibyte; }
 
 /// Where the bytes come from: a stream that knows how many there are, one in front of that, and one that knows nothing
 /// and gives little at a time.

@@ -26,9 +26,7 @@ using namespace Core::Testing;
 
 const std::string fileHeader("QOR DATA\x01\0\0A", 12);
 
-std::string FileWith(const DataContainer& container) {
-    return fileHeader + Stored(container);
-}
+std::string FileWith(const DataContainer& container) { return fileHeader + Stored(container); }
 
 std::shared_ptr<DataContainer> Content(int number, std::size_t size) {
     auto container = DataContainer::Create();

@@ -121,9 +121,7 @@ TEST_P(KilledSaves, LeaveOneOfTheTwoContents) {
 
 #else
 
-TEST_P(KilledSaves, LeaveOneOfTheTwoContents) {
-    GTEST_SKIP() << "Processes cannot be killed on this platform";
-}
+TEST_P(KilledSaves, LeaveOneOfTheTwoContents) { GTEST_SKIP() << "Processes cannot be killed on this platform"; }
 
 #endif
 

@@ -76,13 +76,9 @@ HeapWatch::HeapWatch(std::uint64_t limit) {
     heap.limit = static_cast<std::int64_t>(limit);
 }
 
-HeapWatch::~HeapWatch() {
-    heap.watched = false;
-}
+HeapWatch::~HeapWatch() { heap.watched = false; }
 
-std::uint64_t HeapWatch::GetPeak() const {
-    return static_cast<std::uint64_t>(heap.peak);
-}
+std::uint64_t HeapWatch::GetPeak() const { return static_cast<std::uint64_t>(heap.peak); }
 
 FailingHeap::FailingHeap(int n, bool forEver) {
     heap.hasFailed = false;
@@ -90,13 +86,9 @@ FailingHeap::FailingHeap(int n, bool forEver) {
     heap.callsUntilFailure = n;
 }
 
-FailingHeap::~FailingHeap() {
-    heap.callsUntilFailure = 0;
-}
+FailingHeap::~FailingHeap() { heap.callsUntilFailure = 0; }
 
-bool FailingHeap::HasFailed() const {
-    return heap.hasFailed;
-}
+bool FailingHeap::HasFailed() const { return heap.hasFailed; }
 
 TEST(TestHeap, SeesWhatTheLibrariesTake) {
     constexpr std::uint64_t size = 100'000;
@@ -118,9 +110,7 @@ using namespace Qor::Tivor::Testing;
 
 // All forms: a sanitizer brings its own of each that is missing.
 #define TIVOR_TEST_HEAP(brackets)                                                                                      \
-    void* operator new brackets(std::size_t size) {                                                                    \
-        return Take(size, usual);                                                                                      \
-    }                                                                                                                  \
+    void* operator new brackets(std::size_t size) { return Take(size, usual); }                                        \
     void* operator new brackets(std::size_t size, std::align_val_t alignment) {                                        \
         return Take(size, static_cast<std::size_t>(alignment));                                                        \
     }                                                                                                                  \
@@ -131,15 +121,9 @@ using namespace Qor::Tivor::Testing;
             return nullptr;                                                                                            \
         }                                                                                                              \
     }                                                                                                                  \
-    void operator delete brackets(void* block) noexcept {                                                              \
-        Return(block, usual);                                                                                          \
-    }                                                                                                                  \
-    void operator delete brackets(void* block, std::size_t) noexcept {                                                 \
-        Return(block, usual);                                                                                          \
-    }                                                                                                                  \
-    void operator delete brackets(void* block, const std::nothrow_t&) noexcept {                                       \
-        Return(block, usual);                                                                                          \
-    }                                                                                                                  \
+    void operator delete brackets(void* block) noexcept { Return(block, usual); }                                      \
+    void operator delete brackets(void* block, std::size_t) noexcept { Return(block, usual); }                         \
+    void operator delete brackets(void* block, const std::nothrow_t&) noexcept { Return(block, usual); }               \
     void operator delete brackets(void* block, std::align_val_t alignment) noexcept {                                  \
         Return(block, static_cast<std::size_t>(alignment));                                                            \
     }                                                                                                                  \

@@ -16,11 +16,7 @@ using Qor::Nalix::basic_row_major;
 using Qor::Nalix::Matrix;
 using Qor::Nalix::Vector;
 
-constexpr std::size_t mebibyte = std::size_t{1} << 20;
-
-std::uintptr_t AddressOf(const void* memory) {
-    return reinterpret_cast<std::uintptr_t>(memory);
-}
+constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
 
 // Counts how many are alive, and refuses to be one too many.
 struct Counted {
@@ -39,41 +35,36 @@ struct Counted {
 template <class Order>
 class MatrixOf : public testing::Test {
 protected:
-    template <class T>
-    static Matrix<T, Order> Filled(std::size_t size1, std::size_t size2) {
-        Matrix<T, Order> matrix(size1, size2);
-        for (std::size_t i = 0; i < size1; ++i)
-            for (std::size_t j = 0; j < size2; ++j)
-                matrix(i, j) = static_cast<T>(10 * i + j);
-        return matrix;
+    MatrixOf() {
+        for (std::size_t i = 0; i < 2; ++i)
+            for (std::size_t j = 0; j < 3; ++j)
+                m_matrix(i, j) = static_cast<double>(10 * i + j);
+        m_original = m_matrix.Clone();
     }
+
+    Matrix<double, Order> m_matrix{2, 3};
+    Matrix<double, Order> m_original;
 };
 using Orders = testing::Types<basic_row_major, basic_column_major>;
 TYPED_TEST_SUITE(MatrixOf, Orders);
 
-TYPED_TEST(MatrixOf, IndicesMeanTheSameInBothOrdersAndStorageDiffers) {
-    const auto matrix = this->template Filled<int>(2, 3);
-    EXPECT_EQ(matrix.size1(), 2u);
-    EXPECT_EQ(matrix.size2(), 3u);
-    const std::vector<int> rows{0, 1, 2, 10, 11, 12};
-    const std::vector<int> columns{0, 10, 1, 11, 2, 12};
-    EXPECT_EQ(std::vector<int>(matrix.data(), matrix.data() + matrix.size()),
-              (std::is_same_v<TypeParam, basic_row_major> ? rows : columns));
-    EXPECT_EQ(matrix(1, 2), 12);
-}
-
 TYPED_TEST(MatrixOf, CopiesShareClonesDoNotAndResizingLeavesTheOthersAlone) {
-    auto matrix = this->template Filled<double>(3, 4);
-    const auto original = matrix.Clone();
+    auto& matrix = this->m_matrix;
+    const auto& original = this->m_original;
+    using Plain = std::vector<double>;
+    EXPECT_EQ(Plain(matrix.data(), matrix.data() + matrix.size()),
+              (std::is_same_v<TypeParam, basic_row_major> ? Plain{0, 1, 2, 10, 11, 12} : Plain{0, 10, 1, 11, 2, 12}));
     auto copy = matrix;
     copy(1, 1) = -1;
-    EXPECT_EQ(matrix(1, 1), -1);
+    EXPECT_EQ(matrix, copy);
     EXPECT_FALSE(matrix == original);
+    copy(1, 1) = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_FALSE(matrix == copy);
     copy(1, 1) = 11;
+    copy(0, 0) = -0.0;
     EXPECT_EQ(matrix, original);
-
     // Also to the extents that it has: who resizes is about to write.
-    for (const auto& [size1, size2] : {std::pair{3u, 4u}, {4u, 3u}, {1u, 1u}, {0u, 7u}, {90u, 50u}}) {
+    for (const auto& [size1, size2] : {std::pair{2u, 3u}, {3u, 2u}, {1u, 1u}, {0u, 7u}, {90u, 50u}}) {
         auto resized = matrix;
         resized.resize(size1, size2);
         ASSERT_EQ(resized.size(), std::size_t{size1} * size2);
@@ -82,44 +73,31 @@ TYPED_TEST(MatrixOf, CopiesShareClonesDoNotAndResizingLeavesTheOthersAlone) {
     }
     const double* const storage = copy.data();
     matrix = {};
-    copy.resize(4, 3);
+    copy.resize(3, 2);
     EXPECT_EQ(copy.data(), storage) << "nobody shares it any more, and it has the size";
-
     const auto moved = std::move(copy);
-    EXPECT_EQ(copy.size(), 0u);
-    EXPECT_EQ(copy, (Matrix<double, TypeParam>()));
+    EXPECT_EQ(copy, matrix);
     EXPECT_EQ(moved.data(), storage);
 }
 
-TYPED_TEST(MatrixOf, EqualityIsThatOfValues) {
-    EXPECT_FALSE((Matrix<int, TypeParam>(0, 3) == Matrix<int, TypeParam>(3, 0)));
-    auto matrix = this->template Filled<double>(2, 2);
-    auto other = matrix.Clone();
-    matrix(0, 0) = 0.0;
-    other(0, 0) = -0.0;
-    EXPECT_EQ(matrix, other);
-    matrix(0, 0) = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_FALSE(matrix == matrix);
-}
-
 TYPED_TEST(MatrixOf, ImpossibleSizesAreRefusedAndChangeNothing) {
+    using Numbers = Matrix<double, TypeParam>;
     const std::size_t half = std::size_t{1} << 32;
-    const std::size_t most = std::numeric_limits<std::size_t>::max();
-    auto matrix = this->template Filled<double>(2, 2);
-    const auto original = matrix.Clone();
     for (const auto& [size1, size2] :
          {std::pair{half, half}, {half, half / 16}, {most, std::size_t{1}}, {std::size_t{2}, most}, {most, most}}) {
-        EXPECT_THROW((Matrix<double, TypeParam>(size1, size2)), std::length_error);
-        EXPECT_THROW(matrix.resize(size1, size2), std::length_error);
-        EXPECT_EQ(matrix, original);
+        EXPECT_THROW(Numbers(size1, size2), std::length_error);
+        EXPECT_THROW(this->m_matrix.resize(size1, size2), std::length_error);
+        EXPECT_EQ(this->m_matrix, this->m_original);
     }
-    EXPECT_EQ((Matrix<double, TypeParam>(most, 0)).size(), 0u);
+    EXPECT_EQ(Numbers(most, 0).size(), 0u);
+    EXPECT_FALSE(Numbers(0, 3) == Numbers(3, 0));
 }
 
 TYPED_TEST(MatrixOf, BlocksAreAligned) {
-    for (const std::size_t kibibytes : {1u, 4095u, 4096u, 5000u, 8192u}) {
+    for (const std::size_t kibibytes : {1u, 4095u, 4096u, 5000u}) {
         Matrix<std::complex<double>, TypeParam> matrix(kibibytes, 64);
-        EXPECT_EQ(AddressOf(matrix.data()) % (kibibytes >= 4096 ? 2 * mebibyte : 64), 0u) << kibibytes;
+        const std::size_t alignment = kibibytes >= 4096 ? std::size_t{2} << 20 : 64;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(matrix.data()) % alignment, 0u) << kibibytes;
         matrix(kibibytes - 1, 63) = {1, 2};
         EXPECT_EQ(matrix.data()[matrix.size() - 1], (std::complex<double>{1, 2}));
     }
@@ -128,11 +106,9 @@ TYPED_TEST(MatrixOf, BlocksAreAligned) {
 TYPED_TEST(MatrixOf, ElementsAreMadeAndDestroyedOnce) {
     {
         Matrix<Counted, TypeParam> matrix(3, 5);
-        EXPECT_EQ(Counted::alive, 15);
         const auto copy = matrix;
         EXPECT_EQ(Counted::alive, 15);
         const auto clone = copy.Clone();
-        EXPECT_EQ(Counted::alive, 30);
         matrix.resize(2, 2);
         EXPECT_EQ(Counted::alive, 34);
         Counted::limit = 40;
@@ -142,28 +118,22 @@ TYPED_TEST(MatrixOf, ElementsAreMadeAndDestroyedOnce) {
         EXPECT_EQ(matrix.size1(), 2u);
     }
     EXPECT_EQ(Counted::alive, 0);
-    EXPECT_EQ((Matrix<std::string, TypeParam>(2, 2)(1, 1)), "");
-}
-
-template <class T>
-T ElementOf(int number) {
-    if constexpr (std::is_same_v<T, std::string>)
-        return std::string(static_cast<std::size_t>(number), 'x');
-    else
-        return static_cast<T>(number % 2);
 }
 
 template <class T>
 class VectorOf : public testing::Test {};
-using Elements = testing::Types<bool, std::uint8_t, double, std::string>;
+using Elements = testing::Types<bool, std::uint8_t, std::string>;
 TYPED_TEST_SUITE(VectorOf, Elements);
 
 TYPED_TEST(VectorOf, ResizingKeepsTheLeadingElementsAndTheOtherCopies) {
-    Vector<TypeParam> vector;
-    EXPECT_EQ(vector.begin(), vector.end());
-    vector.resize(5);
-    for (int index = 0; index < 5; ++index)
-        vector[static_cast<std::size_t>(index)] = ElementOf<TypeParam>(index);
+    TypeParam other{};
+    if constexpr (std::is_same_v<TypeParam, std::string>)
+        other = "longer than what a string holds by itself";
+    else
+        other = true;
+    Vector<TypeParam> vector(5);
+    for (std::size_t index = 0; index < 5; ++index)
+        vector[index] = index % 3 == 1 ? other : TypeParam();
     const Vector<TypeParam> original = vector.Clone();
     const Vector<TypeParam> copy = vector;
     EXPECT_EQ(copy.data(), vector.data());
@@ -172,14 +142,13 @@ TYPED_TEST(VectorOf, ResizingKeepsTheLeadingElementsAndTheOtherCopies) {
         ASSERT_EQ(vector.size(), count);
         for (std::size_t index = 0; index < std::min<std::size_t>(count, 5); ++index)
             EXPECT_EQ(vector[index], original[index]);
-        vector[0] = ElementOf<TypeParam>(1);
+        vector[0] = other;
         EXPECT_EQ(copy, original);
-        EXPECT_FALSE(vector == original);
-        vector[0] = ElementOf<TypeParam>(0);
+        vector[0] = TypeParam();
     }
     vector.resize(0);
     EXPECT_EQ(vector, Vector<TypeParam>());
-    EXPECT_THROW(vector.resize(std::numeric_limits<std::size_t>::max()), std::length_error);
+    EXPECT_THROW(vector.resize(most), std::length_error);
 }
 
 } // namespace

@@ -46,9 +46,7 @@ void FaultyFileSystem::ResetCounts() {
     m_faultsByKind = {};
 }
 
-int FaultyFileSystem::FaultsMade() const {
-    return std::accumulate(m_faultsByKind.begin(), m_faultsByKind.end(), 0);
-}
+int FaultyFileSystem::FaultsMade() const { return std::accumulate(m_faultsByKind.begin(), m_faultsByKind.end(), 0); }
 
 std::optional<EFault> FaultyFileSystem::Meet(ECall call) {
     ++m_callsMade;
@@ -105,9 +103,7 @@ FileStatus FaultyFileSystem::Reserve(FileHandle handle, std::uint64_t size) {
     return failure ? *failure : m_next.Reserve(handle, size);
 }
 
-FileStatus FaultyFileSystem::Sync(FileHandle) {
-    return Failure(ECall::eSYNC).value_or(FileStatus{});
-}
+FileStatus FaultyFileSystem::Sync(FileHandle) { return Failure(ECall::eSYNC).value_or(FileStatus{}); }
 
 FileStatus FaultyFileSystem::GetInfo(FileHandle handle, FileInfo& info) {
     const auto failure = Failure(ECall::eINFO);

@@ -35,9 +35,7 @@ FileOpening OpeningOf(bool readOnly, int openMode) {
 
 BinaryFileStream::BinaryFileStream() = default;
 
-BinaryFileStream::~BinaryFileStream() {
-    CloseFile();
-}
+BinaryFileStream::~BinaryFileStream() { CloseFile(); }
 
 bool BinaryFileStream::Open(const std::string& fileName, bool readOnly, int openMode) {
     CloseFile();
@@ -184,9 +182,7 @@ void BinaryFileStream::SetSize(std::uint64_t size) {
     m_knownSize = size;
 }
 
-void BinaryFileStream::SetEndOfFile() {
-    SetSize(m_writePosition);
-}
+void BinaryFileStream::SetEndOfFile() { SetSize(m_writePosition); }
 
 void BinaryFileStream::Sync() {
     RequireOpen(false);
@@ -202,9 +198,7 @@ void BinaryFileStream::NoteIdentity() {
     m_changedHere = false;
 }
 
-void BinaryFileStream::MoveToEnd() {
-    m_readPosition = m_writePosition = m_knownSize;
-}
+void BinaryFileStream::MoveToEnd() { m_readPosition = m_writePosition = m_knownSize; }
 
 void BinaryFileStream::TakeOver(BinaryFileStream& other) {
     std::swap(m_handle, other.m_handle);

@@ -11,9 +11,7 @@ BoundedInputStream::BoundedInputStream(BinaryInputStream& source, std::uint64_t 
     NarrowWindow();
 }
 
-BoundedInputStream::~BoundedInputStream() {
-    ReturnWindow();
-}
+BoundedInputStream::~BoundedInputStream() { ReturnWindow(); }
 
 void BoundedInputStream::ReturnWindow() {
     // Without a window the source's own cursor is the true one: there was none, or a read in the source failed.
@@ -60,9 +58,7 @@ BoundedOutputStream::BoundedOutputStream(BinaryOutputStream& target, std::uint64
     NarrowWindow();
 }
 
-BoundedOutputStream::~BoundedOutputStream() {
-    ReturnWindow();
-}
+BoundedOutputStream::~BoundedOutputStream() { ReturnWindow(); }
 
 void BoundedOutputStream::ReturnWindow() {
     if (WindowBegin() != nullptr)

@@ -29,13 +29,9 @@ std::uint64_t BufferedInputStream::DoRead(void* destination, std::uint64_t size)
     return taken;
 }
 
-std::uint64_t BufferedInputStream::DoSkip(std::uint64_t size) {
-    return m_source.SkipSome(size);
-}
+std::uint64_t BufferedInputStream::DoSkip(std::uint64_t size) { return m_source.SkipSome(size); }
 
-std::optional<std::uint64_t> BufferedInputStream::DoBytesLeft() const {
-    return m_source.BytesLeft();
-}
+std::optional<std::uint64_t> BufferedInputStream::DoBytesLeft() const { return m_source.BytesLeft(); }
 
 BufferedOutputStream::BufferedOutputStream(BinaryOutputStream& target, std::uint64_t bufferSize)
     : m_target(target), m_bufferSize(std::max<std::uint64_t>(bufferSize, 1)), m_buffer(AllocateBuffer(m_bufferSize)) {

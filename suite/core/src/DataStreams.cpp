@@ -46,7 +46,7 @@ void DataOutputStream::Write(std::string_view value) {
     if (value.size() > std::numeric_limits<std::uint32_t>::max())
         Error::RaiseError(
             OutOfRangeError(FormatText("A string of %1% bytes is longer than the stored form allows (%2% bytes)",
-                                          {value.size(), std::numeric_limits<std::uint32_t>::max()})),
+                                       {value.size(), std::numeric_limits<std::uint32_t>::max()})),
             QOR_CODE_CONTEXT("DataOutputStream"), "Qor.Core.DataOutputStream");
     Write(static_cast<std::uint32_t>(value.size()));
     m_stream.Write(value.data(), value.size());

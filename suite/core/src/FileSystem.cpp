@@ -21,8 +21,6 @@ FileSystem& FileSystem::Current() {
 FileSystem::ScopedReplacement::ScopedReplacement(FileSystem& substitute)
     : m_former(replacement.exchange(&substitute, std::memory_order_acq_rel)) {}
 
-FileSystem::ScopedReplacement::~ScopedReplacement() {
-    replacement.store(m_former, std::memory_order_release);
-}
+FileSystem::ScopedReplacement::~ScopedReplacement() { replacement.store(m_former, std::memory_order_release); }
 
 } // namespace Qor::Core

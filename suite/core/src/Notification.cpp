@@ -160,9 +160,7 @@ void NotificationSupport::Broadcast(const std::function<void(NotificationListene
 
 NotificationListener::NotificationListener() = default;
 
-NotificationListener::~NotificationListener() {
-    Unregister();
-}
+NotificationListener::~NotificationListener() { Unregister(); }
 
 void NotificationListener::Remember(const std::shared_ptr<NotificationSupport::Registration>& registration) {
     const std::lock_guard lock(m_mutex);

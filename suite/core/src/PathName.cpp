@@ -9,13 +9,9 @@ std::string PathName::GetExtension() const {
     return withDot.empty() ? withDot : withDot.substr(1);
 }
 
-std::string PathName::GetFileName() const {
-    return FromNative(ToNative(*this).filename()).ToString();
-}
+std::string PathName::GetFileName() const { return FromNative(ToNative(*this).filename()).ToString(); }
 
-PathName PathName::GetDirectory() const {
-    return FromNative(ToNative(*this).parent_path());
-}
+PathName PathName::GetDirectory() const { return FromNative(ToNative(*this).parent_path()); }
 
 PathName PathName::GetAbsolute() const {
     std::error_code error;
@@ -33,8 +29,6 @@ bool PathName::IsFile() const {
     return fs::is_regular_file(ToNative(*this), error);
 }
 
-PathName PathName::operator/(const PathName& below) const {
-    return FromNative(ToNative(*this) / ToNative(below));
-}
+PathName PathName::operator/(const PathName& below) const { return FromNative(ToNative(*this) / ToNative(below)); }
 
 } // namespace Qor::Core

@@ -48,9 +48,7 @@ std::optional<std::uint64_t> BinaryInputStream::BytesLeft() const {
     return behind ? std::optional(*behind + WindowSize()) : std::nullopt;
 }
 
-std::optional<std::uint64_t> BinaryInputStream::DoBytesLeft() const {
-    return std::nullopt;
-}
+std::optional<std::uint64_t> BinaryInputStream::DoBytesLeft() const { return std::nullopt; }
 
 BinaryOutputStream::~BinaryOutputStream() = default;
 

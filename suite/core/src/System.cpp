@@ -12,9 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // Greedy with one point of return, the last '*': linear in practice and never exponential.
 bool Fits(std::string_view name, std::string_view pattern) {

@@ -13,9 +13,7 @@ namespace {
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
 
-constexpr bool IsHuge(std::size_t bytes) {
-    return bytes >= 4 * mebibyte;
-}
+constexpr bool IsHuge(std::size_t bytes) { return bytes >= 4 * mebibyte; }
 constexpr std::align_val_t AlignmentOf(std::size_t bytes) {
     return std::align_val_t(IsHuge(bytes) ? 2 * mebibyte : 64);
 }
@@ -38,8 +36,6 @@ void* AllocateBlock(std::size_t bytes) {
     return block;
 }
 
-void FreeBlock(void* block, std::size_t bytes) noexcept {
-    ::operator delete(block, AlignmentOf(bytes));
-}
+void FreeBlock(void* block, std::size_t bytes) noexcept { ::operator delete(block, AlignmentOf(bytes)); }
 
 } // namespace Qor::Nalix

@@ -27,7 +27,7 @@ struct CodeContext {
 #endif
 /// The place where it stands, in the source of the given name.
 #define QOR_CODE_CONTEXT(sourceName)                                                                                   \
-    (::Qor::Core::CodeContext{QOR_SIGNATURE, static_cast<const char*>(__func__), (sourceName),                        \
+    (::Qor::Core::CodeContext{QOR_SIGNATURE, static_cast<const char*>(__func__), (sourceName),                         \
                               static_cast<std::uint32_t>(__LINE__)})
 
 /// How grave an alert is.
@@ -66,7 +66,9 @@ public:
     void SetOrigin(CodeContext context, std::string category, std::uint32_t severity);
     void AddToCallStack(CodeContext context) { m_callStack.push_back(std::move(context)); }
     void AddToUnwindStack(CodeContext context) { m_unwindStack.push_back(std::move(context)); }
-    void AddVariable(std::string name, std::string value) { m_variables.push_back({std::move(name), std::move(value)}); }
+    void AddVariable(std::string name, std::string value) {
+        m_variables.push_back({std::move(name), std::move(value)});
+    }
 
     /// Severity, category, text and variables on one line, for logs.
     std::string ToString() const;

@@ -11,9 +11,9 @@ class LockSet;
 
 /// What readers accept. Too big is an error before anything is allocated.
 struct ReadLimits {
-    std::uint32_t nesting = 256;                      ///< levels of containers, the root being the first
-    std::uint32_t nameBytes = 64 * 1024;              ///< class names, versions, module names
-    std::uint32_t keyBytes = 1024 * 1024;             ///< keys of entries
+    std::uint32_t nesting = 256;                       ///< levels of containers, the root being the first
+    std::uint32_t nameBytes = 64 * 1024;               ///< class names, versions, module names
+    std::uint32_t keyBytes = 1024 * 1024;              ///< keys of entries
     std::uint64_t paddingBytes = 256u * 1024u * 1024u; ///< zero bytes that a writer adds to a block that fell short
 };
 

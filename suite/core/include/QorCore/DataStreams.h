@@ -15,7 +15,7 @@ namespace Qor::Core {
 static_assert(std::endian::native == std::endian::little, "stored values are little-endian");
 
 template <class T>
-concept StoredNumber = (std::integral<T> || std::floating_point<T>) && !std::same_as<T, long> &&
+concept StoredNumber = (std::integral<T> || std::floating_point<T>)&&!std::same_as<T, long> &&
                        !std::same_as<T, unsigned long> && !std::same_as<T, wchar_t> && !std::same_as<T, long double>;
 /// The 64-bit integers of this platform, which may be spelled `long`.
 template <class T>
@@ -28,7 +28,7 @@ public:
     explicit DataInputStream(BinaryInputStream& stream) : m_stream(stream) {}
 
     template <class T>
-        requires StoredNumber<T> || StoredInteger64<T>
+    requires StoredNumber<T> || StoredInteger64<T>
     [[nodiscard]] bool Read(T& value) {
         if constexpr (std::same_as<T, bool>) {
             std::uint8_t byte = 0;
@@ -57,7 +57,7 @@ public:
     explicit DataOutputStream(BinaryOutputStream& stream) : m_stream(stream) {}
 
     template <class T>
-        requires StoredNumber<T> || StoredInteger64<T>
+    requires StoredNumber<T> || StoredInteger64<T>
     void Write(T value) {
         if constexpr (std::same_as<T, bool>)
             Write(static_cast<std::uint8_t>(value ? 1 : 0));

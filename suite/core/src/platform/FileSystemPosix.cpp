@@ -47,13 +47,9 @@ FileStatus StatusOf(int number) {
     }
 }
 
-FileStatus StatusIf(bool ok) {
-    return StatusOf(ok ? 0 : errno);
-}
+FileStatus StatusIf(bool ok) { return StatusOf(ok ? 0 : errno); }
 
-int Descriptor(FileHandle handle) {
-    return static_cast<int>(handle);
-}
+int Descriptor(FileHandle handle) { return static_cast<int>(handle); }
 
 void Translate(const struct stat& raw, FileInfo& info) {
     info.device = static_cast<std::uint64_t>(raw.st_dev);
@@ -192,9 +188,7 @@ public:
         return StatusIf(::rename(from.ToString().c_str(), to.ToString().c_str()) == 0);
     }
 
-    FileStatus Remove(const PathName& path) override {
-        return StatusIf(::unlink(path.ToString().c_str()) == 0);
-    }
+    FileStatus Remove(const PathName& path) override { return StatusIf(::unlink(path.ToString().c_str()) == 0); }
 
     FileStatus SyncDirectory(const PathName& directory) override {
         const int descriptor = ::open(directory.ToString().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

@@ -42,13 +42,9 @@ FileStatus StatusOf(DWORD number) {
     }
 }
 
-FileStatus StatusIf(BOOL ok) {
-    return StatusOf(ok ? ERROR_SUCCESS : GetLastError());
-}
+FileStatus StatusIf(BOOL ok) { return StatusOf(ok ? ERROR_SUCCESS : GetLastError()); }
 
-HANDLE Raw(FileHandle handle) {
-    return reinterpret_cast<HANDLE>(handle);
-}
+HANDLE Raw(FileHandle handle) { return reinterpret_cast<HANDLE>(handle); }
 
 /// The name for wide calls. Long ones need the prefix that lifts the limit of 260 characters.
 std::wstring Wide(const PathName& path) {
@@ -110,9 +106,7 @@ OVERLAPPED At(std::uint64_t position) {
     return at;
 }
 
-bool Exists(const std::wstring& path) {
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
+bool Exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
 /// One attempt. `ReplaceFileW` keeps access rights, attributes and streams of the file that is replaced; with some of
 /// its failures that file stands under the backup's name only, and without a backup's name it would be gone.

@@ -15,9 +15,7 @@
 
 namespace Qor::Core {
 
-std::uint64_t System::GetPageSize() {
-    return static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
-}
+std::uint64_t System::GetPageSize() { return static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)); }
 
 PathName System::GetProcessDirectory() {
     const std::filesystem::path self("/proc/self/exe");
@@ -29,9 +27,7 @@ PathName System::GetProcessDirectory() {
     return FromNative(executable.parent_path());
 }
 
-std::uint64_t System::GetProcessNumber() {
-    return static_cast<std::uint64_t>(::getpid());
-}
+std::uint64_t System::GetProcessNumber() { return static_cast<std::uint64_t>(::getpid()); }
 
 bool System::IsProcessRunning(std::uint64_t processNumber) {
     if (processNumber == 0 || processNumber > static_cast<std::uint64_t>(std::numeric_limits<pid_t>::max()))
@@ -39,9 +35,7 @@ bool System::IsProcessRunning(std::uint64_t processNumber) {
     return ::kill(static_cast<pid_t>(processNumber), 0) == 0 || errno == EPERM;
 }
 
-std::string System::DescribeError(std::int32_t systemError) {
-    return std::generic_category().message(systemError);
-}
+std::string System::DescribeError(std::int32_t systemError) { return std::generic_category().message(systemError); }
 
 // The standard's iterator ends the program where memory is short.
 std::vector<std::string> GetNamesIn(const PathName& directory) {

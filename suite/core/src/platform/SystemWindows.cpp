@@ -28,9 +28,7 @@ PathName System::GetProcessDirectory() {
     return FromNative(std::filesystem::path(name).parent_path());
 }
 
-std::uint64_t System::GetProcessNumber() {
-    return GetCurrentProcessId();
-}
+std::uint64_t System::GetProcessNumber() { return GetCurrentProcessId(); }
 
 bool System::IsProcessRunning(std::uint64_t processNumber) {
     if (processNumber == 0 || processNumber > std::numeric_limits<DWORD>::max())
