@@ -128,7 +128,10 @@ std::uint64_t ContainerState::MeasureSize_bytes() const {
     std::uint64_t size = endMarkerSize;
     if (m_table.GetBlock())
         for (const NumberedEntry& entry : m_table.GetBlock()->entries)
-            size += Measure(&entry);
+            if (__builtin_add_overflow(size, Measure(&entry), &size))
+                Core::Error::RaiseError(
+                    Core::OutOfRangeError("The stored form of a container would have more than 2^64 bytes"),
+                    QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainer");
     frame->KeepSize(m_self.lock(), size);
     return size;
 }

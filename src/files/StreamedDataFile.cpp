@@ -26,8 +26,7 @@ void NamingFile(const std::string& fileName, Work work) {
     try {
         work();
     } catch (Core::Error& error) {
-        if (error.GetVariable("File").empty())
-            error.AddVariable("File", fileName);
+        error.SetVariable("File", fileName); // whatever file it was written through
         throw;
     }
 }

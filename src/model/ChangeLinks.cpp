@@ -32,7 +32,8 @@ void ChangeLinks::Append(const std::weak_ptr<ChangeParent>& parent, std::uint64_
     } else {
         if (!m_more)
             m_more = std::make_unique<std::vector<Link>>();
-        std::erase_if(*m_more, [](const Link& link) { return link.parent.expired(); });
+        if (m_more->size() == m_more->capacity())
+            std::erase_if(*m_more, [](const Link& link) { return link.parent.expired(); });
         m_more->push_back({parent, entry});
     }
 }

@@ -20,6 +20,15 @@ std::string AlertInfo::GetVariable(const std::string& name) const {
     return found != m_variables.end() ? found->value : std::string();
 }
 
+void AlertInfo::SetVariable(const std::string& name, std::string value) {
+    const auto found = std::find_if(m_variables.begin(), m_variables.end(),
+                                    [&](const Variable& variable) { return variable.name == name; });
+    if (found != m_variables.end())
+        found->value = std::move(value);
+    else
+        AddVariable(name, std::move(value));
+}
+
 void AlertInfo::SetOrigin(CodeContext context, std::string category, std::uint32_t severity) {
     m_context = std::move(context);
     m_category = std::move(category);

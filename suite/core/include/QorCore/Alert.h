@@ -69,6 +69,8 @@ public:
     void AddVariable(std::string name, std::string value) {
         m_variables.push_back({std::move(name), std::move(value)});
     }
+    /// Gives the variable of that name another value, or adds it.
+    void SetVariable(const std::string& name, std::string value);
 
     /// Severity, category, text and variables on one line, for logs.
     std::string ToString() const;
