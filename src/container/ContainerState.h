@@ -2,6 +2,7 @@
 
 #include "EntryTable.h"
 
+#include <QorCore/Context.h>
 #include <QorCore/Notification.h>
 
 #include <mutex>
@@ -39,7 +40,8 @@ public:
         std::vector<std::shared_ptr<const void>> m_takenOut;
     };
 
-    static constexpr std::uint32_t mostLevels = 256;
+    /// What readers accept by default, writers and builders never exceed.
+    static constexpr std::uint32_t mostLevels = Core::ReadLimits{}.nesting;
 
     static std::shared_ptr<ContainerState> Create(bool lockableByDefault, bool standsAlone = false);
     ContainerState(bool lockableByDefault, bool standsAlone);
