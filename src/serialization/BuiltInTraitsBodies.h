@@ -7,7 +7,12 @@
 #include <charconv>
 #include <type_traits>
 
-// The bodies behind `BuiltInTraits`, for the sources that instantiate it.
+// The bodies behind `BuiltInTraits`, for the sources that instantiate it: each adds `MakeSerializer` for its family and
+// then expands the family's list.
+#define TIVOR_VALUE(T, id)                                                                                             \
+    template struct BuiltInTraits<T, id>;                                                                              \
+    template class GenericWrapper<T>;                                                                                  \
+    template class Data<T>;
 
 namespace Qor::Tivor {
 

@@ -91,11 +91,6 @@ std::shared_ptr<Serializer> BuiltInTraits<T, id>::MakeSerializer(Data<T>& object
     return Details::MakePooled<id, EPooled::serializer, MatrixSerializer<T>>(object);
 }
 
-#define TIVOR_VALUE(T, id)                                                                                             \
-    template struct BuiltInTraits<T, id>;                                                                              \
-    template class GenericWrapper<T>;                                                                                  \
-    template class Data<T>;
 TIVOR_BUILT_IN_MATRICES
-#undef TIVOR_VALUE
 
 } // namespace Qor::Tivor

@@ -53,11 +53,6 @@ std::shared_ptr<Serializer> BuiltInTraits<T, id>::MakeSerializer(Data<T>& object
     return Details::MakePooled<id, EPooled::serializer, NumberSerializer<T>>(object);
 }
 
-#define TIVOR_VALUE(T, id)                                                                                             \
-    template struct BuiltInTraits<T, id>;                                                                              \
-    template class GenericWrapper<T>;                                                                                  \
-    template class Data<T>;
 TIVOR_BUILT_IN_SCALARS
-#undef TIVOR_VALUE
 
 } // namespace Qor::Tivor

@@ -52,11 +52,6 @@ std::shared_ptr<Serializer> BuiltInTraits<T, id>::MakeSerializer(Data<T>& object
     return Details::MakePooled<id, EPooled::serializer, StringSerializer<T>>(object);
 }
 
-#define TIVOR_VALUE(T, id)                                                                                             \
-    template struct BuiltInTraits<T, id>;                                                                              \
-    template class GenericWrapper<T>;                                                                                  \
-    template class Data<T>;
 TIVOR_BUILT_IN_STRINGS
-#undef TIVOR_VALUE
 
 } // namespace Qor::Tivor
