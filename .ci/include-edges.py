@@ -18,8 +18,8 @@ SEES["core"], SEES["nalix"] = {"core"}, {"nalix"}
 
 # include/Tivor is flat: the layer of each header.
 TIVOR_HEADERS = {
-    "model": "Export Fwd TypeFacts DataObject BuiltInDataObjects GenericWrapper Long32 ScalarData Serializer "
-    "XMLContentHandler",
+    "model": "Export Fwd TypeFacts DataObject BuiltInDataObjects GenericWrapper Long32 MatrixView ScalarData "
+    "Serializer XMLContentHandler",
     "serialization": "SerializationManager XMLHandler ArrayDataObjects CollectionSerialization",
     "factory": "DataObjectFactory UnboundDataObject PlugIn",
     "container": "DataContainer",

@@ -1,6 +1,7 @@
 #include "factory/BuiltInCreators.h"
 
-#include <Tivor/BuiltInDataObjects.h>
+#include <Tivor/ArrayDataObjects.h>
+#include <Tivor/CollectionSerialization.h>
 #include <Tivor/DataContainer.h>
 #include <Tivor/ScalarData.h>
 
@@ -8,9 +9,14 @@ namespace Qor::Tivor {
 
 namespace {
 
-template <class T, ETypeID id>
+template <class T>
 std::shared_ptr<DataObject> CreateValue(ETypeID, const std::string&) {
     return ValueTraits<T>::MakeData(ValueTraits<T>::CreateDefault());
+}
+
+template <class T>
+std::shared_ptr<DataObject> CreateArray(ETypeID, const std::string&) {
+    return std::make_shared<Array<T>>();
 }
 
 std::shared_ptr<DataObject> CreateScalar(ETypeID id, const std::string& className) {
@@ -21,24 +27,22 @@ std::shared_ptr<DataObject> CreateContainer(ETypeID, const std::string&) {
     return ValueTraits<DataContainer>::MakeData(DataContainer::Create());
 }
 
+constexpr auto creators = [] {
+    std::array<BuiltInCreator, builtInTypeFacts.size()> byRow{};
+#define TIVOR_VALUE(T, id, name) byRow[rowOf<T>] = &CreateValue<T>;
+    TIVOR_BUILT_IN_VALUES TIVOR_COLLECTION_VALUES
+#undef TIVOR_VALUE
+#define TIVOR_ROW(T, STEM, code, position, name) byRow[FindTypeRow(eSCALAR_ARRAY, "Array_" name)] = &CreateArray<T>;
+        TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+            for (const ETypeID kind : {eSIGNED_INTEGRAL_TYPE, eUNSIGNED_INTEGRAL_TYPE, eFLOATING_POINT_TYPE})
+                byRow[FindTypeRow(kind, "")] = &CreateScalar;
+    byRow[FindTypeRow(eDATA_CONTAINER, "")] = &CreateContainer;
+    return byRow;
+}();
+
 } // namespace
 
-const std::array<BuiltInCreator, builtInTypeFacts.size()>& GetBuiltInCreators() {
-    static const auto creators = [] {
-        std::array<BuiltInCreator, 128> byCode{};
-#define TIVOR_VALUE(T, id) byCode[id] = &CreateValue<T, id>;
-        TIVOR_BUILT_IN_VALUES
-#undef TIVOR_VALUE
-        byCode[eSIGNED_INTEGRAL_TYPE] = &CreateScalar;
-        byCode[eUNSIGNED_INTEGRAL_TYPE] = &CreateScalar;
-        byCode[eFLOATING_POINT_TYPE] = &CreateScalar;
-        byCode[eDATA_CONTAINER] = &CreateContainer;
-        std::array<BuiltInCreator, builtInTypeFacts.size()> byRow{};
-        for (std::size_t i = 0; i < byRow.size(); ++i)
-            byRow[i] = byCode[builtInTypeFacts[i].id];
-        return byRow;
-    }();
-    return creators;
-}
+const std::array<BuiltInCreator, builtInTypeFacts.size()>& GetBuiltInCreators() { return creators; }
 
 } // namespace Qor::Tivor

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <Nalix/Matrix.h>
+#include <Nalix/Vector.h>
 #include <QorCore/ObjectPool.h>
+#include <QorCore/Time.h>
+#include <QorCore/UnitizedValue.h>
 #include <Tivor/GenericWrapper.h>
 
 #include <string>
@@ -13,6 +16,17 @@ using RowMajorMatrix = Nalix::Matrix<T, Nalix::basic_row_major>;
 /// Columns one after the other; its class name is "FortranMatrix".
 template <class T>
 using ColumnMajorMatrix = Nalix::Matrix<T, Nalix::basic_column_major>;
+
+using UnitizedDouble = Core::UnitizedValue<double>;
+
+/// A complex number was read whose data is not that of two numbers.
+QOR_DECLARE_ALERT(TIVOR_API, InvalidComplexType, Core::IOError);
+
+/// The standard unit that is closest to the given one: of the same dimensions, which gives an empty pointer where there
+/// is none; with the same scale and offset, else with the same scale, else with the scale that differs by the smallest
+/// factor, either way. Among equals, the first of `Core::UnitDictionary::GetStandardUnits`.
+TIVOR_API Core::QorConstPtr<Core::UnitDescriptor>
+GetClosestStandardUnit(const Core::QorConstPtr<Core::UnitDescriptor>& unit);
 
 enum class EPooled : std::uint8_t { object, value, serializer };
 /// The pool of one built-in class, or of what goes with its objects. Pools live as long as the process.
@@ -38,21 +52,28 @@ std::shared_ptr<T> MakePooled(Arguments&&... arguments) {
 
 } // namespace Details
 
-/// Traits of the value types whose class follows from their type code.
-template <class T, ETypeID id>
+/// The position in `builtInTypeFacts` of the row that describes the class of a T.
+template <class T>
+inline constexpr std::size_t rowOf = builtInTypeFacts.size();
+
+/// Traits of the value types whose class is a row of `builtInTypeFacts`.
+template <class T>
 struct BuiltInTraits {
-    static ETypeID GetTypeID() { return id; }
-    static std::string GetTypeName() { return std::string(FindTypeFacts(id)->className); }
-    /// A matrix's element type; any other type is its own.
+    static_assert(rowOf<T> < builtInTypeFacts.size(), "no data object of this library holds such a value");
+    static constexpr const TypeFacts& facts = builtInTypeFacts[rowOf<T>];
+
+    static ETypeID GetTypeID() { return facts.id; }
+    static std::string GetTypeName() { return std::string(facts.className); }
+    /// The element type of a matrix, a vector or a collection; any other type is its own.
     static void GetBaseDataTypeInfo(ETypeID& typeID, std::string& typeName);
     static std::shared_ptr<T> Clone(const T& value) {
-        if constexpr (requires { value.Clone(); })
+        if constexpr (requires { T(value.Clone()); })
             return MakeValue(value.Clone());
         else
             return MakeValue(value);
     }
     static void Assign(T& target, const T& value) {
-        if constexpr (requires { value.Clone(); })
+        if constexpr (requires { T(value.Clone()); })
             target = value.Clone();
         else
             target = value;
@@ -60,35 +81,56 @@ struct BuiltInTraits {
     static std::shared_ptr<T> CreateDefault() { return MakeValue(T{}); }
     template <class... Arguments>
     static std::shared_ptr<T> MakeValue(Arguments&&... arguments) {
-        return Details::MakePooled<id, EPooled::value, T>(std::forward<Arguments>(arguments)...);
+        return Details::MakePooled<facts.id, EPooled::value, T>(std::forward<Arguments>(arguments)...);
     }
     template <class... Arguments>
     static std::shared_ptr<Data<T>> MakeData(Arguments&&... arguments) {
-        return Details::MakePooled<id, EPooled::object, Data<T>>(std::forward<Arguments>(arguments)...);
+        return Details::MakePooled<facts.id, EPooled::object, Data<T>>(std::forward<Arguments>(arguments)...);
     }
 
     /// NaN equals NaN: a value that nobody changed is the same value.
     static boost::logic::tribool Equal(const T& left, const T& right);
+    /// Of collections the first elements.
     static std::string ToString(const T& value);
     static std::shared_ptr<Serializer> MakeSerializer(Data<T>& object);
 };
 
-/// The value types that are data objects by this header: expands TIVOR_VALUE(type, identifier) for each.
-#define TIVOR_BUILT_IN_SCALARS TIVOR_SCALAR_TYPES(TIVOR_SCALAR_VALUE)
-#define TIVOR_BUILT_IN_STRINGS TIVOR_VALUE(std::string, eASCII_STRING) TIVOR_VALUE(std::wstring, eUNICODE_STRING)
-#define TIVOR_BUILT_IN_MATRICES TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_MATRIX_VALUES)
-#define TIVOR_BUILT_IN_VALUES TIVOR_BUILT_IN_SCALARS TIVOR_BUILT_IN_STRINGS TIVOR_BUILT_IN_MATRICES
+/// The value types that are data objects by this header: expands TIVOR_VALUE(type, identifier, class name) for each.
+#define TIVOR_SCALAR_VALUES TIVOR_SCALAR_TYPES(TIVOR_PLAIN_VALUE)
+#define TIVOR_COMPLEX_VALUES TIVOR_COMPLEX_TYPES(TIVOR_COMPLEX_VALUE)
+#define TIVOR_STRING_VALUES TIVOR_STRING_TYPES(TIVOR_PLAIN_VALUE)
+#define TIVOR_CORE_VALUES                                                                                              \
+    TIVOR_VALUE(Core::Time, eTIME, )                                                                                   \
+    TIVOR_VALUE(Core::Elapse, eELAPSE, )                                                                               \
+    TIVOR_VALUE(Core::Error, eERROR, )                                                                                 \
+    TIVOR_VALUE(Core::UnitDescriptor, eUNIT_DESCRIPTOR, )                                                              \
+    TIVOR_VALUE(UnitizedDouble, eUNITIZED_VALUE, )
+#define TIVOR_VECTOR_VALUES                                                                                            \
+    TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_VECTOR_VALUE)                                                                     \
+    TIVOR_VALUE(Nalix::Vector<UnitizedDouble>, eVECTOR_UNITIZED, )
+#define TIVOR_MATRIX_VALUES TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_MATRIX_VALUE)
+#define TIVOR_BUILT_IN_VALUES                                                                                          \
+    TIVOR_SCALAR_VALUES TIVOR_COMPLEX_VALUES TIVOR_STRING_VALUES TIVOR_CORE_VALUES TIVOR_VECTOR_VALUES                 \
+        TIVOR_MATRIX_VALUES
 
-#define TIVOR_SCALAR_VALUE(T, STEM, code, position, name) TIVOR_VALUE(T, e##STEM)
-#define TIVOR_MATRIX_VALUES(T, STEM, code, position, name)                                                             \
-    TIVOR_VALUE(RowMajorMatrix<T>, eMATRIX_##STEM) TIVOR_VALUE(ColumnMajorMatrix<T>, eFORTRAN_MATRIX_##STEM)
+#define TIVOR_PLAIN_VALUE(T, STEM, code, position, name) TIVOR_VALUE(T, e##STEM, name)
+#define TIVOR_COMPLEX_VALUE(T, name) TIVOR_VALUE(std::complex<T>, eCOMPLEX, name)
+#define TIVOR_VECTOR_VALUE(T, STEM, code, position, name) TIVOR_VALUE(Nalix::Vector<T>, eVECTOR_##STEM, )
+#define TIVOR_MATRIX_VALUE(T, STEM, code, position, name)                                                              \
+    TIVOR_VALUE(RowMajorMatrix<T>, eMATRIX_##STEM, )                                                                   \
+    TIVOR_VALUE(ColumnMajorMatrix<T>, eFORTRAN_MATRIX_##STEM, )
 
-#define TIVOR_VALUE(T, id)                                                                                             \
-    extern template struct TIVOR_API BuiltInTraits<T, id>;                                                             \
+/// What a header says of one value type; its instantiations stand in one source of the library.
+#define TIVOR_DECLARE_VALUE(T, id, name)                                                                               \
     template <>                                                                                                        \
-    struct ValueTraits<T> : BuiltInTraits<T, id> {};                                                                   \
+    inline constexpr std::size_t rowOf<T> = FindTypeRow(id, "" name);                                                  \
+    extern template struct TIVOR_API BuiltInTraits<T>;                                                                 \
+    template <>                                                                                                        \
+    struct ValueTraits<T> : BuiltInTraits<T> {};                                                                       \
     extern template class TIVOR_API GenericWrapper<T>;                                                                 \
     extern template class TIVOR_API Data<T>;
+
+#define TIVOR_VALUE TIVOR_DECLARE_VALUE
 TIVOR_BUILT_IN_VALUES
 #undef TIVOR_VALUE
 

@@ -136,7 +136,8 @@ public:
     void Put(const std::string& key, const wchar_t* text, bool enableSerialization = true,
              boost::logic::tribool lockable = boost::logic::indeterminate);
 
-    /// Stores a new data object that holds the value: a deep copy, or, of a temporary, the value itself.
+    /// Stores a new data object that holds the value: a deep copy, or, of a temporary, the value itself. The standard
+    /// collections need `CollectionSerialization.h`.
     template <class T>
     void PutValue(const std::string& key, const T& value) {
         PutMade(key, MakeData(value));
@@ -152,21 +153,20 @@ public:
         const std::shared_ptr<const T> value = GetPtr<T>(key);
         if (!value)
             return std::nullopt;
-        if constexpr (requires { value->Clone(); })
+        if constexpr (requires { T(value->Clone()); })
             return value->Clone();
         else
             return *value;
     }
-    /// The value under the key, shared with its object, or an empty pointer.
+    /// The value under the key, shared with its object, or an empty pointer. For a T that is a data object itself, as
+    /// `Array<double>` or `ScalarData`, the object.
     template <class T>
     std::shared_ptr<T> GetPtr(const std::string& key) {
-        const auto object = std::dynamic_pointer_cast<GenericWrapper<T>>(Get(key));
-        return object ? object->GetData() : nullptr;
+        return GetPtrFrom<T>(Get(key));
     }
     template <class T>
     Core::QorConstPtr<T> GetPtr(const std::string& key) const {
-        const auto object = std::dynamic_pointer_cast<const GenericWrapper<T>>(Get(key));
-        return object ? object->GetData() : nullptr;
+        return GetPtrFrom<const T>(Get(key));
     }
 
     bool IsEmpty() const { return NumDataObjects() == 0; }
@@ -224,6 +224,18 @@ private:
     friend class DataContainerWrapper;
     friend class DataContainerSerializer;
     class HookCaller;
+
+    template <class T, class Object>
+    static std::shared_ptr<T> GetPtrFrom(const std::shared_ptr<Object>& found) {
+        if constexpr (std::is_base_of_v<DataObject, T>) {
+            return std::dynamic_pointer_cast<T>(found);
+        } else {
+            using Wrapper = GenericWrapper<std::remove_const_t<T>>;
+            const auto object =
+                std::dynamic_pointer_cast<std::conditional_t<std::is_const_v<T>, const Wrapper, Wrapper>>(found);
+            return object ? object->GetData() : nullptr;
+        }
+    }
 
     void PutMade(const std::string& key, std::shared_ptr<MutexLockableDataObject> object);
     void PutAll(Iterator entry);

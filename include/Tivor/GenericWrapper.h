@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QorCore/LockSet.h>
 #include <QorCore/Pointers.h>
 #include <Tivor/DataObject.h>
 #include <Tivor/Serializer.h>
@@ -23,6 +22,14 @@ namespace Qor::Tivor {
 /// * containers, which guard themselves against other threads: `static constexpr bool guardsItself = true`.
 template <class T>
 struct ValueTraits;
+
+namespace Details {
+
+/// The locks of both objects, taken as one set: two threads that compare in opposite order do not block each other.
+TIVOR_API std::vector<std::shared_ptr<Core::Lock>> LockBoth(const DataObject& one, const DataObject& other);
+[[noreturn]] TIVOR_API void RaiseNoValue(const DataObject& object);
+
+} // namespace Details
 
 /// Holds a T by shared pointer and gives it the protocol of a data object, but no serializer. Empty means no value.
 ///
@@ -178,11 +185,7 @@ boost::logic::tribool GenericWrapper<T>::HoldsSameValueAs(const DataObject& othe
     const auto* same = dynamic_cast<const GenericWrapper*>(&other);
     if (same == nullptr)
         return false;
-    std::vector<std::shared_ptr<Core::Lock>> locks;
-    Core::LockSet::Acquire(locks, [&] {
-        this->AcquireLocks(locks);
-        same->AcquireLocks(locks);
-    });
+    const auto locks = Details::LockBoth(*this, *same);
     const auto& mine = LoadData();
     const auto& theirs = same->LoadData();
     if (mine == theirs)
@@ -230,9 +233,7 @@ void Data<T, Wrapper>::Change(InPlace inPlace, Make make) {
 template <class T, class Wrapper>
 const T& Data<T, Wrapper>::GetValue() const {
     if (this->IsEmpty())
-        Core::Error::RaiseError(
-            Core::NullPointerError("GetValue() called on an empty object of type " + this->GetTypeName()),
-            QOR_CODE_CONTEXT("DataObject"), "Qor.Tivor.Data.GetValue");
+        Details::RaiseNoValue(*this);
     return static_cast<const T&>(*this->m_data);
 }
 

@@ -4,6 +4,8 @@
 #include <Tivor/Serializer.h>
 
 #include <cstddef>
+#include <optional>
+#include <type_traits>
 
 namespace Qor::Tivor {
 
@@ -32,7 +34,8 @@ public:
 
     ETypeID GetTypeID() override;
     std::string GetTypeName() const override;
-    /// True for the native types of the object's kind and width.
+    /// True for the native types of the object's kind and width, and for the type that is registered under the object's
+    /// class name.
     bool HoldsType(const std::type_info& type) const override;
     /// Same class name and kind.
     bool HoldsSameTypeAs(const DataObject& other) const override;
@@ -56,6 +59,13 @@ public:
     template <class T>
     void SetValue(T value);
 
+    /// Makes `className` the name of a type of numbers, in general an enumeration, so that its scalars are recognised
+    /// after they were stored; names are the same on every platform, unlike those that compilers give. Raises
+    /// `LogicError`, changing nothing, when the type has another name or the name another type.
+    static void RegisterType(const std::type_info& type, const std::string& className);
+    /// The registered name, or the empty string.
+    static std::string GetRegisteredName(const std::type_info& type);
+
     /// The width in bytes; 0 while there is no value.
     std::uint64_t GetSize_bytes() const { return m_size; }
 
@@ -70,6 +80,12 @@ private:
     std::uint64_t m_size = 0;
     std::shared_ptr<ScalarSerializer> m_serializer;
 };
+
+namespace Details {
+TIVOR_API std::shared_ptr<ScalarData> MakeEnumScalar(const std::type_info& type, bool isSigned, std::size_t width,
+                                                     std::int64_t number);
+TIVOR_API std::int64_t GetEnumNumber(const ScalarData& scalar, bool isSigned, std::size_t width);
+} // namespace Details
 
 /// Writes the raw little-endian bytes of the number. The width is the declared data size.
 class TIVOR_API ScalarData::ScalarSerializer : public Serializer {
@@ -91,5 +107,24 @@ public:
 private:
     ScalarData& m_object;
 };
+
+/// A scalar that holds a value of a registered enumeration, with the width and the sign of its underlying type. Raises
+/// `LogicError` for an enumeration that is not registered (`ScalarData::RegisterType`).
+template <class E>
+requires std::is_enum_v<E> std::shared_ptr<ScalarData> MakeScalar(E value) {
+    using Number = std::underlying_type_t<E>;
+    return Details::MakeEnumScalar(typeid(E), std::is_signed_v<Number>, sizeof(Number),
+                                   static_cast<std::int64_t>(value));
+}
+
+/// The value of a registered enumeration that a scalar holds, or empty when it holds another type. Raises
+/// `OutOfRangeError` for a number that the underlying type does not have.
+template <class E>
+requires std::is_enum_v<E> std::optional<E> GetEnum(const ScalarData& scalar) {
+    using Number = std::underlying_type_t<E>;
+    if (!scalar.HoldsType(typeid(E)))
+        return std::nullopt;
+    return static_cast<E>(Details::GetEnumNumber(scalar, std::is_signed_v<Number>, sizeof(Number)));
+}
 
 } // namespace Qor::Tivor

@@ -35,40 +35,37 @@ namespace Qor::Tivor {
 /// The eleven element types of matrices, in both storage orders: X(type, STEM, -, position, -).
 #define TIVOR_MATRIX_ELEMENT_TYPES(X) TIVOR_NUMERIC_TYPES(X) X(std::complex<double>, COMPLEX, 0, 10, "")
 
-/// The thirteen element types of scalar arrays: X(name).
-#define TIVOR_ARRAY_ELEMENT_NAMES(X)                                                                                   \
-    X("int8")                                                                                                          \
-    X("uint8")                                                                                                         \
-    X("int16")                                                                                                         \
-    X("uint16")                                                                                                        \
-    X("int32")                                                                                                         \
-    X("uint32")                                                                                                        \
-    X("long")                                                                                                          \
-    X("ulong")                                                                                                         \
-    X("float")                                                                                                         \
-    X("double")                                                                                                        \
-    X("int64")                                                                                                         \
-    X("uint64")                                                                                                        \
-    X("bool")
+/// The six complex types: X(type of both parts, class name).
+#define TIVOR_COMPLEX_TYPES(X)                                                                                         \
+    X(short, "complex_int16")                                                                                          \
+    X(int, "complex_int32")                                                                                            \
+    X(::Qor::Tivor::Long32, "complex_long")                                                                            \
+    X(std::int64_t, "complex_int64")                                                                                   \
+    X(float, "complex_float")                                                                                          \
+    X(double, "complex_double")
 
-/// The fourteen numeric element types of the standard collections: X(name). Strings and unitized values complete the
-/// seventeen.
-#define TIVOR_COLLECTION_ELEMENT_NAMES(X) TIVOR_ARRAY_ELEMENT_NAMES(X) X("schar")
+/// The thirteen element types of scalar arrays: X as in `TIVOR_SCALAR_TYPES`.
+#define TIVOR_ARRAY_ELEMENT_TYPES(X) TIVOR_SCALAR_TYPES(X) X(::Qor::Tivor::ULong32, ULONG, 9, 0, "ulong")
+
+/// The fourteen numeric element types of the standard collections. Strings and unitized values complete the seventeen.
+#define TIVOR_COLLECTION_NUMBER_TYPES(X) TIVOR_ARRAY_ELEMENT_TYPES(X) X(signed char, INT8, 2, 0, "schar")
+
+/// The two string types: X(type, STEM, code, -, class name).
+#define TIVOR_STRING_TYPES(X)                                                                                          \
+    X(std::string, ASCII_STRING, 21, 0, "AsciiString")                                                                 \
+    X(std::wstring, UNICODE_STRING, 22, 0, "UnicodeString")
 
 /// The type identifier of a data object. The low seven bits are the type code of the binary header; bit 7 of a stored
 /// code is a flag that readers mask off.
 enum ETypeID : std::uint32_t {
     eNO_TYPE = 0,
 #define TIVOR_ROW(T, STEM, code, position, name) e##STEM = code,
-    TIVOR_SCALAR_TYPES(TIVOR_ROW)
+    TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW) TIVOR_STRING_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
-        eULONG = 9, ///< an element type only
-    eSIGNED_INTEGRAL_TYPE = 14,
+        eSIGNED_INTEGRAL_TYPE = 14,
     eUNSIGNED_INTEGRAL_TYPE = 15,
     eFLOATING_POINT_TYPE = 16,
     eCOMPLEX = 20,
-    eASCII_STRING = 21,
-    eUNICODE_STRING = 22,
     eTIME = 23,
     eELAPSE = 24,
     eERROR = 25,
@@ -125,15 +122,13 @@ inline constexpr auto builtInTypeFacts = std::to_array<TypeFacts>({
     {eSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
     {eUNSIGNED_INTEGRAL_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
     {eFLOATING_POINT_TYPE, "", EHeaderKind::nameCarrying, 0, EPool::large},
-    {eCOMPLEX, "complex_int16", EHeaderKind::nameCarrying, 0, EPool::none},
-    {eCOMPLEX, "complex_int32", EHeaderKind::nameCarrying, 0, EPool::none},
-    {eCOMPLEX, "complex_long", EHeaderKind::nameCarrying, 0, EPool::none},
-    {eCOMPLEX, "complex_int64", EHeaderKind::nameCarrying, 0, EPool::none},
-    {eCOMPLEX, "complex_float", EHeaderKind::nameCarrying, 0, EPool::none},
-    {eCOMPLEX, "complex_double", EHeaderKind::nameCarrying, 0, EPool::none},
-    {eASCII_STRING, "AsciiString", EHeaderKind::sized, 0, EPool::large},
-    {eUNICODE_STRING, "UnicodeString", EHeaderKind::sized, 0, EPool::large},
-    {eTIME, "QORTime", EHeaderKind::fixedSize, 9, EPool::small},
+#define TIVOR_ROW(T, name) {eCOMPLEX, name, EHeaderKind::nameCarrying, 0, EPool::none},
+    TIVOR_COMPLEX_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+#define TIVOR_ROW(T, STEM, code, position, name) {e##STEM, name, EHeaderKind::sized, 0, EPool::large},
+        TIVOR_STRING_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+            {eTIME, "QORTime", EHeaderKind::fixedSize, 9, EPool::small},
     {eELAPSE, "QORElapse", EHeaderKind::fixedSize, 9, EPool::small},
     {eERROR, "QORError", EHeaderKind::sized, 0, EPool::small},
     {eUNIT_DESCRIPTOR, "UnitDescriptor", EHeaderKind::sized, 0, EPool::small},
@@ -149,23 +144,24 @@ inline constexpr auto builtInTypeFacts = std::to_array<TypeFacts>({
     TIVOR_MATRIX_ELEMENT_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
         {eVECTOR_UNITIZED, "Vector", EHeaderKind::sized, 0, EPool::none},
-#define TIVOR_ROW(element) {eSCALAR_ARRAY, "Array_" element, EHeaderKind::nameCarrying, 0, EPool::none},
-    TIVOR_ARRAY_ELEMENT_NAMES(TIVOR_ROW)
+#define TIVOR_ROW(T, STEM, code, position, name)                                                                       \
+    {eSCALAR_ARRAY, "Array_" name, EHeaderKind::nameCarrying, 0, EPool::none},
+    TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
-#define TIVOR_SEQUENCES(id, element)                                                                                   \
-    {id, "StdVector_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                             \
-        {id, "StdList_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                           \
-        {id, "StdDeque_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                          \
-        {id, "StdSet_" element, EHeaderKind::nameCarrying, 0, EPool::none},
-#define TIVOR_ROW(element) TIVOR_SEQUENCES(eSCALAR_CONTAINER, element)
-        TIVOR_COLLECTION_ELEMENT_NAMES(TIVOR_ROW)
+#define TIVOR_SEQUENCES(id, name)                                                                                      \
+    {id, "StdVector_" name, EHeaderKind::nameCarrying, 0, EPool::none},                                                \
+        {id, "StdList_" name, EHeaderKind::nameCarrying, 0, EPool::none},                                              \
+        {id, "StdDeque_" name, EHeaderKind::nameCarrying, 0, EPool::none},                                             \
+        {id, "StdSet_" name, EHeaderKind::nameCarrying, 0, EPool::none},
+#define TIVOR_ROW(T, STEM, code, position, name) TIVOR_SEQUENCES(eSCALAR_CONTAINER, name)
+        TIVOR_COLLECTION_NUMBER_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
-#define TIVOR_ROW(element)                                                                                             \
-    TIVOR_SEQUENCES(eSTRING_CONTAINER, element){eSTRING_CONTAINER, "StdUnorderedSet_" element,                         \
-                                                EHeaderKind::nameCarrying, 0, EPool::none},                            \
-        {eSTRING_MAP, "StdMap_" element, EHeaderKind::nameCarrying, 0, EPool::none},                                   \
-        {eSTRING_MAP, "StdUnorderedMap_" element, EHeaderKind::nameCarrying, 0, EPool::none},
-            TIVOR_ROW("AsciiString") TIVOR_ROW("UnicodeString")
+#define TIVOR_ROW(T, STEM, code, position, name)                                                                       \
+    TIVOR_SEQUENCES(eSTRING_CONTAINER, name){eSTRING_CONTAINER, "StdUnorderedSet_" name, EHeaderKind::nameCarrying, 0, \
+                                             EPool::none},                                                             \
+        {eSTRING_MAP, "StdMap_" name, EHeaderKind::nameCarrying, 0, EPool::none},                                      \
+        {eSTRING_MAP, "StdUnorderedMap_" name, EHeaderKind::nameCarrying, 0, EPool::none},
+            TIVOR_STRING_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
                 TIVOR_SEQUENCES(eUNITIZED_CONTAINER, "UnitizedValue")
 #undef TIVOR_SEQUENCES
@@ -242,6 +238,15 @@ constexpr const TypeFacts* FindTypeFacts(std::uint32_t typeCode) {
     if (typeCode > 0xFF || Details::compactRows[code] < 0)
         return nullptr;
     return &builtInTypeFacts[static_cast<std::size_t>(Details::compactRows[code])];
+}
+
+/// The position of a class's row, or of none; the name is needed for the codes that carry one.
+constexpr std::size_t FindTypeRow(ETypeID id, std::string_view className) {
+    for (std::size_t i = 0; i < builtInTypeFacts.size(); ++i)
+        if (builtInTypeFacts[i].id == id &&
+            (builtInTypeFacts[i].header != EHeaderKind::nameCarrying || builtInTypeFacts[i].className == className))
+            return i;
+    return builtInTypeFacts.size();
 }
 
 /// The pool of the classes with that identifier.

@@ -1,6 +1,6 @@
-#include <QorCore/LockSet.h>
 #include <QorCore/Message.h>
 #include <QorCore/Stream.h>
+#include <Tivor/GenericWrapper.h>
 #include <Tivor/ScalarData.h>
 
 #include <cmath>
@@ -126,7 +126,8 @@ bool ScalarData::HoldsType(const std::type_info& type) const {
                  std::type_identity<short>{}, std::type_identity<unsigned short>{}, std::type_identity<int>{},
                  std::type_identity<unsigned int>{}, std::type_identity<long>{}, std::type_identity<unsigned long>{},
                  std::type_identity<long long>{}, std::type_identity<unsigned long long>{}, std::type_identity<float>{},
-                 std::type_identity<double>{});
+                 std::type_identity<double>{}) ||
+           (!m_typeName.empty() && GetRegisteredName(type) == m_typeName);
 }
 
 bool ScalarData::HoldsSameTypeAs(const DataObject& other) const {
@@ -138,11 +139,7 @@ boost::logic::tribool ScalarData::HoldsSameValueAs(const DataObject& other) {
     if (!HoldsSameTypeAs(other))
         return false;
     const auto& scalar = static_cast<const ScalarData&>(other);
-    std::vector<std::shared_ptr<Core::Lock>> locks;
-    Core::LockSet::Acquire(locks, [&] {
-        AcquireLocks(locks);
-        scalar.AcquireLocks(locks);
-    });
+    const auto locks = Details::LockBoth(*this, scalar);
     if (!m_data || !scalar.m_data)
         return !m_data && !scalar.m_data;
     return VisitNumber([&](auto left) {

@@ -2,9 +2,8 @@
 // as true.
 
 #include "BuiltInTraitsBodies.h"
+#include "ElementBlock.h"
 #include "ValueSerializer.h"
-
-#include <QorCore/DataStreams.h>
 
 namespace Qor::Tivor {
 
@@ -21,7 +20,7 @@ public:
     std::uint64_t DataFromBinary(std::uint64_t, Core::BinaryInputStream& stream) override {
         T value;
         if (const std::uint64_t got = ReadNumber(stream, value); got < sizeof(T))
-            this->RaiseEndOfStream(got, sizeof(T));
+            RaiseEndOfData(this->m_object, got, sizeof(T));
         this->m_object.SetValue(std::move(value));
         return sizeof(T);
     }
@@ -47,12 +46,13 @@ private:
 
 } // namespace
 
-template <class T, ETypeID id>
-std::shared_ptr<Serializer> BuiltInTraits<T, id>::MakeSerializer(Data<T>& object) {
-    static_assert(sizeof(T) == FindTypeFacts(id)->constantSize);
-    return Details::MakePooled<id, EPooled::serializer, NumberSerializer<T>>(object);
+template <class T>
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+    static_assert(sizeof(T) == facts.constantSize);
+    return Details::MakePooled<facts.id, EPooled::serializer, NumberSerializer<T>>(object);
 }
 
-TIVOR_BUILT_IN_SCALARS
+#define TIVOR_VALUE TIVOR_DEFINE_VALUE
+TIVOR_SCALAR_VALUES
 
 } // namespace Qor::Tivor

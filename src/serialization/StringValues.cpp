@@ -1,9 +1,8 @@
 // Data block of a string: its bytes, without count and terminator; wide strings as UTF-8.
 
 #include "BuiltInTraitsBodies.h"
+#include "ElementBlock.h"
 #include "ValueSerializer.h"
-
-#include <QorCore/DataStreams.h>
 
 namespace Qor::Tivor {
 
@@ -29,7 +28,7 @@ public:
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& stream) override {
         std::string bytes;
         if (!Core::DataInputStream(stream).ReadBytes(bytes, size))
-            this->RaiseEndOfStream(bytes.size(), size);
+            RaiseEndOfData(this->m_object, bytes.size(), size);
         if constexpr (std::is_same_v<T, std::wstring>)
             this->m_object.SetValue(Core::WideFromUtf8(bytes));
         else
@@ -47,11 +46,12 @@ public:
 
 } // namespace
 
-template <class T, ETypeID id>
-std::shared_ptr<Serializer> BuiltInTraits<T, id>::MakeSerializer(Data<T>& object) {
-    return Details::MakePooled<id, EPooled::serializer, StringSerializer<T>>(object);
+template <class T>
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+    return Details::MakePooled<facts.id, EPooled::serializer, StringSerializer<T>>(object);
 }
 
-TIVOR_BUILT_IN_STRINGS
+#define TIVOR_VALUE TIVOR_DEFINE_VALUE
+TIVOR_STRING_VALUES
 
 } // namespace Qor::Tivor

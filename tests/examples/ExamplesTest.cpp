@@ -119,4 +119,15 @@ TEST(FirstProgram, StandsInTheReadmeAndRuns) {
     EXPECT_EQ(outcome.said, "6 heights, x in µm\n");
 }
 
+TEST(TypedValues, ComeBackWithTheirTypes) {
+    const TemporaryDirectory directory;
+    const Outcome outcome = RunExample(directory.GetPath(), "typed_values");
+    EXPECT_TRUE(outcome.succeeded);
+    EXPECT_EQ(outcome.said, "measured until 2024-01-31T12:34:58.6234567Z with objective 50x by Emmy\n"
+                            "spacing 0.5 um, that is 500 nm; 1000 of them: 0.5 mm\n"
+                            "profile: 3 samples, sum 0.5\n"
+                            "heights: 2 x 3, the last one 12\n"
+                            "the spacing is no plain float\n");
+}
+
 } // namespace Qor::Tivor::Testing

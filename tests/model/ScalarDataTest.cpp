@@ -158,4 +158,49 @@ TEST(ScalarData, ComparesNumbersWhateverTheirWidth) {
               "No serializer for data with class name = Other");
 }
 
+namespace {
+enum class EMode : short { eCOARSE = -2, eFINE = 3 };
+enum class EMask : std::uint64_t { eALL = ~std::uint64_t{0} };
+enum class EUnnamed { eONE = 1 };
+} // namespace
+
+TEST(ScalarTypes, AreKnownByTheirClassNames) {
+    ScalarData::RegisterType(typeid(EMode), "Test.Mode");
+    ScalarData::RegisterType(typeid(EMode), "Test.Mode");
+    ScalarData::RegisterType(typeid(EMask), "Test.Mask");
+    for (const char* const name : {"Test.Mask", "Test.Other", ""})
+        RaisedBy<Core::LogicError>([&] { ScalarData::RegisterType(typeid(EMode), name); });
+    RaisedBy<Core::LogicError>([] { ScalarData::RegisterType(typeid(EUnnamed), "Test.Mode"); });
+    RaisedBy<Core::LogicError>([] { MakeScalar(EUnnamed::eONE); });
+
+    EXPECT_EQ(Stored(*MakeScalar(EMode::eCOARSE), ""), Bytes("00000000 0E 09 000000 'Test.Mode' 01 02 FEFF"));
+    const auto mode = std::dynamic_pointer_cast<ScalarData>(Read(Stored(*MakeScalar(EMode::eFINE))));
+    EXPECT_TRUE(mode->HoldsType(typeid(EMode)) && mode->HoldsType(typeid(short)) && !mode->HoldsType(typeid(EMask)));
+    EXPECT_EQ(GetEnum<EMode>(*mode), EMode::eFINE);
+    EXPECT_EQ(GetEnum<EMask>(*mode), std::nullopt);
+    EXPECT_EQ(GetEnum<EMask>(*MakeScalar(EMask::eALL)), EMask::eALL);
+    EXPECT_FALSE(ScalarData("", kinds[0]).HoldsType(typeid(EUnnamed)));
+
+    // Whatever kind and width the number was stored with.
+    const std::tuple<ETypeID, const char*, std::optional<int>> rows[] = {{kinds[0], "FE", -2},
+                                                                         {kinds[0], "0080 FFFF", -32768},
+                                                                         {kinds[0], "FF7F FFFF", {}},
+                                                                         {kinds[0], "0080 0000", {}},
+                                                                         {kinds[1], "FF7F 0000", 32767},
+                                                                         {kinds[1], "0080", {}},
+                                                                         {kinds[1], "FFFFFFFF FFFFFFFF", {}}};
+    for (const auto& [kind, notation, number] : rows) {
+        ScalarData scalar("Test.Mode", kind);
+        const std::string bytes = Bytes(notation);
+        Fill(scalar, bytes.size(), bytes);
+        if (number)
+            EXPECT_EQ(static_cast<int>(GetEnum<EMode>(scalar).value()), *number);
+        else
+            RaisedBy<Core::OutOfRangeError>([&] { GetEnum<EMode>(scalar); });
+    }
+    ScalarData floating("Test.Mode", kinds[2]);
+    floating.SetValue(1.0);
+    RaisedBy<Core::AssertionError>([&] { GetEnum<EMode>(floating); });
+}
+
 } // namespace Qor::Tivor::Testing

@@ -10,6 +10,9 @@
 
 namespace Qor::Core {
 
+class DataInputStream;
+class DataOutputStream;
+
 /// A place in the code.
 struct CodeContext {
     std::string signature;
@@ -72,8 +75,16 @@ public:
     /// Gives the variable of that name another value, or adds it.
     void SetVariable(const std::string& name, std::string value);
 
-    /// Severity, category, text and variables on one line, for logs.
+    /// Class name, category, text and variables on one line, for logs.
     std::string ToString() const;
+
+    /// Stored form: class name, text, category, severity (32 bits), context (signature, function, source; line in 32
+    /// bits), call stack and unwind stack (each a 64-bit count and contexts), variables (a 64-bit count, then name and
+    /// value each). The class itself is not restored: what is read keeps the name of its class.
+    void Write(DataOutputStream& stream) const;
+    /// False when the stream ends too early, and then nothing changes.
+    [[nodiscard]] bool Read(DataInputStream& stream);
+    std::uint64_t GetSerializedSize() const;
 
     bool operator==(const AlertInfo&) const = default;
 
@@ -91,6 +102,7 @@ private:
 /// Base of all failures that the suite raises.
 class QOR_CORE_API Error : public AlertInfo, public std::exception {
 public:
+    Error() : Error(std::string()) {}
     explicit Error(std::string text) : Error("Error", std::move(text)) {}
     Error(std::string typeName, std::string text);
     Error(const Error&) = default;

@@ -21,6 +21,16 @@ concept StoredNumber = (std::integral<T> || std::floating_point<T>)&&!std::same_
 template <class T>
 concept StoredInteger64 = std::same_as<T, std::int64_t> || std::same_as<T, std::uint64_t>;
 
+class DataInputStream;
+class DataOutputStream;
+
+/// A type that knows its stored form.
+template <class T>
+concept StoredClass = requires(T& value, const T& constant, DataInputStream& input, DataOutputStream& output) {
+    { value.Read(input) } -> std::same_as<bool>;
+    constant.Write(output);
+};
+
 /// Reads stored values from a binary stream. Every operation answers whether the value was there whole: a short read is
 /// reported, not raised, so that the caller can say what was missing.
 class QOR_CORE_API DataInputStream {
@@ -38,6 +48,10 @@ public:
         } else {
             return m_stream.Read(&value, sizeof value) == sizeof value;
         }
+    }
+    template <StoredClass T>
+    [[nodiscard]] bool Read(T& value) {
+        return value.Read(*this);
     }
     [[nodiscard]] bool Read(std::string& value);
     [[nodiscard]] bool Read(std::wstring& value);
@@ -63,6 +77,10 @@ public:
             Write(static_cast<std::uint8_t>(value ? 1 : 0));
         else
             m_stream.Write(&value, sizeof value);
+    }
+    template <StoredClass T>
+    void Write(const T& value) {
+        value.Write(*this);
     }
     /// Raises `OutOfRangeError` for a string of 4 GiB and more.
     void Write(std::string_view value);

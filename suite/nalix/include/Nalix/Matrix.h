@@ -27,6 +27,7 @@ template <class T, class Order>
 class Matrix {
 public:
     using value_type = T;
+    using order_type = Order;
 
     Matrix() noexcept = default;
     /// Numbers are not cleared, other elements are value-initialised. Raises `std::length_error` when so many elements

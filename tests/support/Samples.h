@@ -1,0 +1,212 @@
+#pragma once
+
+#include <QorCore/MemoryStreams.h>
+#include <Tivor/ArrayDataObjects.h>
+#include <Tivor/CollectionSerialization.h>
+#include <Tivor/ScalarData.h>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+// The values that the files of tests/data/golden hold: a few samples of each element type, and by one rule per family
+// all else made of them.
+namespace Qor::Tivor::Testing {
+
+template <class T>
+using As = std::type_identity<T>;
+
+template <class T>
+std::vector<T> SamplesOf(As<T>) {
+    using Limits = std::numeric_limits<T>;
+    if constexpr (std::is_same_v<T, bool>)
+        return {false, true};
+    else if constexpr (std::is_integral_v<T>)
+        return {0, 1, Limits::lowest(), Limits::max()};
+    else if constexpr (std::is_floating_point_v<T>)
+        return {T(0),
+                T(1),
+                Limits::lowest(),
+                Limits::max(),
+                T(-0.0),
+                Limits::denorm_min(),
+                Limits::infinity(),
+                -Limits::infinity(),
+                Limits::quiet_NaN()};
+    else if constexpr (std::is_same_v<T, std::string>)
+        return {"", "a", "Gr\xC3\xBC\xC3\x9F\x65", std::string("a\0b", 3), "\xFF\xFE"};
+    else if constexpr (std::is_same_v<T, std::wstring>)
+        return {L"", L"a", L"\u00F6", L"\U0001F600"};
+    else
+        return {T(0), T(1), T(-1), T(INT64_MIN), T(INT64_MAX), T(116444736000000000)}; // times and durations
+}
+template <class Integer>
+std::vector<Long32Value<Integer>> SamplesOf(As<Long32Value<Integer>>) {
+    const auto numbers = SamplesOf(As<Integer>());
+    return {numbers.begin(), numbers.end()};
+}
+template <class T>
+std::vector<std::complex<T>> SamplesOf(As<std::complex<T>>) {
+    const auto parts = SamplesOf(As<T>());
+    std::vector<std::complex<T>> numbers;
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        numbers.emplace_back(parts[i], parts[parts.size() - 1 - i]);
+    return numbers;
+}
+inline std::vector<Core::UnitDescriptor> SamplesOf(As<Core::UnitDescriptor>) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    return {{},
+            {"Millimeter", "mm", 1e-3, 0, {1}},
+            {"Celsius", "degC", 1, 273.15, {0, 0, 0, 0, 1}},
+            {"\xC3\x9C\x62", "\xC3\xBC", -0.5, infinity, {-128, 127, 1, -1, 2, -2, 3, -3}}};
+}
+inline std::vector<UnitizedDouble> SamplesOf(As<UnitizedDouble>) {
+    const Core::UnitDescriptor furlong("Furlong", "fur", 201.168, 0, {1});
+    return {{0.0}, {2.5, "Millimeter"}, {-0.0, "Celsius"}, {std::numeric_limits<double>::quiet_NaN(), furlong.Clone()}};
+}
+inline std::vector<Core::Error> SamplesOf(As<Core::Error>) {
+    Core::Error diskFull("IOError", "Disk full");
+    diskFull.SetOrigin({"void Save()", "Save", "BinaryDataFile", 123}, "Qor.Tivor.BinaryDataFile", 2);
+    diskFull.AddToCallStack({"int main()", "main", "Program", 7});
+    diskFull.AddToCallStack({"void Store()", "Store", "Store", 0xFFFFFFFF});
+    diskFull.AddToUnwindStack({"void Flush()", "Flush", "DataFile", 0});
+    diskFull.AddVariable("File", "a.qordata");
+    diskFull.AddVariable("Key", "");
+    return {Core::Error(), diskFull};
+}
+
+/// The numbers from 0 on, or their texts.
+template <class T>
+std::vector<T> FirstOf(std::size_t count) {
+    std::vector<T> elements;
+    for (std::size_t i = 0; i < count; ++i)
+        if constexpr (std::is_same_v<T, std::string>)
+            elements.push_back(std::to_string(i));
+        else if constexpr (std::is_same_v<T, std::wstring>)
+            elements.push_back(std::to_wstring(i));
+        else
+            elements.push_back(static_cast<T>(static_cast<unsigned short>(i)));
+    return elements;
+}
+
+/// The type of the elements of a matrix, vector, array or collection; of a map, that of its keys.
+template <class T>
+struct ElementOf;
+template <template <class...> class Family, class Element, class... Rest>
+struct ElementOf<Family<Element, Rest...>> {
+    using Type = Element;
+};
+
+template <class T>
+concept AnyMatrix = requires(const T& value) {
+    value.size1();
+};
+template <class T>
+concept AnyText = std::is_same_v<T, std::string> || std::is_same_v<T, std::wstring>;
+template <class T>
+concept AnyCollection = !AnyText<T> && (requires(T & value) { value.begin(); } || std::is_base_of_v<DataObject, T>);
+
+/// A matrix of the elements, over and over; element (i, j) is that of number 3 i + j.
+template <AnyMatrix T, class Element>
+std::shared_ptr<DataObject> MatrixOf(std::size_t size1, std::size_t size2, const std::vector<Element>& elements) {
+    T matrix(size1, size2);
+    for (std::size_t i = 0; i < size1; ++i)
+        for (std::size_t j = 0; j < size2; ++j)
+            matrix(i, j) = elements[(3 * i + j) % elements.size()];
+    return MakeData(std::move(matrix));
+}
+
+/// A collection of the elements; sets leave NaN out, maps lead from the first to the last.
+template <AnyCollection T, class Element>
+std::shared_ptr<DataObject> CollectionOf(const std::vector<Element>& elements) {
+    if constexpr (std::is_base_of_v<DataObject, T>) {
+        const auto array = std::make_shared<T>(elements.size());
+        std::copy(elements.begin(), elements.end(), array->GetElements().begin());
+        return array;
+    } else {
+        T collection;
+        if constexpr (requires { typename T::mapped_type; }) {
+            for (std::size_t i = 0; i < elements.size(); ++i)
+                collection.emplace(elements[i], elements[elements.size() - 1 - i]);
+        } else if constexpr (requires { typename T::key_type; }) {
+            std::copy_if(elements.begin(), elements.end(), std::inserter(collection, collection.end()),
+                         [](const auto& element) { return std::equal_to<>()(element, element); });
+        } else {
+            collection.resize(elements.size());
+            std::copy(elements.begin(), elements.end(), collection.begin());
+        }
+        return MakeData(std::move(collection));
+    }
+}
+
+/// Objects under the keys that they have in the golden files.
+using NamedObjects = std::vector<std::pair<std::string, std::shared_ptr<DataObject>>>;
+
+template <class T>
+NamedObjects ObjectsOf() {
+    if constexpr (AnyMatrix<T>) {
+        const auto samples = SamplesOf(As<typename T::value_type>());
+        return {{"empty", MatrixOf<T>(0, 0, samples)},
+                {"row", MatrixOf<T>(1, 3, samples)},
+                {"many", MatrixOf<T>(2, 3, samples)}};
+    } else if constexpr (AnyCollection<T>) {
+        const auto samples = SamplesOf(As<typename ElementOf<T>::Type>());
+        return {{"empty", CollectionOf<T>(decltype(samples)())},
+                {"one", CollectionOf<T>(std::vector(samples.begin() + 1, samples.begin() + 2))},
+                {"many", CollectionOf<T>(samples)}};
+    } else {
+        NamedObjects objects;
+        for (auto&& sample : SamplesOf(As<T>()))
+            objects.emplace_back(std::to_string(objects.size()), MakeData(T(sample)));
+        return objects;
+    }
+}
+
+/// Objects of 9 and 4097 elements, of types that can have so many.
+template <class T>
+NamedObjects LargeObjectsOf() {
+    NamedObjects objects;
+    for (const std::size_t count : {9u, 4097u})
+        if constexpr (AnyMatrix<T>)
+            objects.emplace_back("large", MatrixOf<T>(3, count, FirstOf<typename T::value_type>(61)));
+        else if constexpr (AnyText<T>)
+            objects.emplace_back("large", MakeData(T(count, 'x')));
+        else if constexpr (AnyCollection<T>)
+            objects.emplace_back("large", CollectionOf<T>(FirstOf<typename ElementOf<T>::Type>(count)));
+    return objects;
+}
+
+/// An object's data, without what stands in front of it in a file.
+inline std::string DataOf(DataObject& object) {
+    Core::MemoryOutputStream stream;
+    object.GetSerializer()->DataToBinary(stream);
+    return {reinterpret_cast<const char*>(stream.GetBytes().data()), stream.GetSize()};
+}
+/// Fills the object from a block that is said to have `size` bytes; returns how many were taken.
+inline std::uint64_t Fill(DataObject& object, const std::string& data, std::uint64_t size) {
+    Core::MemoryInputStream stream(data.data(), data.size());
+    return object.GetSerializer()->DataFromBinary(size, stream);
+}
+
+/// Numbers of one kind in several widths.
+template <ETypeID id, class... Widths>
+NamedObjects ScalarsOf() {
+    NamedObjects objects;
+    const auto add = [&]<class T>(As<T>) {
+        for (std::size_t i = 0; const T sample : SamplesOf(As<T>())) {
+            const auto scalar = std::make_shared<ScalarData>(id == eSIGNED_INTEGRAL_TYPE     ? "Golden::Signed"
+                                                             : id == eUNSIGNED_INTEGRAL_TYPE ? "Golden::Unsigned"
+                                                                                             : "Golden::Floating",
+                                                             id);
+            Fill(*scalar, std::string(reinterpret_cast<const char*>(&sample), sizeof sample), sizeof sample);
+            objects.emplace_back(std::to_string(sizeof sample) + '-' + std::to_string(i++), scalar);
+        }
+    };
+    (add(As<Widths>()), ...);
+    return objects;
+}
+
+} // namespace Qor::Tivor::Testing
