@@ -56,7 +56,7 @@ public:
     void SetValue(std::span<const T> elements);
 
     std::size_t GetCount() const;
-    /// Never null; shared with this object.
+    /// Shared with this object; may be null where there are no elements.
     boost::shared_array<T> GetData();
     Core::QorConstArray<T> GetData() const;
     /// The elements, for as long as this object holds them.

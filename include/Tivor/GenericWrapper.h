@@ -47,10 +47,9 @@ public:
     explicit GenericWrapper(std::shared_ptr<T> data = nullptr) : m_data(std::move(data)) {
         m_holdsContainer = guardsItself;
     }
-    /// The copy holds a copy of the value.
-    GenericWrapper(const GenericWrapper& other) : MutexLockableDataObject(other), m_data(other.CopyValue()) {
-        m_holdsContainer = guardsItself;
-    }
+    /// The copy holds a copy of the value; of an abstract T, which is only read through this class, it shares the
+    /// value.
+    GenericWrapper(const GenericWrapper& other) : GenericWrapper(other, other.template CopyValue<T>()) {}
     ~GenericWrapper() override = default;
 
     using DataObject::Clone;
@@ -85,6 +84,12 @@ public:
     static constexpr bool SupportsSetValue() { return false; }
 
 protected:
+    /// The settings of the other object, and this value.
+    GenericWrapper(const GenericWrapper& other, std::shared_ptr<T> data)
+        : MutexLockableDataObject(other), m_data(std::move(data)) {
+        m_holdsContainer = guardsItself;
+    }
+
     /// Exchanges the pointer and does nothing else: no lock, no report.
     std::shared_ptr<T> ExchangeData(std::shared_ptr<T> data) {
         if constexpr (guardsItself)
@@ -104,10 +109,15 @@ protected:
             return const_cast<GenericWrapper*>(this)->GetDataLock();
     }
 
+    /// A copy of the value, which is of type U.
+    template <class U>
     std::shared_ptr<T> CopyValue() const {
         const auto lock = LockValue();
         const auto& data = LoadData();
-        return data ? ValueTraits<T>::Clone(*data) : nullptr;
+        if constexpr (std::is_abstract_v<U>)
+            return data;
+        else
+            return data ? ValueTraits<U>::Clone(static_cast<const U&>(*data)) : nullptr;
     }
 
 private:
@@ -127,16 +137,44 @@ private:
     std::shared_ptr<T> m_data;
 };
 
-/// A wrapper that can be written and read: the class that the library creates, stores and serializes. T equals the type
-/// of its wrapper or derives from it.
+namespace Details {
+
+/// A wrapper whose value is always of a class T that derives from the wrapper's type: it answers for T.
 template <class T, class Wrapper>
-class Data : public Wrapper {
-    static_assert(std::is_base_of_v<typename Wrapper::ValueType, T> || std::is_same_v<typename Wrapper::ValueType, T>);
+class WrapperOfDerived : public Wrapper {
+    static_assert(std::is_base_of_v<typename Wrapper::ValueType, T>);
 
 public:
-    explicit Data(const T& value) : Wrapper(ValueTraits<T>::Clone(value)) {}
-    explicit Data(std::shared_ptr<T> data = nullptr) : Wrapper(std::move(data)) {}
-    Data(const Data& other) : Wrapper(other) {}
+    using Wrapper::Wrapper;
+    WrapperOfDerived(const WrapperOfDerived& other) : Wrapper(other, other.template CopyValue<T>()) {}
+
+    using DataObject::GetTypeID;
+    ETypeID GetTypeID() override { return ValueTraits<T>::GetTypeID(); }
+    std::string GetTypeName() const override { return ValueTraits<T>::GetTypeName(); }
+    bool HoldsType(const std::type_info& type) const override { return type == typeid(T) || Wrapper::HoldsType(type); }
+    /// Refuses a value of another class.
+    bool SetData(std::shared_ptr<typename Wrapper::ValueType> data) override {
+        return (!data || dynamic_cast<const T*>(data.get()) != nullptr) && Wrapper::SetData(std::move(data));
+    }
+};
+
+template <class T, class Wrapper>
+using WrapperFor =
+    typename std::conditional_t<std::is_same_v<T, typename Wrapper::ValueType>, std::type_identity<Wrapper>,
+                                std::type_identity<WrapperOfDerived<T, Wrapper>>>::type;
+
+} // namespace Details
+
+/// A wrapper that can be written and read: the class that the library creates, stores and serializes. T equals the type
+/// of its wrapper or derives from it; then the object answers for T, and holds a T always.
+template <class T, class Wrapper>
+class Data : public Details::WrapperFor<T, Wrapper> {
+    using Base = Details::WrapperFor<T, Wrapper>;
+
+public:
+    explicit Data(const T& value) : Base(ValueTraits<T>::Clone(value)) {}
+    explicit Data(std::shared_ptr<T> data = nullptr) : Base(std::move(data)) {}
+    Data(const Data& other) : Base(other) {}
     ~Data() override = default;
 
     using DataObject::Clone;

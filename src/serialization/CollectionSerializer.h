@@ -8,6 +8,7 @@
 
 #include <QorCore/BoundedStreams.h>
 
+#include <optional>
 #include <vector>
 
 namespace Qor::Tivor {
@@ -109,6 +110,13 @@ private:
         }
     }
 
+    static bool HasNoPlace(const Element& element) {
+        if constexpr (std::is_floating_point_v<Element> && requires { typename T::key_type; })
+            return element != element;
+        else
+            return false;
+    }
+
     // Memory is taken as elements arrive, in step with the bytes that they take in the stream.
     template <class Collection>
     void InputEach(Collection& collection, Core::BoundedInputStream& block, std::uint64_t count,
@@ -127,10 +135,16 @@ private:
             }
         } else {
             Element element{}; // one for all: unitized values share their unit with the one before
+            std::optional<Element> unordered;
             for (; count > 0; --count) {
                 require(Details::ReadElement(stream, element));
-                collection.insert(collection.end(), element);
+                if (!HasNoPlace(element))
+                    collection.insert(collection.end(), element);
+                else if (!unordered)
+                    unordered = element;
             }
+            if (unordered) // NaN goes where nothing else is, or else would keep all others away
+                collection.insert(collection.end(), *unordered);
         }
     }
 };

@@ -242,4 +242,12 @@ TEST(Container, ReleasesLocksInReverse) {
     EXPECT_EQ(released, taken);
 }
 
+// A program may hold the library's strings itself: they must be whole there, and one and the same for both.
+TEST(ExportedStrings, AreOneForAll) {
+    for (const std::string* const text : {&sMETA_DATA, &Serializer::sDEFAULT_HEX64_ENCODING}) {
+        const auto* const object = reinterpret_cast<const char*>(text);
+        EXPECT_TRUE(text->data() >= object && text->data() < object + sizeof *text) << *text;
+    }
+}
+
 } // namespace Qor::Tivor::Testing

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <numeric>
 #include <thread>
@@ -314,27 +315,42 @@ std::vector<std::string> AllBombs() {
     return bombs;
 }
 
-} // namespace
-
-class DamagedFile : public testing::TestWithParam<Sample> {};
-
-TEST_P(DamagedFile, IsAnObjectOrOneErrorWhicheverByteIsWrong) {
-    const std::string bytes = BytesOf(GetParam());
+/// Cuts and changes the bytes at every `step`-th position; returns how many changed ones were accepted.
+int AcceptedAfterDamage(const std::string& bytes, std::size_t step) {
     int accepted = 0;
     for (const ESource source : allSources)
         EXPECT_TRUE(Withstands(source, bytes));
-    for (std::size_t position = 0; position < bytes.size() && !HasFailure(); ++position) {
+    for (std::size_t position = 0; position < bytes.size() && !testing::Test::HasFailure(); position += step) {
         SCOPED_TRACE(position);
         const ESource source = allSources[position % std::size(allSources)];
         EXPECT_FALSE(Withstands(source, bytes.substr(0, position))) << "cut";
         for (const std::string& changed : ChangesOf(bytes, position))
             accepted += Withstands(source, changed) ? 1 : 0;
     }
-    EXPECT_TRUE(accepted > 0 || GetParam().name == std::string("Empty"));
+    return accepted;
+}
+
+} // namespace
+
+class DamagedFile : public testing::TestWithParam<Sample> {};
+
+TEST_P(DamagedFile, IsAnObjectOrOneErrorWhicheverByteIsWrong) {
+    const std::string bytes = BytesOf(GetParam());
+    EXPECT_TRUE(AcceptedAfterDamage(bytes, 1) > 0 || GetParam().name == std::string("Empty"));
 }
 
 INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::ValuesIn(samples),
                          [](const auto& sample) { return std::string(sample.param.name); });
+
+// The golden files together hold every class.
+TEST(DamagedFiles, SoIsEveryClass) {
+    for (const auto& file : std::filesystem::directory_iterator(TIVOR_TEST_DATA "/golden"))
+        if (const Core::PathName path(file.path().string()); path.GetExtension() == "qordata") {
+            SCOPED_TRACE(path.GetFileName());
+            const std::string bytes = Core::Testing::ReadFileText(path).substr(12);
+            EXPECT_GT(AcceptedAfterDamage(bytes, 1 + bytes.size() / 400), 0);
+        }
+}
 
 TEST(DamagedFiles, NoClaimIsPaidForInAdvance) {
     const std::vector<std::string> bombs = AllBombs();

@@ -6,7 +6,8 @@
 
 #include <future>
 
-namespace Qor::Tivor::Testing {
+namespace Qor::Tivor {
+namespace Testing {
 
 namespace {
 
@@ -88,6 +89,70 @@ TYPED_TEST(Value, SerializationIsSwitchedOnTheSerializableClassOnly) {
     EXPECT_TRUE(bool(bare->Clone()->HoldsSameValueAs(*object)));
 }
 
+// A class that is wrapped through its abstract base, as position functions are.
+class Shape {
+public:
+    virtual int GetArea() const = 0;
+
+protected:
+    ~Shape() = default;
+};
+struct Square final : Shape {
+    explicit Square(int length) : side(length) {}
+    int GetArea() const override { return side * side; }
+    int side;
+};
+struct Circle final : Shape {
+    int GetArea() const override { return 3; }
+};
+using SquareData = Data<Square, GenericWrapper<Shape>>;
+
+} // namespace Testing
+
+template <>
+struct ValueTraits<Testing::Shape> {
+    static ETypeID GetTypeID() { return eNO_TYPE; }
+    static std::string GetTypeName() { return "Test.Shape"; }
+    static boost::logic::tribool Equal(const Testing::Shape& left, const Testing::Shape& right) {
+        return left.GetArea() == right.GetArea();
+    }
+    static std::string ToString(const Testing::Shape& value) { return std::to_string(value.GetArea()); }
+};
+template <>
+struct ValueTraits<Testing::Square> {
+    static ETypeID GetTypeID() { return eNAMED_CLASS; }
+    static std::string GetTypeName() { return "Test.Square"; }
+    static std::shared_ptr<Testing::Square> Clone(const Testing::Square& value) {
+        return std::make_shared<Testing::Square>(value);
+    }
+    static void Assign(Testing::Square& target, const Testing::Square& value) { target = value; }
+    static std::shared_ptr<Testing::Square> CreateDefault() { return std::make_shared<Testing::Square>(1); }
+    static std::shared_ptr<Testing::SquareData> MakeData(const Testing::SquareData& other) {
+        return std::make_shared<Testing::SquareData>(other);
+    }
+    static std::shared_ptr<Serializer> MakeSerializer(Testing::SquareData&) { return nullptr; }
+};
+
+namespace Testing {
+
+TEST(DerivedValue, IsWrappedByItsBaseAndNotSliced) {
+    SquareData square(Square(4));
+    EXPECT_TRUE(square.GetTypeID() == eNAMED_CLASS && square.GetTypeName() == "Test.Square");
+    EXPECT_TRUE(square.HoldsType(typeid(Square)) && square.HoldsType(typeid(Shape)) && !square.HoldsType(typeid(int)));
+    const auto clone = std::dynamic_pointer_cast<SquareData>(square.Clone());
+    square.SetValue(Square(5));
+    EXPECT_EQ(square.ToString() + " " + clone->ToString(), "25 16");
+    EXPECT_TRUE(clone->GetValue().side == 4 && bool(!clone->HoldsSameValueAs(square)));
+    EXPECT_FALSE(square.SetData(std::make_shared<Circle>()));
+    EXPECT_TRUE(square.GetValue().side == 5 && square.SetData(nullptr) && square.IsEmpty());
+
+    GenericWrapper<Shape> shape(clone->GetData());
+    EXPECT_TRUE(shape.HoldsSameTypeAs(*clone) && bool(shape.HoldsSameValueAs(*clone)));
+    EXPECT_TRUE(shape.GetTypeName() == "Test.Shape" && !shape.HoldsType(typeid(Square)));
+    EXPECT_EQ(std::dynamic_pointer_cast<GenericWrapper<Shape>>(shape.Clone())->GetData(), clone->GetData());
+    EXPECT_TRUE(shape.SetData(std::make_shared<Circle>()));
+}
+
 TEST(ValueText, IsForReaders) {
     const auto text = [](const auto& value) { return MakeData(value)->ToString(); };
     EXPECT_EQ(text(true) + text('A') + text(static_cast<unsigned char>(200)) + text(Long32(-7)), "true65200-7");
@@ -102,4 +167,5 @@ TEST(ValueText, IsForReaders) {
     EXPECT_EQ(text(Core::Time()) + text(Core::Elapse(-1)), "1601-01-01T00:00:00.0000000Z-0.0000001");
 }
 
-} // namespace Qor::Tivor::Testing
+} // namespace Testing
+} // namespace Qor::Tivor
