@@ -1,6 +1,7 @@
 // The content of a binary data file, with or without the file's own header. What is accepted is written, and must read
 // as the same again.
 
+#include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/DataContainer.h>
 
@@ -69,6 +70,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::span<const std::byte> bytes(reinterpret_cast<const std::byte*>(data), size);
     if (size >= headerSize && std::string_view(reinterpret_cast<const char*>(data), magic.size()) == magic)
         bytes = bytes.subspan(headerSize);
+    Qor::Core::ReadLimits limits;
+    limits.moduleNames = Qor::Core::EModuleNames::bare;
+    const Qor::Core::Context::ScopedLimits scopedLimits(limits);
     DataContainer container;
     MemoryInputStream stream(bytes);
     const bool accepted = IsRead(container, stream);

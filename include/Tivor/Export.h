@@ -9,3 +9,10 @@
 #else
 #define TIVOR_API __attribute__((visibility("default")))
 #endif
+
+/// Exports a function of a plug-in library.
+#if defined(_WIN32)
+#define TIVOR_PLUG_IN_EXPORT __declspec(dllexport)
+#else
+#define TIVOR_PLUG_IN_EXPORT __attribute__((visibility("default")))
+#endif

@@ -14,6 +14,9 @@ QOR_DECLARE_ALERT(TIVOR_API, LimitExceeded, Core::IOError);
 /// The class of stored data is not to be had; the data was skipped.
 QOR_DECLARE_ALERT(TIVOR_API, DataObjectCreationFailed, Core::Warning);
 
+/// The class of stored data is not available or not wanted here, and its data is kept as `UnboundData`.
+QOR_DECLARE_ALERT(TIVOR_API, KeepingUnread, Core::Warning);
+
 /// What stands in front of an object's data: what the object is, and how many bytes of data follow.
 ///
 /// In a stream (integers little-endian, strings as `DataOutputStream` writes them):

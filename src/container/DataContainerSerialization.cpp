@@ -1,5 +1,6 @@
 #include "../serialization/DataBlock.h"
 #include "../serialization/FramedWrite.h"
+#include "../serialization/ReadOperation.h"
 #include "ContainerState.h"
 
 #include <QorCore/LockSet.h>
@@ -65,6 +66,7 @@ std::uint64_t DataContainer::InputData(Core::BinaryInputStream& stream) {
 
 void DataContainer::ReadEntries(Core::BinaryInputStream& stream, std::uint64_t& bytesRead) {
     const NestingLevel level;
+    const ReadOperation reading;
     const bool lockable = DefaultsToLockableData();
     std::string key;
     DataObjectHeader header;

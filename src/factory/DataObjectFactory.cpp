@@ -1,6 +1,10 @@
 #include "BuiltInCreators.h"
+#include "PlugIns.h"
 
+#include <QorCore/Message.h>
+#include <QorCore/Modules.h>
 #include <Tivor/DataObjectFactory.h>
+#include <Tivor/UnboundDataObject.h>
 
 #include <string_view>
 #include <unordered_map>
@@ -38,9 +42,18 @@ std::size_t FindRow(std::uint16_t code, const std::string& className) {
     return row != noRow ? row : FindNamedRow(code, {}); // scalars, whose names are their own
 }
 
+// Where the code tells the kind, and only the element type is not known, the data is kept.
+std::shared_ptr<DataObject> CreateUnboundCollection(std::uint16_t code, const std::string& className, bool flag) {
+    if (code == eSCALAR_ARRAY)
+        return std::make_shared<UnboundScalarArray>(className, "*", flag);
+    if (code == eSCALAR_CONTAINER)
+        return std::make_shared<UnboundScalarContainer>(className, "*", flag);
+    return nullptr;
+}
+
 } // namespace
 
-DataObjectFactory::DataObjectFactory() = default;
+DataObjectFactory::DataObjectFactory() : m_plugIns(std::make_unique<PlugIns>()) {}
 DataObjectFactory::~DataObjectFactory() = default;
 
 DataObjectFactory& DataObjectFactory::Instance() {
@@ -53,8 +66,71 @@ std::shared_ptr<DataObject> DataObjectFactory::CreateBuiltInDataObject(ETypeID t
     if (typeID > 0xFF)
         return nullptr;
     const std::size_t row = FindRow(code, className);
-    const BuiltInCreator create = row != noRow ? GetBuiltInCreators()[row] : nullptr;
+    if (row == noRow)
+        return CreateUnboundCollection(code, className, code != typeID);
+    const BuiltInCreator create = GetBuiltInCreators()[row];
     return create != nullptr ? create(builtInTypeFacts[row].id, className) : nullptr;
+}
+
+bool DataObjectFactory::NamesPlugIn(const std::string& module) { return module.ends_with(".dll"); }
+
+std::shared_ptr<DataObject> DataObjectFactory::CreateExternalDataObject(const std::string& className,
+                                                                        const std::string& version,
+                                                                        const std::string& module, bool flag) {
+    std::string failure;
+    return CreateExternalDataObject(className, version, module, flag, failure);
+}
+
+std::shared_ptr<DataObject> DataObjectFactory::CreateExternalDataObject(const std::string& className,
+                                                                        const std::string& version,
+                                                                        const std::string& module, bool flag,
+                                                                        std::string& failure) {
+    return NamesPlugIn(module) ? CreateFromPlugIn(className, version, module, failure)
+                               : CreateUnboundDataObject(className, version, module, flag);
+}
+
+std::shared_ptr<DataObject> DataObjectFactory::CreateUnboundDataObject(const std::string& className,
+                                                                       const std::string& version,
+                                                                       const std::string& module, bool flag) {
+    auto object = std::make_shared<UnboundData>(className, module, flag, module == "?[]");
+    object->SetVersion(version);
+    return object;
+}
+
+bool DataObjectFactory::IsLoaded(const std::string& module) const { return m_plugIns->IsLoaded(module); }
+
+std::string DataObjectFactory::GetLastError() { return m_plugIns->GetLastError(); }
+
+std::shared_ptr<DataObject> DataObjectFactory::CreateFromDll(const std::string& className, const std::string& version,
+                                                             const std::string& module) {
+    std::string failure;
+    return CreateFromPlugIn(className, version, module, failure);
+}
+
+std::string DataObjectFactory::GetWindowsError() { return Core::GetModuleError(); }
+
+std::shared_ptr<DataObject> DataObjectFactory::CreateFromPlugIn(const std::string& className,
+                                                                const std::string& version, const std::string& module,
+                                                                std::string& failure) {
+    const auto create = m_plugIns->Find(
+        module, [this] { return GetWindowsError(); }, failure);
+    if (create == nullptr)
+        return nullptr;
+    const auto wrap = [&module](const char* what) {
+        return Core::FormatText("The data object factory of %1% failed with the error: %2%", {module, what});
+    };
+    try {
+        if (std::shared_ptr<DataObject> object = create(className, version))
+            return object;
+        failure = Core::FormatText("The data object factory of %1% knows no class %2% of version %3%",
+                                   {module, className, version});
+    } catch (const std::exception& error) {
+        failure = wrap(error.what());
+    } catch (...) {
+        failure = wrap("an exception of unknown type");
+    }
+    m_plugIns->KeepError(failure);
+    return nullptr;
 }
 
 } // namespace Qor::Tivor

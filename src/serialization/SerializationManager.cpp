@@ -1,9 +1,10 @@
 #include "DataBlock.h"
 #include "FramedWrite.h"
+#include "ObjectCreation.h"
+#include "ReadOperation.h"
 
 #include <QorCore/Context.h>
 #include <QorCore/Message.h>
-#include <Tivor/DataObjectFactory.h>
 #include <Tivor/SerializationManager.h>
 
 #include <optional>
@@ -21,24 +22,12 @@ namespace {
         QOR_CODE_CONTEXT("SerializationManager"), category);
 }
 
-[[noreturn]] void RaiseUnknownError(const char* what, DataObject& object, Serializer& serializer) {
+[[noreturn]] void RaiseUnknownError(const char* what, DataObject& object, Serializer* serializer) {
     Core::UnknownError error(Core::FormatText("Writing a data object failed: %1%", {what}));
     error.AddVariable("Data Type Name", object.GetTypeName());
-    error.AddVariable("Module", serializer.GetModule());
+    error.AddVariable("Module", serializer != nullptr ? serializer->GetModule() : "");
     Core::Error::RaiseError(std::move(error), QOR_CODE_CONTEXT("SerializationManager"),
                             "Qor.Tivor.SerializationManager");
-}
-
-std::shared_ptr<DataObject> CreateObject(const DataObjectHeader& header, std::string& reason) {
-    const std::uint16_t code = WithoutFlag(header.typeCode);
-    if (code == eNO_TYPE) {
-        reason = Core::FormatText("class %1% is not one of this library's", {header.typeName});
-        return nullptr;
-    }
-    auto object = DataObjectFactory::Instance().CreateBuiltInDataObject(static_cast<ETypeID>(code), header.typeName);
-    if (!object)
-        reason = Core::FormatText("type identifier %1% names no built-in class", {code});
-    return object;
 }
 
 void SkipBlock(Core::BinaryInputStream& stream, const DataObjectHeader& header, const char* category) {
@@ -66,10 +55,11 @@ std::optional<std::uint64_t> OutputBlockIfSerializable(Core::BinaryOutputStream&
         object.AcquireLocks(locks);
         outermost.emplace(std::move(locks));
     }
-    const std::shared_ptr<Serializer> serializer = object.GetSerializer();
-    if (!serializer)
-        return std::nullopt;
+    std::shared_ptr<Serializer> serializer;
     try {
+        serializer = object.GetSerializer();
+        if (!serializer)
+            return std::nullopt;
         const DataObjectHeader header(object, serializer.get());
         Core::DataOutputStream(stream).Write(dataName);
         const std::uint64_t headerSize = header.Output(stream);
@@ -79,9 +69,9 @@ std::optional<std::uint64_t> OutputBlockIfSerializable(Core::BinaryOutputStream&
         error.AddVariable("Key", dataName);
         throw;
     } catch (const std::exception& error) {
-        RaiseUnknownError(error.what(), object, *serializer);
+        RaiseUnknownError(error.what(), object, serializer.get());
     } catch (...) {
-        RaiseUnknownError("an exception of unknown type", object, *serializer);
+        RaiseUnknownError("an exception of unknown type", object, serializer.get());
     }
 }
 
@@ -96,9 +86,10 @@ std::uint64_t SerializationManager::GetDataBlockSize_bytes(const std::string& da
 std::shared_ptr<DataObject> SerializationManager::InputDataBlock(Core::BinaryInputStream& stream,
                                                                  const std::string& dataName,
                                                                  const DataObjectHeader& header, const char* category) {
+    const ReadOperation reading;
     try {
         std::string reason;
-        std::shared_ptr<DataObject> object = CreateObject(header, reason);
+        std::shared_ptr<DataObject> object = CreateObject(header, dataName, reason);
         if (!object) {
             Core::Warning::RaiseWarning(
                 DataObjectCreationFailed(Core::FormatText(

@@ -137,7 +137,8 @@ TEST(GoldenBytes, UnknownClassesCostTheirEntry) {
         {"FC 02 000000 'no' 00", " ( no, version , from module *) for the following reason: \r\ntype identifier 124"},
         {"45 02 000000 'no' 01 01 'x'", " ( no, version , from module *) for the following reason: \r\ntype"},
         {"00 01 000000 'C' 01 000000 'V' 08 000000 'none.dll' 01 04 'data'",
-         " ( C, version V, from module none.dll) for the following reason: \r\nclass C is not one of this library's"},
+         " ( C, version V, from module none.dll) for the following reason: \r\nCall to ::LoadLibrary for none.dll "
+         "failed with the error: "},
     };
     for (const auto& [notation, text] : rows) {
         SCOPED_TRACE(notation);

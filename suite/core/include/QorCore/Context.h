@@ -9,11 +9,21 @@ namespace Qor::Core {
 class AlertHandler;
 class LockSet;
 
+/// Which names of plug-in libraries readers take from stored data.
+enum class EModuleNames : std::uint8_t {
+    any,
+    bare, ///< file names of up to 255 letters, digits, '.', '_' and '-': nothing that leads to another directory
+    none
+};
+
 /// What readers accept. Too big is an error before anything is allocated.
 struct ReadLimits {
-    std::uint32_t nesting = 256;                       ///< levels of containers, the root being the first
-    std::uint32_t nameBytes = 64 * 1024;               ///< class names, versions, module names
-    std::uint32_t keyBytes = 1024 * 1024;              ///< keys of entries
+    std::uint32_t nesting = 256;                  ///< levels of containers, the root being the first
+    std::uint32_t nameBytes = 64 * 1024;          ///< class names, versions, module names
+    std::uint32_t keyBytes = 1024 * 1024;         ///< keys of entries
+    EModuleNames moduleNames = EModuleNames::any; ///< data of other modules is kept unread
+    std::uint32_t failingModules = 64;            ///< plug-ins that one reading operation tries in vain to load
+    bool keepsUnavailable = false; ///< whether data of plug-ins that fail is kept unread, instead of skipped
     std::uint64_t paddingBytes = 256u * 1024u * 1024u; ///< zero bytes that a writer adds to a block that fell short
 };
 
@@ -31,6 +41,8 @@ struct QOR_CORE_API Context {
     LockSet* lockSet = nullptr;
     /// Belongs to the outermost operation that needs one (a framed write); inner ones find it here.
     void* operation = nullptr;
+    /// The same for reading.
+    void* reading = nullptr;
 
     class Loan;
     class ScopedLimits;

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <Tivor/SerializationManager.h>
+
+namespace Qor::Tivor {
+
+/// The object that a header describes, within the limits that the running thread's reader sets for plug-ins; an empty
+/// pointer, with the reason, when it is not to be had.
+std::shared_ptr<DataObject> CreateObject(const DataObjectHeader& header, const std::string& dataName,
+                                         std::string& reason);
+
+} // namespace Qor::Tivor
