@@ -17,7 +17,9 @@ foreach(header boost xxhash.h)
   file(CREATE_LINK /usr/include/${header} ${sharedHeaders}/include/${header} SYMBOLIC)
 endforeach()
 
-set(CMAKE_FIND_ROOT_PATH ${sharedHeaders} /usr/x86_64-w64-mingw32)
+# Libraries come from where the continuous integration has windows-deps.sh put them.
+cmake_path(SET windowsDeps NORMALIZE ${CMAKE_CURRENT_LIST_DIR}/../build/windows-deps)
+set(CMAKE_FIND_ROOT_PATH ${sharedHeaders} ${windowsDeps} /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

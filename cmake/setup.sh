@@ -1,10 +1,10 @@
 # Sourced by test.sh, demo.sh and .ci/run: the way from a bare Debian 12 to a build. Works in the tree's top directory.
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-packages=(g++ cmake ninja-build pkg-config python3-minimal libboost-dev libxxhash-dev libgtest-dev
-    libudunits2-dev)
+packages=(g++ cmake ninja-build pkg-config python3-minimal libboost-dev libxxhash-dev libexpat1-dev
+    libgtest-dev libudunits2-dev)
 packagesForLanes=("${packages[@]}" clang-14 clang-format-14 libclang-rt-14-dev llvm-14 libbenchmark-dev
-    g++-mingw-w64-x86-64-posix)
+    g++-mingw-w64-x86-64-posix dpkg-dev)
 
 # install_packages NAME...: installs what is missing, and asks for nothing when nothing is.
 install_packages() {

@@ -1,5 +1,6 @@
 #include <QorCore/Modules.h>
 #include <QorCore/System.h>
+#include <QorCore/SystemLibrary.h>
 
 #include <dlfcn.h>
 
@@ -42,5 +43,18 @@ void* FindModuleFunction(void* loadedModule, const char* functionName) {
 }
 
 std::string GetModuleError() { return LastError(); }
+
+std::shared_ptr<SystemLibrary> SystemLibrary::Load(const PathName& name, std::string& failure) {
+    if (void* const handle = LoadModuleNamed(name.ToString()))
+        return std::shared_ptr<SystemLibrary>(new SystemLibrary(handle));
+    failure = LastError();
+    return nullptr;
+}
+
+SystemLibrary::~SystemLibrary() { ::dlclose(m_handle); }
+
+void* SystemLibrary::GetProcAddress(const char* functionName) const {
+    return FindModuleFunction(m_handle, functionName);
+}
 
 } // namespace Qor::Core
