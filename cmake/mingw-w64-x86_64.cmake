@@ -13,7 +13,7 @@ set(CMAKE_CXX_FLAGS_INIT -Wa,-mbig-obj)
 # itself would bring Linux's system headers along.
 set(sharedHeaders ${CMAKE_BINARY_DIR}/shared-headers)
 file(MAKE_DIRECTORY ${sharedHeaders}/include)
-foreach(header boost xxhash.h)
+foreach(header boost xxhash.h CLI nlohmann)
   file(CREATE_LINK /usr/include/${header} ${sharedHeaders}/include/${header} SYMBOLIC)
 endforeach()
 
@@ -25,3 +25,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 include_directories(SYSTEM ${sharedHeaders}/include)
+
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine-run.sh)

@@ -1,3 +1,4 @@
+#include "Platform.h"
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
 
@@ -336,8 +337,12 @@ TEST(ContainerStress, FileIsSavedWhileItChanges) {
         [&](Dice&) { file.Flush(); },
         [&](Dice&) {
             BinaryDataFile reader;
-            ASSERT_TRUE(reader.Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr));
-            EXPECT_EQ(reader.GetValue<int>("left"), reader.GetSubData({"nested"}, false)->GetValue<int>("right"));
+            // There, who writes a file has it alone.
+            ASSERT_NE(reader.Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr),
+                      Core::Testing::isWindows);
+            if (reader.IsOpen()) {
+                EXPECT_EQ(reader.GetValue<int>("left"), reader.GetSubData({"nested"}, false)->GetValue<int>("right"));
+            }
         },
         [&](Dice&) { EXPECT_TRUE(file.IsOpen() && file.GetFileAccess() == DataFile::eREAD_WRITE); },
     });

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -34,15 +35,19 @@ std::vector<std::int64_t> SampleTicks() {
     return samples;
 }
 
-// The calendar of the C library.
+// The calendar of the standard library.
 std::string CalendarText(std::int64_t ticks) {
+    using namespace std::chrono;
     const auto decimals = static_cast<int>((ticks % second + second) % second);
-    const std::time_t unixTime = ticks / second - (ticks % second < 0 ? 1 : 0) - unixEpoch / second;
-    const std::tm parts = *std::gmtime(&unixTime);
-    const int year = parts.tm_year + 1900;
+    const sys_seconds time(seconds(ticks / second - (ticks % second < 0 ? 1 : 0) - unixEpoch / second));
+    const year_month_day date(floor<days>(time));
+    const hh_mm_ss clock(time - floor<days>(time));
+    const int year = static_cast<int>(date.year());
     char text[80];
-    std::snprintf(text, sizeof text, "%0*d-%02d-%02dT%02d:%02d:%02d.%07dZ", year < 0 ? 5 : 4, year, parts.tm_mon + 1,
-                  parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec, decimals);
+    std::snprintf(text, sizeof text, "%0*d-%02u-%02uT%02d:%02d:%02d.%07dZ", year < 0 ? 5 : 4, year,
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()), decimals);
     return std::string(year > 9999 ? "+" : "") + text;
 }
 

@@ -41,7 +41,8 @@ TEST(Utf8, WideTextThatIsNoTextBecomesReplacements) {
         {{low, high}, bad + bad},
         {{high, high, L'a', low}, bad + bad + "a" + bad},
         {{high, low}, arePairs ? "\xF0\x9F\x98\x80" : bad + bad},
-        {{static_cast<wchar_t>(0x110000), static_cast<wchar_t>(-1)}, arePairs ? "\0\xEF\xBF\xBF" : bad + bad},
+        {{static_cast<wchar_t>(0x110000), static_cast<wchar_t>(-1)},
+         arePairs ? std::string("\0\xEF\xBF\xBF", 4) : bad + bad},
     };
     for (const auto& [wide, utf8] : rows) {
         EXPECT_EQ(Utf8FromWide(wide), utf8);

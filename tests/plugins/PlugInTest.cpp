@@ -24,22 +24,22 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
+/// How often the system was asked to load a library with this in its name; a fallback where that cannot be counted.
+#ifdef TIVOR_TEST_COUNTS_LOADER_CALLS
 std::mutex loaderMutex;
 std::vector<std::string>& LoadedNames() {
     static auto* const names = new std::vector<std::string>;
     return *names;
 }
 
-/// How often the system was asked to load a library with this in its name; a fallback where that cannot be counted.
-std::ptrdiff_t CountLoaderCalls(const std::string& part, [[maybe_unused]] std::ptrdiff_t fallback) {
-#ifdef TIVOR_TEST_COUNTS_LOADER_CALLS
+std::ptrdiff_t CountLoaderCalls(const std::string& part, std::ptrdiff_t) {
     const std::lock_guard guard(loaderMutex);
     return std::count_if(LoadedNames().begin(), LoadedNames().end(),
                          [&](const std::string& name) { return name.find(part) != std::string::npos; });
-#else
-    return fallback;
-#endif
 }
+#else
+std::ptrdiff_t CountLoaderCalls(const std::string&, std::ptrdiff_t fallback) { return fallback; }
+#endif
 
 using namespace std::string_literals;
 using Core::Testing::Warnings;

@@ -170,6 +170,7 @@ TEST(GoldenBytes, TheEmptyFileHas19) {
     const auto path = directory / "empty";
     BinaryDataFile file(path.ToString(), DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, nullptr);
     file.Flush();
+    file.Close();
     EXPECT_EQ(Core::Testing::ReadFileText(path), fileHeader + endMarker);
     EXPECT_TRUE(file.Open(path.ToString(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr));
     EXPECT_TRUE(file.IsEmpty());

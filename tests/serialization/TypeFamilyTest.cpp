@@ -236,6 +236,7 @@ TEST_P(StoredClass, HasItsGoldenFile) {
     const std::string copyPath = (directory / name).ToString();
     BinaryDataFile copy(copyPath, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, DataContainer::Create(file));
     copy.Flush();
+    copy.Close();
     EXPECT_EQ(ReadFileText(Core::PathName(copyPath)), bytes);
     DataContainer read;
     EXPECT_EQ(ReadInto(read, bytes.substr(header.size())), bytes.size() - header.size());

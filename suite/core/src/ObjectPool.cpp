@@ -1,8 +1,11 @@
+#include "platform/ThreadEnd.h"
+
 #include <QorCore/ObjectPool.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <new>
 
 namespace Qor::Core {
@@ -36,37 +39,40 @@ struct ObjectPoolBase::ThreadList {
     std::size_t cellSize; // 0: no cell may stand here, for the thread has not met the pool yet or is ending
 };
 
-// The lists are plain data and therefore usable while the other objects of a thread are being destroyed; the end of the
-// thread is noticed by an object of its own.
+// The lists are plain data on the heap: usable while the other objects of a thread are being destroyed, and given back
+// when the system says that the thread ends.
 struct ObjectPoolBase::ThreadLists {
-    struct End {
-        ~End();
-    };
-
-    static ThreadList& Enter(std::size_t id);
+    /// Null when the thread is ending, and when there is no memory.
+    static ThreadList* Enter(std::size_t id) noexcept;
+    static void End(void* lists);
 
     static ThreadList none[maxPools + 1];
-    static constinit thread_local ThreadList all[maxPools + 1];
     static constinit thread_local bool hasEnded;
     // A pointer is small enough for the place that the loader has ready, which is reached without a call.
     [[gnu::tls_model("initial-exec")]] static constinit thread_local ThreadList* current;
 };
 
 ObjectPoolBase::ThreadList ObjectPoolBase::ThreadLists::none[maxPools + 1] = {};
-constinit thread_local ObjectPoolBase::ThreadList ObjectPoolBase::ThreadLists::all[maxPools + 1] = {};
 constinit thread_local bool ObjectPoolBase::ThreadLists::hasEnded = false;
 [[gnu::tls_model(
     "initial-exec")]] constinit thread_local ObjectPoolBase::ThreadList* ObjectPoolBase::ThreadLists::current = none;
 
-ObjectPoolBase::ThreadList& ObjectPoolBase::ThreadLists::Enter(std::size_t id) {
-    static thread_local const End end;
-    current = all;
-    return all[id];
+ObjectPoolBase::ThreadList* ObjectPoolBase::ThreadLists::Enter(std::size_t id) noexcept {
+    if (hasEnded)
+        return nullptr;
+    if (current == none) {
+        std::unique_ptr<ThreadList[]> lists(new (std::nothrow) ThreadList[maxPools + 1]());
+        if (!lists || !AtThreadEnd(&End, lists.get()))
+            return nullptr;
+        current = lists.release();
+    }
+    return &current[id];
 }
 
-ObjectPoolBase::ThreadLists::End::~End() {
+void ObjectPoolBase::ThreadLists::End(void* lists) {
     hasEnded = true;
     current = none;
+    const std::unique_ptr<ThreadList[]> all(static_cast<ThreadList*>(lists));
     for (std::size_t id = 0; id < maxPools; ++id) {
         if (all[id].count != 0)
             livePools[id].load(std::memory_order_acquire)->Share(all[id], all[id].count);
@@ -106,17 +112,17 @@ bool ObjectPoolBase::IsCellSize(std::size_t size) {
 void* ObjectPoolBase::AllocateSlowly(std::size_t size) {
     if (!IsCellSize(size))
         return ::operator new(size);
-    if (ThreadLists::hasEnded) {
+    ThreadList* const list = ThreadLists::Enter(m_id);
+    if (list == nullptr) {
         void* cell = nullptr;
         TakeShared(&cell, 1);
         return cell;
     }
-    ThreadList& list = ThreadLists::Enter(m_id);
-    if (list.cells == nullptr)
-        list.cells = new void*[m_maxFree];
-    list.count = TakeShared(list.cells, std::min(m_block, m_maxFree));
-    list.cellSize = size;
-    return list.cells[--list.count];
+    if (list->cells == nullptr)
+        list->cells = new void*[m_maxFree];
+    list->count = TakeShared(list->cells, std::min(m_block, m_maxFree));
+    list->cellSize = size;
+    return list->cells[--list->count];
 }
 
 void ObjectPoolBase::FreeSlowly(void* memory, std::size_t size) noexcept {
@@ -124,20 +130,20 @@ void ObjectPoolBase::FreeSlowly(void* memory, std::size_t size) noexcept {
         ::operator delete(memory);
         return;
     }
-    ThreadList single{&memory, 1, size};
-    ThreadList& list = ThreadLists::hasEnded ? single : ThreadLists::Enter(m_id);
-    if (list.cells == nullptr) {
-        list.cells = new (std::nothrow) void*[m_maxFree];
-        list.cellSize = list.cells != nullptr ? size : 0;
+    ThreadList* const list = ThreadLists::Enter(m_id);
+    if (list != nullptr && list->cells == nullptr) {
+        list->cells = new (std::nothrow) void*[m_maxFree];
+        list->cellSize = list->cells != nullptr ? size : 0;
     }
-    if (list.cells == nullptr || &list == &single) {
+    if (list == nullptr || list->cells == nullptr) {
+        ThreadList single{&memory, 1, size};
         Share(single, 1);
         return;
     }
     // Half of them, so that a thread which frees and allocates at the limit comes here rarely.
-    if (list.count >= m_maxFree)
-        Share(list, (list.count + 1) / 2);
-    list.cells[list.count++] = memory;
+    if (list->count >= m_maxFree)
+        Share(*list, (list->count + 1) / 2);
+    list->cells[list->count++] = memory;
 }
 
 // Fetches up to `count` cells, at least one, and returns their number.

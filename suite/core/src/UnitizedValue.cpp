@@ -130,6 +130,9 @@ UnitizedValue<T>::UnitizedValue(T value, const std::string& unitName)
     : UnitizedValue(value, UnitDictionary::Instance().Get(unitName)) {}
 
 template <class T>
+UnitizedValue<T>::UnitizedValue(T value, const char* unitName) : UnitizedValue(value, std::string(unitName)) {}
+
+template <class T>
 Units UnitizedValue<T>::GetUnits() const {
     return OrPlain(m_units);
 }

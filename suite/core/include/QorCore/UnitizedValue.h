@@ -31,7 +31,7 @@ public:
     UnitizedValue(T value, QorConstPtr<UnitDescriptor> units);
     /// Raises `UnitNotFound` for a name that the dictionary does not have.
     UnitizedValue(T value, const std::string& unitName);
-    UnitizedValue(T value, const char* unitName) : UnitizedValue(value, std::string(unitName)) {}
+    UnitizedValue(T value, const char* unitName);
 
     T GetValue() const { return m_value; }
     /// Never empty.
