@@ -23,7 +23,7 @@ TIVOR_HEADERS = {
     "serialization": "SerializationManager XMLHandler ArrayDataObjects CollectionSerialization",
     "factory": "DataObjectFactory UnboundDataObject PlugIn",
     "container": "DataContainer",
-    "files": "DataFile BinaryDataFile XMLDataFile",
+    "files": "DataFile DataFileTypeManager BinaryDataFile XMLDataFile",
     "properties": "PropertyContainer PropertyHandlers",
     "arrays": "Position1D Position2D Data1D Data2D Data2DOperation",
     "datasets": "DataSet Codec",

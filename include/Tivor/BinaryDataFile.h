@@ -30,11 +30,18 @@ public:
 
     /// Whether the file exists and begins like a binary data file; raises nothing.
     static bool IsBinaryDataFile(const std::string& fileName);
+    static bool IsBinaryDataFile(std::span<const std::byte> content);
+    /// `DataFile::ForEachHeader` for such a file.
+    static void ForEachHeader(const std::string& fileName, const HeaderVisitor& visit);
+    using DataContainer::ForEachHeader;
 
 protected:
     /// Raises `InvalidFileHeader`, `IncompatibleCharacterSet`, and what `DataContainer::InputData` raises.
-    void ReadContent(Core::BinaryFileStream& stream, DataContainer& content) override;
+    void ReadContent(Core::BinaryInputStream& stream, const std::string& fileName, DataContainer& content) override;
     void WriteContent(Core::BinaryOutputStream& stream) const override;
+
+private:
+    static void VisitFile(const std::string& fileName, const HeaderVisitor& visit);
 };
 
 } // namespace Qor::Tivor

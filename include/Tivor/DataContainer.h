@@ -108,6 +108,14 @@ public:
     /// Adds the entries of the stream up to the end marker and returns the bytes read. What cannot be created is
     /// skipped with the warning `DataObjectCreationFailed`. When an error ends the reading, the container is as before.
     virtual std::uint64_t InputData(Core::BinaryInputStream& stream);
+    /// Tells of an entry by the keys that lead to it, its own last, and what it is; says whether to go into the entry,
+    /// if that is a container.
+    using HeaderVisitor = std::function<bool(const std::vector<std::string>& path, const DataObjectHeader& header)>;
+    /// Visits the entries of a stored container without reading their data, up to the end marker. A container comes
+    /// before what is in it. Raises as reading does, at the entry that is damaged, with the variable "Key".
+    static void ForEachHeader(Core::BinaryInputStream& stream, const HeaderVisitor& visit);
+    /// The same for a container in memory; entries that cannot be stored are left out.
+    static void ForEachHeader(const DataContainer& container, const HeaderVisitor& visit);
     /// Writes the entries and the end marker and returns the byte count; with `lock` while holding the locks of
     /// `AcquireLocks`.
     virtual std::uint64_t OutputData(Core::BinaryOutputStream& stream, bool lock) const;

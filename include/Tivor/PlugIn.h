@@ -39,3 +39,21 @@
     TIVOR_C_LINKAGE_END                                                                                                \
     static std::shared_ptr<::Qor::Tivor::DataObject> TivorCreateDataObject(                                            \
         [[maybe_unused]] const std::string& className, [[maybe_unused]] const std::string& version)
+
+namespace Qor::Tivor {
+class DataFileTypeManager;
+}
+
+/// Begins the function that registers the data-file types of a plug-in library; its body follows:
+///
+///     TIVOR_REGISTER_DATA_FILE_TYPES(manager) {
+///         manager.SetFactory(std::make_shared<ScanDataFileFactory>());
+///     }
+///
+/// The parameter is a `DataFileTypeManager&`. The function is called once, by the thread that loads the library.
+#define TIVOR_REGISTER_DATA_FILE_TYPES(manager)                                                                        \
+    static void TivorRegisterDataFileTypes(::Qor::Tivor::DataFileTypeManager&);                                        \
+    extern "C" TIVOR_PLUG_IN_EXPORT void RegisterDataFileTypes(::Qor::Tivor::DataFileTypeManager& tivorManager) {      \
+        TivorRegisterDataFileTypes(tivorManager);                                                                      \
+    }                                                                                                                  \
+    static void TivorRegisterDataFileTypes([[maybe_unused]] ::Qor::Tivor::DataFileTypeManager& manager)

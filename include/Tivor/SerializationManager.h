@@ -4,6 +4,9 @@
 #include <Tivor/DataObject.h>
 #include <Tivor/Serializer.h>
 
+#include <string>
+#include <vector>
+
 namespace Qor::Tivor {
 
 /// The escape code carries a value that means nothing.
@@ -58,6 +61,17 @@ struct TIVOR_API DataObjectHeader {
     std::uint64_t GetSize_bytes() const;
 
     static constexpr std::uint16_t endCode = 0xFFFF;
+};
+
+/// An entry that was skipped on reading, because its class was not to be had.
+struct UnreadEntry {
+    std::vector<std::string> path; ///< the keys from the outermost container on
+    std::string typeName;
+    std::string version;
+    std::string module;
+    std::string reason;
+
+    bool operator==(const UnreadEntry&) const = default;
 };
 
 /// Frames data objects: name, header, data block, so that whoever reads knows the object before its data, and can step

@@ -1,3 +1,5 @@
+#include "NamingFile.h"
+
 #include <QorCore/BufferedStreams.h>
 #include <QorCore/Log.h>
 #include <QorCore/Message.h>
@@ -30,6 +32,20 @@ bool HasMagic(const FileHeader& header) {
 
 std::uint64_t GetBufferSize() {
     return std::max<std::uint64_t>(16 * Core::System::GetPageSize(), std::uint64_t{64} * 1024);
+}
+
+void ReadHeader(Core::BinaryInputStream& stream, const std::string& fileName) {
+    FileHeader header{};
+    if (stream.Read(header.data(), header.size()) != header.size() || !HasMagic(header))
+        Core::Error::RaiseError(
+            InvalidFileHeader(Core::FormatText("%1% does not have a valid QOR Binary Data File header", {fileName})),
+            QOR_CODE_CONTEXT("BinaryDataFile"), category);
+    if (header[characterSet] == 'U')
+        Core::Error::RaiseError(
+            IncompatibleCharacterSet(Core::FormatText("%1% was saved with a Unicode compiled executable, cannot open "
+                                                      "with the current ASCII compiled executable",
+                                                      {fileName})),
+            QOR_CODE_CONTEXT("BinaryDataFile"), category);
 }
 
 } // namespace
@@ -66,20 +82,34 @@ bool BinaryDataFile::IsBinaryDataFile(const std::string& fileName) {
     }
 }
 
-void BinaryDataFile::ReadContent(Core::BinaryFileStream& file, DataContainer& content) {
-    Core::BufferedInputStream stream(file, GetBufferSize());
+bool BinaryDataFile::IsBinaryDataFile(std::span<const std::byte> content) {
     FileHeader header{};
-    if (stream.Read(header.data(), header.size()) != header.size() || !HasMagic(header))
-        Core::Error::RaiseError(
-            InvalidFileHeader(
-                Core::FormatText("%1% does not have a valid QOR Binary Data File header", {file.GetPath().ToString()})),
-            QOR_CODE_CONTEXT("BinaryDataFile"), category);
-    if (header[characterSet] == 'U')
-        Core::Error::RaiseError(IncompatibleCharacterSet(Core::FormatText(
-                                    "%1% was saved with a Unicode compiled executable, cannot open with "
-                                    "the current ASCII compiled executable",
-                                    {file.GetPath().ToString()})),
+    if (content.size() < header.size())
+        return false;
+    std::memcpy(header.data(), content.data(), header.size());
+    return HasMagic(header);
+}
+
+void BinaryDataFile::ForEachHeader(const std::string& fileName, const HeaderVisitor& visit) {
+    NamingFile(fileName, [&] { VisitFile(fileName, visit); });
+}
+
+void BinaryDataFile::VisitFile(const std::string& fileName, const HeaderVisitor& visit) {
+    Core::BinaryFileStream file;
+    if (!file.Open(fileName, true, eOPEN_EXISTING))
+        Core::Error::RaiseError(Core::IOError(Core::FormatText("%1% cannot be opened for reading", {fileName})),
                                 QOR_CODE_CONTEXT("BinaryDataFile"), category);
+    if (file.GetSize() == 0)
+        return;
+    // Small, since most of what it would read ahead is skipped.
+    Core::BufferedInputStream stream(file, Core::System::GetPageSize());
+    ReadHeader(stream, fileName);
+    DataContainer::ForEachHeader(stream, visit);
+}
+
+void BinaryDataFile::ReadContent(Core::BinaryInputStream& file, const std::string& fileName, DataContainer& content) {
+    Core::BufferedInputStream stream(file, GetBufferSize());
+    ReadHeader(stream, fileName);
     content.InputData(stream);
 }
 

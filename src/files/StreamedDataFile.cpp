@@ -1,4 +1,8 @@
+#include "../serialization/ReadOperation.h"
+#include "NamingFile.h"
+
 #include <QorCore/Log.h>
+#include <QorCore/MemoryStreams.h>
 #include <QorCore/Message.h>
 #include <QorCore/SafeFileWriter.h>
 #include <Tivor/DataFile.h>
@@ -9,35 +13,15 @@ namespace Qor::Tivor {
 
 namespace {
 
-/// Counts the entries that are skipped while it lives, at any depth.
-class UnreadCounter final : public Core::AlertHandler {
-public:
-    void OnWarning(const Core::Warning& warning) override {
-        if (dynamic_cast<const DataObjectCreationFailed*>(&warning) != nullptr)
-            ++count;
-    }
-
-    std::uint64_t count = 0;
-};
-
-/// Runs `work`; what it raises says which file it was about.
-template <class Work>
-void NamingFile(const std::string& fileName, Work work) {
-    try {
-        work();
-    } catch (Core::Error& error) {
-        error.SetVariable("File", fileName); // whatever file it was written through
-        throw;
-    }
-}
+std::string GetShownName(const std::string& fileName) { return fileName.empty() ? "(in memory)" : fileName; }
 
 } // namespace
 
 StreamedDataFile::StreamedDataFile(const char* category) : m_category(category) { ReceiveChanges(); }
 
 StreamedDataFile::~StreamedDataFile() {
-    if (m_stream && m_modified)
-        Core::Log(m_category, "Closed with unsaved changes: " + m_fileName);
+    if (m_isOpen && m_modified)
+        Core::Log(m_category, "Closed with unsaved changes: " + GetShownName(m_fileName));
     StopChanges();
 }
 
@@ -48,49 +32,62 @@ bool StreamedDataFile::Open(const std::string& fileName, EAccess access, EOpenBe
     auto stream = std::make_unique<Core::BinaryFileStream>();
     if (!stream->Open(fileName, access == eREAD_ONLY, behavior))
         return false;
-    NamingFile(fileName, [&] {
-        const bool isNew = stream->GetSize() == 0;
-        DataContainer content(container && container->DefaultsToLockableData());
-        UnreadCounter unread;
-        if (!isNew)
-            ReadContent(*stream, content);
-        m_stream = std::move(stream);
-        m_fileName = fileName;
-        m_access = access;
-        try {
-            Fill(isNew ? nullptr : &content, container);
-        } catch (...) {
-            Reset();
-            throw;
-        }
-        m_unreadEntries = unread.count;
-        m_modified = isNew && access != eREAD_ONLY;
-    });
+    m_stream = std::move(stream);
+    Load(*m_stream, m_stream->GetSize() == 0, fileName, access, container);
     return true;
 }
 
-void StreamedDataFile::Fill(const DataContainer* content, const std::shared_ptr<DataContainer>& container) {
-    if (container)
-        BindTo(*container);
-    if (content != nullptr)
-        Assign(*content);
+bool StreamedDataFile::OpenMemory(std::span<const std::byte> content, EAccess access,
+                                  std::shared_ptr<DataContainer> container) {
+    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
+    Close();
+    m_content.assign(content.begin(), content.end());
+    Core::MemoryInputStream stream(m_content);
+    Load(stream, m_content.empty(), {}, access, container);
+    return true;
+}
+
+void StreamedDataFile::Load(Core::BinaryInputStream& stream, bool isNew, const std::string& fileName, EAccess access,
+                            const std::shared_ptr<DataContainer>& container) {
+    try {
+        NamingFile(GetShownName(fileName), [&] {
+            DataContainer content(container && container->DefaultsToLockableData());
+            ReadOperation reading(ReadOperation::eSTANDS_ALONE);
+            if (!isNew)
+                ReadContent(stream, GetShownName(fileName), content);
+            m_isOpen = true;
+            m_fileName = fileName;
+            m_access = access;
+            m_unreadEntries = reading.TakeUnread();
+            if (container)
+                BindTo(*container);
+            if (!isNew)
+                Assign(content);
+            m_modified = isNew && access != eREAD_ONLY;
+        });
+    } catch (...) {
+        Reset();
+        throw;
+    }
 }
 
 void StreamedDataFile::Reset() {
     Unbind();
     DataContainer::Clear();
+    m_isOpen = false;
     m_stream.reset();
+    m_content.clear();
     m_fileName.clear();
     m_modified = false;
-    m_unreadEntries = 0;
+    m_unreadEntries.clear();
 }
 
 void StreamedDataFile::Close() {
     const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
-    if (!m_stream)
+    if (!m_isOpen)
         return;
     if (m_modified)
-        Core::Log(m_category, "Closed with unsaved changes: " + m_fileName);
+        Core::Log(m_category, "Closed with unsaved changes: " + GetShownName(m_fileName));
     Reset();
 }
 
@@ -98,7 +95,7 @@ void StreamedDataFile::Flush() {
     const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
     RequireOpen("Flush()");
     if (m_modified)
-        NamingFile(m_fileName, [this] { Save(); });
+        NamingFile(GetShownName(m_fileName), [this] { Save(); });
 }
 
 void StreamedDataFile::Save() {
@@ -106,30 +103,39 @@ void StreamedDataFile::Save() {
         Core::Error::RaiseError(
             ReadOnlyDataFileError(Core::FormatText("Flush() called on a read-only %1%", {GetFileType()})),
             QOR_CODE_CONTEXT("DataFile"), m_category);
-    if (m_unreadEntries != 0) {
+    if (!m_unreadEntries.empty())
         Core::Warning::RaiseWarning(
-            DroppingUnreadEntries(
-                Core::FormatText("Saving %1% drops %2% entries that could not be read", {m_fileName, m_unreadEntries})),
+            DroppingUnreadEntries(Core::FormatText("Saving %1% drops %2% entries that could not be read",
+                                                   {GetShownName(m_fileName), m_unreadEntries.size()})),
             QOR_CODE_CONTEXT("DataFile"), m_category);
-    }
-    // Where open files cannot be replaced, a failing save may have closed the file.
-    if (!m_stream->IsOpen() && !m_stream->Open(m_stream->GetPath().ToString(), false, eOPEN_ALWAYS))
-        Core::Error::RaiseError(DataFileError("The file could not be opened again after it was saved, or not saved"),
-                                QOR_CODE_CONTEXT("DataFile"), m_category);
     // A change that another thread makes from now on is for the next save.
     m_modified = false;
     try {
-        Core::SafeFileWriter::Save(*m_stream, [this](Core::BinaryOutputStream& stream) { WriteContent(stream); });
+        m_stream ? WriteToMedium() : WriteToMemory();
     } catch (...) {
         m_modified = true;
         throw;
     }
-    m_unreadEntries = 0;
+    m_unreadEntries.clear();
+}
+
+void StreamedDataFile::WriteToMedium() {
+    // Where open files cannot be replaced, a failing save may have closed the file.
+    if (!m_stream->IsOpen() && !m_stream->Open(m_stream->GetPath().ToString(), false, eOPEN_ALWAYS))
+        Core::Error::RaiseError(DataFileError("The file could not be opened again after it was saved, or not saved"),
+                                QOR_CODE_CONTEXT("DataFile"), m_category);
+    Core::SafeFileWriter::Save(*m_stream, [this](Core::BinaryOutputStream& stream) { WriteContent(stream); });
+}
+
+void StreamedDataFile::WriteToMemory() {
+    Core::MemoryOutputStream stream;
+    WriteContent(stream);
+    m_content.assign(stream.GetBytes().begin(), stream.GetBytes().end());
 }
 
 bool StreamedDataFile::IsOpen() const {
     const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
-    return m_stream != nullptr;
+    return m_isOpen;
 }
 
 std::string StreamedDataFile::GetFileName() const {
@@ -142,13 +148,18 @@ DataFile::EAccess StreamedDataFile::GetFileAccess() const {
     return m_access;
 }
 
-std::uint64_t StreamedDataFile::NumUnreadEntries() const {
+std::vector<std::byte> StreamedDataFile::GetContent() const {
+    const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
+    return m_content;
+}
+
+std::vector<UnreadEntry> StreamedDataFile::GetUnreadEntries() const {
     const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
     return m_unreadEntries;
 }
 
 void StreamedDataFile::RequireOpen(const char* operation) const {
-    if (!m_stream)
+    if (!m_isOpen)
         Core::Error::RaiseError(
             ClosedDataFileError(Core::FormatText("%1% called on an unopened %2%", {operation, GetFileType()})),
             QOR_CODE_CONTEXT("DataFile"), m_category);

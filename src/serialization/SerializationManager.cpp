@@ -87,10 +87,12 @@ std::shared_ptr<DataObject> SerializationManager::InputDataBlock(Core::BinaryInp
                                                                  const std::string& dataName,
                                                                  const DataObjectHeader& header, const char* category) {
     const ReadOperation reading;
+    const ReadOperation::Entry entry(dataName);
     try {
         std::string reason;
         std::shared_ptr<DataObject> object = CreateObject(header, dataName, reason);
         if (!object) {
+            ReadOperation::Current().KeepUnread(header, reason);
             Core::Warning::RaiseWarning(
                 DataObjectCreationFailed(Core::FormatText(
                     "Attempt to deserialize data %1% failed to create the needed DataObject ( %2%, version %3%, from "

@@ -1,0 +1,193 @@
+#include "Alerts.h"
+#include "FaultyFileSystem.h"
+#include "MarkedFile.h"
+#include "StoredBytes.h"
+#include "TemporaryDirectory.h"
+
+#include <Tivor/BinaryDataFile.h>
+#include <Tivor/DataFileTypeManager.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using namespace Core::Testing;
+using Names = std::vector<std::string>;
+
+const std::string fileHeader = Bytes("'QOR DATA' 01 0000 'A'");
+const std::string end = Bytes("00000000 7F FFFF");
+
+std::string Line(const Names& path, const DataObjectHeader& header) {
+    std::string line;
+    for (const std::string& key : path)
+        line += '/' + key;
+    for (const std::string& part : {std::to_string(header.typeCode & 0x7F), header.typeName, header.version,
+                                    header.module, std::to_string(header.dataSize)})
+        line += '|' + part;
+    return line;
+}
+
+/// What there is below an opened container.
+void Walk(DataContainer& container, Names& path, Names& lines) {
+    Names keys;
+    container.EnumData(keys);
+    for (const std::string& key : keys) {
+        path.push_back(key);
+        const auto object = container.Get(key);
+        DataObjectHeader header(*object);
+        if (WithoutFlag(header.typeCode) != eNO_TYPE)
+            header.module = "*"; // the object may have another, which is not stored
+        lines.push_back(Line(path, header));
+        if (const auto below = container.GetPtr<DataContainer>(key))
+            Walk(*below, path, lines);
+        path.pop_back();
+    }
+}
+
+struct Seen {
+    std::string fileType;
+    Names lines;
+    std::string error;
+    std::string text;
+    std::string file;
+};
+
+Seen Visit(const std::string& fileName, const std::string& fileType, const std::string& closedKey = "") {
+    Seen seen;
+    try {
+        seen.fileType = DataFile::ForEachHeader(fileName, fileType, [&](const Names& path, const auto& header) {
+            seen.lines.push_back(Line(path, header));
+            return path.back() != closedKey;
+        });
+    } catch (const Core::Error& error) {
+        seen.error = error.GetTypeName();
+        seen.text = error.GetText();
+        seen.file = error.GetVariable("File");
+    }
+    return seen;
+}
+
+std::string NestedContent() {
+    const auto container = DataContainer::Create();
+    container->PutValue("n", 7);
+    container->GetSubData({"empty"}, true);
+    container->GetSubData({"sub", "deep"}, true)->PutValue("t", std::string("text"));
+    container->GetSubData({"sub"}, true)->PutValue("more", 1.5);
+    container->PutValue("last", true);
+    return Stored(*container);
+}
+
+} // namespace
+
+TEST(HeaderWalk, SeesWhatTheOpenedFileHolds) {
+    DataFileTypeManager::Instance().SetFactory(std::make_shared<MarkedFileFactory>("Marked", "WALK"));
+    const TemporaryDirectory directory;
+    WriteFileText(directory / "nested", fileHeader + NestedContent());
+    WriteFileText(directory / "marked", "WALK" + NestedContent());
+    WriteFileText(directory / "trailing.dataset", fileHeader + end + "more");
+    WriteFileText(directory / "empty.dataset", "");
+    std::vector<std::filesystem::path> files;
+    for (const char* const from : {TIVOR_TEST_DATA "/golden", directory.GetPath().ToString().c_str()})
+        for (const auto& entry : std::filesystem::directory_iterator(from))
+            if (entry.path().extension() != ".txt" && entry.path().extension() != ".py" && entry.is_regular_file())
+                files.push_back(entry.path());
+    ASSERT_GT(files.size(), 50u);
+    for (const auto& path : files) {
+        SCOPED_TRACE(path.string());
+        const auto file = DataFile::Open(path.string(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, "", nullptr);
+        ASSERT_TRUE(file);
+        ASSERT_EQ(file->NumUnreadEntries(), 0u);
+        Names place;
+        Names expected;
+        Walk(*file, place, expected);
+        const Seen seen = Visit(path.string(), "");
+        EXPECT_EQ(seen.lines, expected);
+        EXPECT_EQ(seen.error, "");
+        EXPECT_EQ(seen.fileType, file->GetFileType());
+    }
+    for (const char* const name : {"nested", "marked"}) {
+        const Names lines = Visit((directory / name).ToString(), "", "sub").lines;
+        EXPECT_EQ(Visit((directory / name).ToString(), "").lines.size(), 7u);
+        EXPECT_EQ(lines.size(), 4u);
+        EXPECT_TRUE(std::none_of(lines.begin(), lines.end(),
+                                 [](const std::string& line) { return line.starts_with("/sub/"); }));
+    }
+}
+
+TEST(HeaderWalk, StopsWhereTheFileIsDamaged) {
+    const TemporaryDirectory directory;
+    const Core::PathName path = directory / "f";
+    const std::string content = fileHeader + NestedContent();
+    WriteFileText(path, content);
+    const Names whole = Visit(path.ToString(), "").lines;
+    for (std::size_t size = 1; size < content.size(); ++size) {
+        SCOPED_TRACE(size);
+        WriteFileText(path, content.substr(0, size));
+        const Seen seen = Visit(path.ToString(), "QOR Binary Data File");
+        EXPECT_NE(seen.error, "");
+        EXPECT_EQ(seen.file, path.ToString());
+        ASSERT_LE(seen.lines.size(), whole.size());
+        EXPECT_TRUE(std::equal(seen.lines.begin(), seen.lines.end(), whole.begin()));
+    }
+    const std::tuple<std::string, std::string, std::string, std::size_t> rows[] = {
+        {Bytes("01000000 'a' 06 01000000 01000000 'b' 7F 0000"), "InputInvalidTypeID", "", 1},
+        {Bytes("01000000 'a' 06 01000000 02000000 'b' "), "EndOfStreamOnInput", "", 1},
+        {Bytes("01000000 'a' 13 08 FFFFFFFFFFFFFFFF 'b' "), "EndOfStreamOnInput",
+         "Expected 18446744073709551615 bytes of data, found the end of the stream after 1", 1},
+        {Bytes("01000000 'a' 7D 01 0A 01000000 'b' 06 01000000") + end, "EndOfStreamOnInput", "", 2},
+    };
+    for (const auto& [entries, error, text, count] : rows) {
+        WriteFileText(path, fileHeader + entries);
+        SCOPED_TRACE(testing::PrintToString(entries));
+        const Seen seen = Visit(path.ToString(), "");
+        EXPECT_EQ(seen.error, error) << seen.text;
+        EXPECT_EQ(seen.text.substr(0, text.size()), text);
+        EXPECT_EQ(seen.file, path.ToString());
+        EXPECT_EQ(seen.lines.size(), count);
+    }
+    const std::string absent = (directory / "absent").ToString();
+    for (const char* const fileType : {"", "QOR Binary Data File"}) {
+        const auto error = RaisedBy<Core::IOError>([&] { DataFile::ForEachHeader(absent, fileType, {}); });
+        EXPECT_EQ(error.GetVariable("File"), absent);
+    }
+    // The visitor's own exceptions are not swallowed.
+    WriteFileText(path, content);
+    EXPECT_THROW(DataFile::ForEachHeader(path.ToString(), "", [](const auto&, const auto&) -> bool { throw 7; }), int);
+}
+
+TEST(HeaderWalk, PassesOverDataWithoutReadingIt) {
+    const TemporaryDirectory directory;
+    const Core::PathName path = directory / "f";
+    constexpr std::uint64_t hole = std::uint64_t{5} << 30;
+    const std::string size = Bytes("08 0000004001000000"); // 5 GB
+    WriteFileText(path, fileHeader + Bytes("04000000 'huge' 13") + size);
+    const std::string between = Bytes("03000000 'sub' 7D") + size;
+    const std::string last = Bytes("04000000 'last' 06 05000000") + end;
+    {
+        std::fstream file(path.ToString(), std::ios::in | std::ios::out | std::ios::binary | std::ios::ate);
+        const auto write = [&](std::uint64_t skipped, const std::string& bytes) {
+            file.seekp(static_cast<std::streamoff>(skipped), std::ios::cur);
+            file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        };
+        write(hole, between);
+        write(hole, last);
+        ASSERT_TRUE(file.flush());
+    }
+    const FaultyFileSystem files; // counts
+    const Seen seen = Visit(path.ToString(), "", "sub");
+    EXPECT_EQ(seen.error, "");
+    const std::string shown = std::to_string(hole);
+    ASSERT_EQ(seen.lines.size(), 3u);
+    EXPECT_EQ(seen.lines[0], "/huge|19|||*|" + shown);
+    EXPECT_TRUE(seen.lines[1].starts_with("/sub|125|") && seen.lines[1].ends_with(shown)) << seen.lines[1];
+    EXPECT_TRUE(seen.lines[2].starts_with("/last|6|")) << seen.lines[2];
+    EXPECT_LT(files.CallsMade(ECall::eREAD), 20);
+}
+
+} // namespace Qor::Tivor::Testing

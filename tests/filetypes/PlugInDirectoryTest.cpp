@@ -1,0 +1,247 @@
+#include "TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+
+#if __has_include(<sys/wait.h>)
+#define TIVOR_TEST_RUNS_PROGRAMS
+#endif
+
+#ifdef TIVOR_TEST_RUNS_PROGRAMS
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Core::Testing::TemporaryDirectory;
+using Core::Testing::WriteFileText;
+using Lines = std::vector<std::string>;
+
+const std::string binary = "QOR Binary Data File";
+const std::string plugIns = "Plugins/DataFiles/";
+
+/// A program that stands with its plug-ins and its configuration in a directory of its own.
+class Installation {
+public:
+    Installation() {
+        Add("FileTypesProgram", "FileTypesProgram");
+        fs::create_directories(Path("Plugins/DataFiles"));
+        fs::create_directories(Path("Config"));
+    }
+
+    std::string Path(const std::string& name) const { return (m_directory / name).ToString(); }
+    void Add(const std::string& name, const std::string& builtFile) const {
+        fs::create_directories(fs::path(Path(name)).parent_path());
+        fs::copy_file(TIVOR_TEST_PROGRAMS "/" + builtFile, Path(name));
+    }
+    void AddBehaving(const std::string& name) const { Add(name, "BehavingPlugIn.dll"); }
+    void Write(const std::string& name, const std::string& text) const { WriteFileText(m_directory / name, text); }
+    void Configure(const std::string& settings) const {
+        Write("Config/DataFileConfig.xml", "<DataFileConfig>" + settings + "</DataFileConfig>");
+    }
+
+    /// Runs the program elsewhere, and gives what it prints.
+    Lines Run(const std::string& arguments = "") const {
+        Lines lines;
+        FILE* const output = popen(("cd / && '" + Path("FileTypesProgram") + "' " + arguments + " 2>&1").c_str(), "r");
+        std::string all;
+        for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output))
+            all += static_cast<char>(c);
+        EXPECT_EQ(pclose(output), 0) << all;
+        for (std::size_t begin = 0, newLine = 0; (newLine = all.find('\n', begin)) != all.npos; begin = newLine + 1)
+            lines.push_back(all.substr(begin, newLine - begin));
+        return lines;
+    }
+
+private:
+    TemporaryDirectory m_directory;
+};
+
+/// What follows in the lines that begin so.
+Lines After(const std::string& begin, const Lines& lines) {
+    Lines found;
+    for (const std::string& line : lines)
+        if (line.starts_with(begin))
+            found.push_back(line.substr(begin.size()));
+    return found;
+}
+
+struct PlugIn {
+    std::string name; // of the library, without ".dll"
+    std::string outcome;
+    bool isEntered = true;
+};
+
+const PlugIn behaving[] = {
+    {"a-plain", "loaded: "},
+    {"b-error", "failed: raised"},
+    {"c-exception", "failed: thrown"},
+    {"d-int", "failed: an exception of unknown type"},
+    {"e-null", "failed: Expected a factory of data files, found none"},
+    {"f-twice", "loaded: "},
+    {"g-open", "loaded: "},
+    {"h-enumerate", "loaded: "},
+    {"i-load", "loaded: "},
+    {"j-configure", "loaded: "},
+    {"k-empty", "not loaded: the system's reason", false},
+    {"l-text", "not loaded: the system's reason", false},
+    {"m-none", "no entry point: it has no function \"RegisterDataFileTypes\"", false},
+    {"z-plain", "loaded: "},
+};
+
+void AddAll(const Installation& installation, const std::string& directory) {
+    for (const PlugIn& plugIn : behaving)
+        if (plugIn.isEntered)
+            installation.AddBehaving(directory + plugIn.name + ".dll");
+    installation.Write(directory + "k-empty.dll", "");
+    installation.Write(directory + "l-text.dll", "no library");
+    installation.Add(directory + "m-none.dll", "EmptyPlugIn.dll");
+    installation.Write(directory + "own.xml", "<DataFileConfig><PlugIn>" + installation.Path(directory) +
+                                                  "a-plain.dll</PlugIn><DefaultFileType>j-configure</DefaultFileType>"
+                                                  "</DataFileConfig>");
+    installation.AddBehaving(directory + "upper-plain.DLL");
+    // None of these counts.
+    installation.AddBehaving(directory + "sub/sub-plain.dll");
+    installation.AddBehaving(directory + "bak-plain.dll.bak");
+    installation.AddBehaving(directory + "dll");
+    fs::create_directory(installation.Path(directory + "directory.dll"));
+}
+
+} // namespace
+
+TEST(PlugInDirectory, StandsWhateverPlugInsDo) {
+    for (const bool isAtFirstUse : {true, false}) {
+        const Installation installation;
+        const std::string directory = isAtFirstUse ? plugIns : "More/";
+        AddAll(installation, directory);
+        const std::string there = '\'' + installation.Path(directory) + "' ";
+        const Lines lines = installation.Run("load " + there + there + installation.Path("absent"));
+        Lines types = {binary};
+        Lines entered;
+        std::map<std::string, std::string> outcomes;
+        for (const PlugIn& plugIn : behaving) {
+            outcomes[directory + plugIn.name + ".dll"] = plugIn.outcome;
+            if (plugIn.isEntered)
+                entered.push_back(plugIn.name);
+        }
+        entered.insert(entered.end() - 1, "upper-plain");
+        outcomes[directory + "upper-plain.DLL"] = "loaded: ";
+        types.insert(types.end(), entered.begin(), entered.end());
+        EXPECT_EQ(After("type ", lines), types);
+        EXPECT_EQ(After("log Test.PlugIn entered ", lines), entered);
+        Lines expected;
+        for (const auto& [name, outcome] : outcomes)
+            expected.push_back(name + ": " + outcome);
+        Lines found = After("plug-in ", lines);
+        std::sort(found.begin(), found.end());
+        EXPECT_EQ(found, expected);
+        EXPECT_EQ(After("default ", lines), Lines{"j-configure"});
+        EXPECT_EQ(After("log Qor.Tivor.DataFile Registered DataFile type: f-twice", lines).size(), 2u);
+        EXPECT_EQ(After("log Qor.Tivor.DataFile ReplacingDataFileFactory: ", lines).size(), 1u);
+        // Only those that failed in what they did are worth a line.
+        Lines failures = After("log Qor.Tivor.DataFile The data file plug-in ", lines);
+        for (std::string& failure : failures)
+            failure.erase(0, installation.Path(directory).size());
+        EXPECT_EQ(failures,
+                  (Lines{"b-error.dll failed with the error: raised", "c-exception.dll failed with the error: thrown",
+                         "d-int.dll failed with the error: an exception of unknown type",
+                         "e-null.dll failed with the error: Expected a factory of data files, found none"}));
+        for (const std::string& line : lines)
+            for (const char* const silent : {"k-empty", "l-text", "m-none", "directory", "absent"})
+                EXPECT_FALSE(line.starts_with("log ") && line.find(silent) != line.npos) << line;
+    }
+}
+
+TEST(PlugInDirectory, MayBeMissing) {
+    const Installation installation;
+    fs::remove_all(installation.Path("Plugins"));
+    fs::remove_all(installation.Path("Config"));
+    EXPECT_EQ(installation.Run(),
+              (Lines{"log Qor.Tivor.DataFile Registered DataFile type: " + binary, "type " + binary, "default "}));
+}
+
+TEST(PlugInConfiguration, IsReadAtFirstUse) {
+    struct Row {
+        std::string settings;
+        std::string plugIn; // the last that is told of, with its outcome
+        std::string defaultType;
+        std::string log; // part of the last line
+    };
+    const std::string loaded = ": loaded: ";
+    const Row rows[] = {
+        {"<DefaultFileType>x-plain</DefaultFileType>", plugIns + "x-plain.dll" + loaded, "x-plain", "type: x-plain"},
+        {"<DefaultFileType>s-plain</DefaultFileType><PlugIn>sub/s-plain.dll</PlugIn>",
+         plugIns + "sub/s-plain.dll" + loaded, "s-plain", "type: s-plain"},
+        {"<PlugIn>x-plain.dll</PlugIn>", plugIns + "x-plain.dll" + loaded, "", "type: x-plain"},
+        {"<PlugIn>y-plain.dll</PlugIn>", "y-plain.dll" + loaded, "", "type: y-plain"},
+        {"<PlugIn>y-error.dll</PlugIn><DefaultFileType>y-error</DefaultFileType>", "y-error.dll: failed: raised",
+         "y-error", "failed with the error: raised"},
+        {"<PlugIn>libm.so.6</PlugIn>", "libm.so.6: no entry point: it has no function \"RegisterDataFileTypes\"", "",
+         "type: x-plain"},
+        {"<PlugIn>absent.dll</PlugIn><PlugIn>y-plain.dll</PlugIn>", "y-plain.dll" + loaded, "", "type: y-plain"},
+        {"<PlugIn></PlugIn>", ": not loaded: the system's reason", "", "type: x-plain"},
+        {"<PlugIn>HERE/Far/z-plain.dll</PlugIn><DefaultFileType>z-plain</DefaultFileType>", "Far/z-plain.dll" + loaded,
+         "z-plain", "type: z-plain"},
+        {"<PlugIn>y-plain.dll</PlugIn><DefaultFileType>None</DefaultFileType>", "y-plain.dll" + loaded, "",
+         "Missing installed data file type: None"},
+        {"<PlugIn>y-plain.dll", plugIns + "x-plain.dll" + loaded, "", "Error during parse of "},
+        {"</DataFileConfig><!--", plugIns + "x-plain.dll" + loaded, "", "Error during parse of "},
+    };
+    const Installation installation;
+    for (const char* const name : {"x-plain.dll", "sub/s-plain.dll"}) {
+        installation.AddBehaving(plugIns + name);
+        installation.AddBehaving(name); // not taken, since there is the other
+    }
+    for (const char* const name : {"y-plain.dll", "y-error.dll", "Far/z-plain.dll"})
+        installation.AddBehaving(name);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.settings);
+        std::string settings = row.settings;
+        if (const std::size_t here = settings.find("HERE/"); here != settings.npos)
+            settings.replace(here, 5, installation.Path(""));
+        installation.Configure(settings);
+        const Lines lines = installation.Run();
+        const Lines told = After("plug-in ", lines);
+        ASSERT_FALSE(told.empty());
+        EXPECT_EQ(told.back(), row.plugIn);
+        EXPECT_EQ(told.front(), plugIns + "x-plain.dll" + loaded);
+        EXPECT_EQ(After("log Test.PlugIn entered x-plain", lines).size(), 1u);
+        EXPECT_EQ(After("default ", lines), Lines{row.defaultType});
+        const Lines log = After("log Qor.Tivor.DataFile ", lines);
+        ASSERT_FALSE(log.empty());
+        EXPECT_NE(log.back().find(row.log), std::string::npos) << log.back();
+    }
+}
+
+TEST(FirstUseThreads, FindTheManagerComplete) {
+    const Installation installation;
+    const Lines entered = {"a-plain", "b-enumerate", "c-open", "d-plain", "e-plain"};
+    for (const char* const name : {"a-plain", "b-enumerate", "c-open"})
+        installation.AddBehaving(plugIns + name + ".dll");
+    installation.AddBehaving("d-plain.dll");
+    installation.AddBehaving("More/e-plain.dll");
+    installation.Configure("<PlugIn>d-plain.dll</PlugIn><DefaultFileType>d-plain</DefaultFileType>");
+    for (int round = 0; round < 10 && !HasFailure(); ++round) {
+        const Lines lines = installation.Run("threads");
+        Lines loaded = After("log Test.PlugIn entered ", lines);
+        std::sort(loaded.begin(), loaded.end());
+        EXPECT_EQ(loaded, entered);
+        EXPECT_EQ(After("opened ", lines), Lines{"d-plain"});
+        for (const std::string& count : After("count ", lines))
+            EXPECT_TRUE(count >= "5" && count <= "7") << "types found: " << count;
+        for (const std::string& type : After("default ", lines))
+            EXPECT_EQ(type, "d-plain");
+        EXPECT_EQ(After("type ", lines).size(), 7u);
+        EXPECT_EQ(After("plug-in ", lines).size(), 5u);
+    }
+}
+
+} // namespace Qor::Tivor::Testing
+
+#endif

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Qor::Tivor::Tool {
+
+/// The exit status of the program.
+enum EStatus : int { eFINE = 0, eDEVIATES = 1, eERROR = 2 };
+
+/// What the command line says; each command has its share of it.
+struct Arguments {
+    std::string file;
+    std::string text;
+    std::vector<std::string> words; ///< the keys; for `Set` the value behind them
+    std::string type;
+    bool asJson = false;
+    bool dropsUnread = false;
+    bool creates = false;
+    bool overwrites = false;
+    bool checks = false;
+};
+
+/// What commands print reaches the user when they return; when they raise something, only `err` does.
+struct Console {
+    std::ostream& out;
+    std::ostream& err;
+};
+
+EStatus ShowInfo(const Arguments& arguments, Console& console);
+EStatus List(const Arguments& arguments, Console& console);
+EStatus Get(const Arguments& arguments, Console& console);
+EStatus Set(const Arguments& arguments, Console& console);
+EStatus Import(const Arguments& arguments, Console& console);
+EStatus ShowTypes(const Arguments& arguments, Console& console);
+
+} // namespace Qor::Tivor::Tool

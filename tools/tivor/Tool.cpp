@@ -1,0 +1,198 @@
+#include "Tool.h"
+
+#include "Commands.h"
+#include "Display.h"
+
+#include <QorCore/Alert.h>
+#include <QorCore/Context.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
+
+namespace Qor::Tivor::Tool {
+
+namespace {
+
+using Command = EStatus (*)(const Arguments& arguments, Console& console);
+
+class WarningPrinter final : public Core::AlertHandler {
+public:
+    explicit WarningPrinter(std::ostream& err) : m_err(err) {}
+
+    void OnWarning(const Core::Warning& warning) override {
+        if (warning.GetTypeName() != "NoDefaultDataFile") // to have no default is what a user expects
+            m_err << "tivor: warning: " << OneLine(warning.GetText()) << '\n';
+    }
+
+private:
+    std::ostream& m_err;
+};
+
+// The parser takes negative numbers for options, texts in brackets for lists, and drops some others. A mark in front of
+// all that is no option keeps it from looking into them.
+constexpr char mark = '\x01';
+
+bool IsOption(const std::string& word) { return word.starts_with("--") || word == "-h"; }
+
+std::vector<std::string> Mark(const std::vector<std::string>& words) {
+    std::vector<std::string> marked;
+    bool hasCommand = false;
+    for (auto word = words.begin(); word != words.end(); ++word) {
+        if (*word == "--") {
+            std::transform(word + 1, words.end(), std::back_inserter(marked),
+                           [](const std::string& rest) { return mark + rest; });
+            break;
+        }
+        const bool isPlain = IsOption(*word) || !std::exchange(hasCommand, true);
+        marked.push_back(isPlain ? *word : mark + *word);
+    }
+    return marked;
+}
+
+void Unmark(std::string& word) {
+    if (!word.empty() && word.front() == mark)
+        word.erase(0, 1);
+}
+
+void Unmark(Arguments& arguments) {
+    for (std::string* const word : {&arguments.file, &arguments.text, &arguments.type})
+        Unmark(*word);
+    for (std::string& word : arguments.words)
+        Unmark(word);
+}
+
+/// The commands and their options.
+class CommandLine {
+public:
+    CommandLine() {
+        m_app.require_subcommand(1);
+        m_app.footer("Keys are given one by one, from the outermost on. What follows \"--\" is taken as it is.\n"
+                     "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.");
+        AddFile(Add("info", "What a file is, from its headers only", ShowInfo));
+        AddKeys(AddFile(Add("ls", "The entries of a file, or those below the keys, from the headers only", List)));
+        AddKeys(AddFile(Add("get", "The value that the keys lead to, or all that is below them", Get)));
+        AddSet();
+        AddImport();
+        Add("types", "The file types, the built-in classes and the plug-ins", ShowTypes);
+    }
+
+    /// Returns the command, or null when all is said already.
+    Command Parse(const std::vector<std::string>& words, std::ostream& out, std::ostream& err, int& status) {
+        RequireCommand(words);
+        std::vector<std::string> marked = Mark(words);
+        std::reverse(marked.begin(), marked.end());
+        try {
+            m_app.parse(std::move(marked));
+        } catch (const CLI::Success& request) {
+            status = m_app.exit(request, out, err);
+            return nullptr;
+        } catch (const CLI::ParseError& error) {
+            std::string text = error.what();
+            text.erase(std::remove(text.begin(), text.end(), mark), text.end());
+            err << "tivor: " << OneLine(text) << "\n       \"tivor COMMAND --help\" tells what is expected\n";
+            status = eERROR;
+            return nullptr;
+        }
+        Unmark(m_arguments);
+        return m_command;
+    }
+
+    const Arguments& GetArguments() const { return m_arguments; }
+
+private:
+    void RequireCommand(const std::vector<std::string>& words) const {
+        if (words.empty() || IsOption(words.front()))
+            return;
+        std::string names;
+        for (const CLI::App* const command : m_app.get_subcommands({})) {
+            if (command->get_name() == words.front())
+                return;
+            names += (names.empty() ? "" : ", ") + command->get_name();
+        }
+        Fail("Expected one of the commands " + names + ", found " + Show(words.front()));
+    }
+
+    CLI::App* Add(const char* name, const char* description, Command command) {
+        CLI::App* const added = m_app.add_subcommand(name, description);
+        added->add_flag("--json", m_arguments.asJson, "For machines");
+        added->callback([this, command] { m_command = command; });
+        return added;
+    }
+    CLI::App* AddFile(CLI::App* command) {
+        command->add_option("FILE", m_arguments.file, "The data file")->type_name("")->required();
+        return command;
+    }
+    CLI::App* AddKeys(CLI::App* command) {
+        command->add_option("KEY", m_arguments.words, "One key per level")->type_name("");
+        return command;
+    }
+
+    void AddSet() {
+        CLI::App* const set = AddFile(Add("set", "Changes or adds a number or a text, and saves the file", Set));
+        set->add_option("KEY... VALUE", m_arguments.words, "One key per level, then the value")
+            ->type_name("")
+            ->required();
+        set->add_option("--type", m_arguments.type,
+                        "The class of a new entry, AsciiString unless given; an existing entry keeps its own")
+            ->type_name("CLASS");
+        set->add_flag("--drop-unread", m_arguments.dropsUnread, "Saves although entries that cannot be read get lost");
+        set->add_flag("--create", m_arguments.creates, "Makes the file where there is none");
+    }
+
+    void AddImport() {
+        CLI::App* const import = Add("import", "Puts a surface that was measured into a new data file", Import);
+        import->add_option("TEXT", m_arguments.text, "Header lines \"# Name: text\", then rows of heights between tabs")
+            ->type_name("")
+            ->required();
+        AddFile(import);
+        import->add_flag("--force", m_arguments.overwrites, "Replaces a file that exists");
+        import->add_flag("--check", m_arguments.checks, "Writes nothing: tells where the file is not what the text is");
+    }
+
+    Arguments m_arguments;
+    Command m_command = nullptr;
+    CLI::App m_app{"Looks into data files of optical surface metrology, and changes them", "tivor"};
+};
+
+void Explain(const Core::Error& error, std::ostream& err) {
+    err << "tivor: " << OneLine(error.GetText()) << '\n';
+    const char* before = "       ";
+    for (const auto& [name, value] : error.GetVariables())
+        err << std::exchange(before, "; ") << OneLine(name) << ": " << OneLine(value);
+    if (!error.GetVariables().empty())
+        err << '\n';
+}
+
+int Execute(Command command, const Arguments& arguments, std::ostream& out, std::ostream& err) {
+    const WarningPrinter printer(err);
+    Core::ReadLimits limits;
+    limits.moduleNames = Core::EModuleNames::bare;
+    limits.keepsUnavailable = true;
+    const Core::Context::ScopedLimits scope(limits);
+    std::ostringstream printed;
+    Console console{printed, err};
+    const EStatus status = command(arguments, console);
+    out << printed.view() << std::flush;
+    if (!out)
+        Core::Error::RaiseError(Core::IOError("The output could not be written"), QOR_CODE_CONTEXT("Tool"), category);
+    return status;
+}
+
+} // namespace
+
+int RunTool(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+    try {
+        CommandLine line;
+        int status = eFINE;
+        const Command command = line.Parse(arguments, out, err, status);
+        return command != nullptr ? Execute(command, line.GetArguments(), out, err) : status;
+    } catch (const Core::Error& error) {
+        Explain(error, err);
+    } catch (const std::exception& error) {
+        err << "tivor: " << OneLine(error.what()) << '\n';
+    }
+    return eERROR;
+}
+
+} // namespace Qor::Tivor::Tool

@@ -1,0 +1,175 @@
+#include "Values.h"
+
+#include "Elements.h"
+
+#include <Tivor/ArrayDataObjects.h>
+#include <Tivor/ScalarData.h>
+#include <Tivor/UnboundDataObject.h>
+
+#include <typeindex>
+#include <unordered_map>
+
+namespace Qor::Tivor::Tool {
+
+namespace {
+
+/// How objects of one class are shown.
+struct Form {
+    bool isOneElement;
+    void (*print)(DataObject& object, const LineSink& print);
+    Json (*toJson)(DataObject& object);
+};
+using Forms = std::unordered_map<std::type_index, Form>;
+
+template <class T>
+const T& ValueOf(DataObject& object) {
+    return static_cast<Data<T>&>(object).GetValue();
+}
+
+template <class T>
+void AddValue(Forms& forms) {
+    forms.emplace(typeid(Data<T>),
+                  Form{!AnyMatrix<T> && !AnyMap<T> && !AnySequence<T>,
+                       [](DataObject& object, const LineSink& print) { Lines(ValueOf<T>(object), print); },
+                       [](DataObject& object) { return ValueJson(ValueOf<T>(object)); }});
+}
+
+template <class T>
+void AddArray(Forms& forms) {
+    forms.emplace(typeid(Array<T>), Form{false,
+                                         [](DataObject& object, const LineSink& print) {
+                                             Lines(static_cast<const Array<T>&>(object).GetElements(), print);
+                                         },
+                                         [](DataObject& object) {
+                                             return ValueJson(static_cast<const Array<T>&>(object).GetElements());
+                                         }});
+}
+
+template <class Visitor>
+auto VisitScalar(const ScalarData& scalar, Visitor visit) {
+    switch (scalar.GetTypeID()) {
+    case eSIGNED_INTEGRAL_TYPE:
+        return visit(scalar.GetValue<std::int64_t>());
+    case eUNSIGNED_INTEGRAL_TYPE:
+        return visit(scalar.GetValue<std::uint64_t>());
+    default:
+        return scalar.GetSize_bytes() == sizeof(float) ? visit(scalar.GetValue<float>())
+                                                       : visit(scalar.GetValue<double>());
+    }
+}
+
+void AddScalar(Forms& forms) {
+    forms.emplace(
+        typeid(ScalarData),
+        Form{true,
+             [](DataObject& object, const LineSink& print) {
+                 print(VisitScalar(static_cast<ScalarData&>(object), [](auto number) { return ElementText(number); }));
+             },
+             [](DataObject& object) {
+                 return VisitScalar(static_cast<ScalarData&>(object), [](auto number) { return ElementJson(number); });
+             }});
+}
+
+std::string DescribeUnbound(const UnboundData& data) {
+    return "unbound data of class " + Show(data.GetTypeName()) + ", version " + Show(data.GetVersion()) + ", module " +
+           Show(data.GetModule()) + ", " + Count(data.GetDataCapacity(), "byte", "bytes");
+}
+
+template <class T>
+void AddUnbound(Forms& forms) {
+    forms.emplace(
+        typeid(T),
+        Form{true, [](DataObject& object, const LineSink& print) { print(DescribeUnbound(static_cast<T&>(object))); },
+             [](DataObject& object) -> Json {
+                 const auto& data = static_cast<T&>(object);
+                 return {{"unbound",
+                          {{"class", TextJson(data.GetTypeName())},
+                           {"version", TextJson(data.GetVersion())},
+                           {"module", TextJson(data.GetModule())},
+                           {"bytes", data.GetDataCapacity()}}}};
+             }});
+}
+
+Forms MakeForms() {
+    Forms forms;
+#define TIVOR_VALUE(T, id, name) AddValue<T>(forms);
+    TIVOR_BUILT_IN_VALUES TIVOR_COLLECTION_VALUES
+#undef TIVOR_VALUE
+#define TIVOR_ROW(T, STEM, code, position, name) AddArray<T>(forms);
+        TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+            AddScalar(forms);
+    AddUnbound<UnboundData>(forms);
+    AddUnbound<UnboundScalarArray>(forms);
+    AddUnbound<UnboundScalarContainer>(forms);
+    return forms;
+}
+
+/// Classes of plug-ins.
+constexpr Form otherForm{true, [](DataObject& object, const LineSink& print) { print(OneLine(object.ToString())); },
+                         [](DataObject& object) -> Json {
+                             return {{"class", TextJson(object.GetTypeName())}, {"text", TextJson(object.ToString())}};
+                         }};
+
+const Form& FormOf(DataObject& object) {
+    static const auto* const forms = new Forms(MakeForms());
+    const auto found = forms->find(typeid(object));
+    return found != forms->end() ? found->second : otherForm;
+}
+
+std::shared_ptr<const DataContainer> ContainerIn(DataObject& object) {
+    auto* const wrapper = dynamic_cast<Data<DataContainer>*>(&object);
+    return wrapper != nullptr ? wrapper->GetData() : nullptr;
+}
+
+void PrintTree(std::ostream& out, const DataContainer& container, const std::string& indent) {
+    const std::string deeper = indent + "  ";
+    for (const auto& [key, object] : container) {
+        out << indent << Show(key) << ':';
+        if (const auto below = ContainerIn(*object)) {
+            out << '\n';
+            PrintTree(out, *below, deeper);
+        } else if (const Form& form = FormOf(*object); form.isOneElement) {
+            form.print(*object, [&](const std::string& line) { out << ' ' << line << '\n'; });
+        } else {
+            out << '\n';
+            form.print(*object, [&](const std::string& line) { out << deeper << line << '\n'; });
+        }
+    }
+}
+
+} // namespace
+
+void PrintText(std::ostream& out, const DataContainer& container) { PrintTree(out, container, ""); }
+
+void PrintText(std::ostream& out, DataObject& object) {
+    if (const auto container = ContainerIn(object))
+        PrintText(out, *container);
+    else if (typeid(object) == typeid(Data<std::string>))
+        out << ValueOf<std::string>(object) << '\n';
+    else if (typeid(object) == typeid(Data<std::wstring>))
+        out << Utf8Of(ValueOf<std::wstring>(object)) << '\n';
+    else
+        FormOf(object).print(object, [&](const std::string& line) { out << line << '\n'; });
+}
+
+std::string BriefText(DataObject& object) {
+    std::string text;
+    if (const Form& form = FormOf(object); form.isOneElement && !ContainerIn(object))
+        form.print(object, [&](const std::string& line) { text += line; });
+    return text.empty() ? "a " + object.GetTypeName() : text;
+}
+
+Json ToJson(DataObject& object) {
+    const auto container = ContainerIn(object);
+    return container ? ToJson(*container) : FormOf(object).toJson(object);
+}
+
+Json ToJson(const DataContainer& container) {
+    Json json = Json::object();
+    for (const auto& [key, object] : container)
+        AddMember(json, MemberName(key), ToJson(*object));
+    return json;
+}
+
+} // namespace Qor::Tivor::Tool
