@@ -54,6 +54,12 @@ build_expat() {
         -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF -DEXPAT_BUILD_PKGCONFIG=OFF
 }
 
+# C++20 here too: its printers of some types exist only then.
+build_gtest() {
+    cp -r /usr/src/googletest "$work/gtest"
+    install_from "$work/gtest" -DCMAKE_CXX_STANDARD=20 -DBUILD_GMOCK=OFF
+}
+
 # provide NAME: runs build_NAME unless it succeeded before; what that says is shown only when it fails.
 provide() {
     local log=$prefix/$1.log status
@@ -73,4 +79,5 @@ provide() {
 
 rm -rf "$work" # what is left of a run that failed
 provide expat
+provide gtest
 rm -rf "$work"

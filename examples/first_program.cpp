@@ -11,6 +11,7 @@ int main() {
     file.PutValue("Heights", heights);
     file.GetSubData({"Axes", "X"}, true)->PutValue("Unit", "µm");
     file.Flush();
+    file.Close();
 
     BinaryDataFile again("first.dataset", DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
     std::cout << again.GetPtr<RowMajorMatrix<double>>("Heights")->size() << " heights, x in "

@@ -9,7 +9,7 @@
 namespace Qor::Tivor {
 
 /// The plug-in libraries that were loaded, by the name that was asked for.
-class DataObjectFactory::PlugIns {
+class TIVOR_LOCAL DataObjectFactory::PlugIns {
 public:
     using EntryPoint = std::shared_ptr<DataObject> (*)(const std::string& className, const std::string& version);
 

@@ -1,3 +1,5 @@
+#include "Platform.h"
+
 #include <QorCore/ObjectPool.h>
 
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@ namespace {
 
 using Qor::Core::ObjectPoolBase;
 using Qor::Core::PoolAllocator;
+using Qor::Core::Testing::isWindows;
 using Cells = std::vector<void*>;
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -85,6 +88,8 @@ TEST(ObjectPoolThreads, SurplusAndListsOfEndedThreadsServeOtherThreads) {
 }
 
 TEST(ObjectPoolThreads, CellsMayBeFreedWhileTheThreadIsEnding) {
+    if (isWindows)
+        GTEST_SKIP() << "there, this compiler's thread-local objects lose their memory before they are destroyed";
     static PoolOf40 pool(8, 10);
     static bool isFreed;
     struct FreesAtEnd {

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 
 namespace Qor::Tivor::Testing {
@@ -294,6 +295,25 @@ TEST(BinaryDataFile, KeepsMetaData) {
     open.file.Flush();
     open.file.SetMetaData("m", nullptr);
     EXPECT_TRUE(open.file.IsModified() && !open.file.GetMetaData("m"));
+}
+
+// Longer than what Windows takes without further ado.
+TEST(BinaryDataFile, HasANameInAnyLanguageAndOfAnyLength) {
+    const Core::Testing::TemporaryDirectory directory;
+    const auto folder = directory / (std::string(140, 'd') + " \xC3\xA4\xE9\xAB\x98");
+    std::filesystem::create_directory(Core::Testing::Native(folder));
+    const auto path = folder / (std::string(140, 'f') + " \xE5\xBA\xA6.dataset");
+    ASSERT_GT(path.ToString().size(), 290u);
+    for (const int value : {1, 2}) {
+        BinaryDataFile file(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, nullptr);
+        ASSERT_TRUE(file.IsOpen());
+        EXPECT_EQ(file.GetValue<int>("value").value_or(1), 1);
+        file.PutValue("value", value);
+        file.Flush();
+        EXPECT_TRUE(path.IsFile());
+        EXPECT_EQ(Core::Testing::ReadFileText(path).size(), 12u + 14u + 7u) << value;
+    }
+    EXPECT_TRUE(BinaryDataFile::IsBinaryDataFile(path.ToString()));
 }
 
 } // namespace Qor::Tivor::Testing

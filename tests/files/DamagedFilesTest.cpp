@@ -409,6 +409,7 @@ TEST(DamagedFiles, DeepestFilesFitASmallStack) {
         const std::string path = (directory / "deep").ToString();
         BinaryDataFile file(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, clone);
         file.Flush();
+        file.Close();
         EXPECT_TRUE(BinaryDataFile(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr) == *clone);
     });
 }

@@ -99,7 +99,7 @@ public:
         EXPECT_TRUE(IsFlushed(m_file));
         EXPECT_EQ(ReadFileText(m_path), m_new);
         BinaryDataFile fresh;
-        EXPECT_TRUE(fresh.Open(m_path.ToString(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr));
+        EXPECT_TRUE(fresh.OpenMemory(std::as_bytes(std::span(m_new)), DataFile::eREAD_ONLY, nullptr));
         EXPECT_TRUE(fresh == m_file);
         EXPECT_EQ(fresh.NumDataObjects(), 3u);
         m_old = m_new;
@@ -128,7 +128,7 @@ TEST_P(FlushSweep, LeavesOldOrNewWhicheverCallFails) {
     for (bool met = true; met && !HasFailure();) {
         SCOPED_TRACE(++n);
         FaultyFileSystem faults;
-        faults.SetReplacesOpenFiles(replacesOpenFiles);
+        faults.SetReplacesOpenFiles(replacesOpenFiles && faults.ReplacesOpenFiles());
         Saving saving(size);
         faults.FailCall(n, fault, forEver);
         const bool flushed = IsFlushed(saving.GetFile());
@@ -197,6 +197,7 @@ TEST(FlushFaults, AHandlerThatRefusesAWarningLeavesTheOldFile) {
              const auto foreign = std::make_shared<ForeignObject>();
              foreign->written = std::string(foreign->announced = 4, 'w');
              alien.Put("alien", foreign);
+             saving.GetFile().Close();
              Core::Testing::WriteFileText(saving.GetPath(), FileWith(alien));
              saving.Reopen();
              EXPECT_EQ(saving.GetFile().NumUnreadEntries(), 1u);

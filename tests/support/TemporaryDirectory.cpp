@@ -1,9 +1,10 @@
 #include "TemporaryDirectory.h"
 
+#include "OpenFiles.h"
+
 #include <QorCore/System.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -12,11 +13,11 @@ namespace Qor::Core::Testing {
 
 namespace fs = std::filesystem;
 
-namespace {
-
 fs::path Native(const PathName& path) {
     return fs::path(std::u8string(path.ToString().begin(), path.ToString().end()));
 }
+
+namespace {
 
 std::string Utf8(const fs::path& path) {
     const std::u8string text = path.u8string();
@@ -58,6 +59,8 @@ void WriteFileText(const PathName& path, const std::string& content) {
 }
 
 std::string ReadFileText(const PathName& path) {
+    if (auto content = OpenFiles::Read(path))
+        return std::move(*content);
     std::ifstream file(Native(path), std::ios::binary);
     if (!file)
         throw std::runtime_error("cannot read " + path.ToString());

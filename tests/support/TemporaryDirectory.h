@@ -2,6 +2,7 @@
 
 #include <QorCore/PathName.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ public:
 private:
     PathName m_path;
 };
+
+/// The name for the standard library.
+std::filesystem::path Native(const PathName& path);
 
 /// Whole files, past the library under test.
 void WriteFileText(const PathName& path, const std::string& content);

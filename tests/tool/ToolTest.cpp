@@ -7,12 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include <RunProgram.h>
 #include <StoredBytes.h>
 #include <TemporaryDirectory.h>
 #include <Tool.h>
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -414,19 +414,13 @@ TEST_F(ToolTest, ListsTypes) {
 
 TEST_F(ToolTest, IsAProgram) {
     Say("set", {"a b", "c", "1.5", "--create", "--type", "double"});
-    const struct {
-        std::string behind, said;
-    } rows[] = {{"get data.dataset 'a b' c", "1.5\n0\n"}, {"get data.dataset d 2>/dev/null", "2\n"}};
-    for (const auto& [behind, said] : rows) {
-        const std::string command =
-            "cd '" + directory.GetPath().ToString() + "' && " + TIVOR_TEST_PROGRAMS + "/tivor " + behind + "; echo $?";
-        FILE* const program = popen(command.c_str(), "r");
-        ASSERT_NE(program, nullptr);
-        std::string output(100, '\0');
-        output.resize(std::fread(output.data(), 1, output.size(), program));
-        pclose(program);
-        EXPECT_EQ(output, said);
-    }
+    const auto found = RunProgram(directory.GetPath(), "tivor", {"get", "data.dataset", "a b", "c"});
+    EXPECT_EQ(found.status, 0);
+    EXPECT_EQ(found.output, "1.5\n");
+    EXPECT_EQ(RunProgram(directory.GetPath(), "tivor", {"get", "data.dataset", "d"}).status, 2);
+    Say("set", {"\xE9\xAB\x98\xE5\xBA\xA6", "1.5", "--type", "double"});
+    EXPECT_EQ(RunProgram(directory.GetPath(), "tivor", {"get", "data.dataset", "\xE9\xAB\x98\xE5\xBA\xA6"}).output,
+              "1.5\n");
 }
 
 } // namespace Qor::Tivor::Testing

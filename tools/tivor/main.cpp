@@ -1,8 +1,10 @@
 #include "Tool.h"
 
+#include <QorCore/System.h>
+
 #include <iostream>
 
 int main(int count, char** arguments) {
     std::ios::sync_with_stdio(false);
-    return Qor::Tivor::Tool::RunTool({arguments + 1, arguments + count}, std::cout, std::cerr);
+    return Qor::Tivor::Tool::RunTool(Qor::Core::System::GetArguments(count, arguments), std::cout, std::cerr);
 }

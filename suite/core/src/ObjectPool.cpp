@@ -41,7 +41,7 @@ struct ObjectPoolBase::ThreadList {
 
 // The lists are plain data on the heap: usable while the other objects of a thread are being destroyed, and given back
 // when the system says that the thread ends.
-struct ObjectPoolBase::ThreadLists {
+struct QOR_CORE_LOCAL ObjectPoolBase::ThreadLists {
     /// Null when the thread is ending, and when there is no memory.
     static ThreadList* Enter(std::size_t id) noexcept;
     static void End(void* lists);

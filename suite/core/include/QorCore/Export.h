@@ -9,3 +9,10 @@
 #else
 #define QOR_CORE_API __attribute__((visibility("default")))
 #endif
+
+/// Keeps a class that stands in an exported one to the library.
+#if defined(_WIN32)
+#define QOR_CORE_LOCAL
+#else
+#define QOR_CORE_LOCAL __attribute__((visibility("hidden")))
+#endif

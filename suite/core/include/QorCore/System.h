@@ -19,6 +19,8 @@ public:
     static std::uint64_t GetPageSize();
     /// The directory of the executable file of the running process. Raises `IOError` when the system does not tell.
     static PathName GetProcessDirectory();
+    /// The arguments of the running program behind its name, as UTF-8; `count` and `arguments` are those of `main`.
+    static std::vector<std::string> GetArguments(int count, char** arguments);
     /// The system's number of the running process.
     static std::uint64_t GetProcessNumber();
     /// Whether a process of that number runs on this machine.

@@ -27,6 +27,10 @@ PathName System::GetProcessDirectory() {
     return FromNative(executable.parent_path());
 }
 
+std::vector<std::string> System::GetArguments(int count, char** arguments) {
+    return count > 0 ? std::vector<std::string>(arguments + 1, arguments + count) : std::vector<std::string>();
+}
+
 std::uint64_t System::GetProcessNumber() { return static_cast<std::uint64_t>(::getpid()); }
 
 bool System::IsProcessRunning(std::uint64_t processNumber) {

@@ -6,8 +6,12 @@
 
 #include <array>
 #include <limits>
+#include <memory>
 #include <string>
 #include <windows.h>
+
+// The lean windows.h leaves it out, and shellapi.h cannot stand in front of that.
+extern "C" __declspec(dllimport) wchar_t** __stdcall CommandLineToArgvW(const wchar_t* commandLine, int* count);
 
 namespace Qor::Core {
 
@@ -26,6 +30,17 @@ PathName System::GetProcessDirectory() {
                        {eFILE_OTHER, static_cast<std::int32_t>(GetLastError())}, QOR_CODE_CONTEXT("System"));
     name.resize(size);
     return FromNative(std::filesystem::path(name).parent_path());
+}
+
+// Those of `main` have passed through the code page.
+std::vector<std::string> System::GetArguments(int, char**) {
+    int count = 0;
+    const std::unique_ptr<wchar_t*, decltype(&LocalFree)> words(CommandLineToArgvW(GetCommandLineW(), &count),
+                                                                &LocalFree);
+    std::vector<std::string> arguments;
+    for (int n = 1; words && n < count; ++n)
+        arguments.push_back(Utf8FromWide(words.get()[n]));
+    return arguments;
 }
 
 std::uint64_t System::GetProcessNumber() { return GetCurrentProcessId(); }
