@@ -5,6 +5,7 @@
 
 #include <QorCore/Log.h>
 #include <QorCore/PathName.h>
+#include <QorCore/Utf8.h>
 #include <Tivor/DataFileTypeManager.h>
 #include <Tivor/PlugIn.h>
 
@@ -13,6 +14,8 @@
 
 #if __has_include(<dlfcn.h>)
 #include <dlfcn.h>
+#else
+#include <windows.h>
 #endif
 
 using namespace Qor;
@@ -25,8 +28,14 @@ Core::PathName OwnFile() {
     Dl_info info{};
     if (dladdr(reinterpret_cast<void*>(&OwnFile), &info) != 0)
         return Core::PathName(info.dli_fname);
-#endif
     return Core::PathName("unknown");
+#else
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<const wchar_t*>(&OwnFile), &module);
+    std::wstring name(1000, L'\0');
+    name.resize(GetModuleFileNameW(module, name.data(), 1000));
+    return Core::PathName(Core::Utf8FromWide(name));
+#endif
 }
 
 void Require(bool condition, const char* text) {

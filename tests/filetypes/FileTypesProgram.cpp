@@ -11,6 +11,7 @@
 #include <QorCore/System.h>
 #include <Tivor/DataFileTypeManager.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <future>
 #include <iostream>
@@ -28,9 +29,15 @@ void Print(const std::string& line) {
     std::cout << line << '\n';
 }
 
+std::string WithSlashes(std::string fileName) {
+    std::replace(fileName.begin(), fileName.end(), '\\', '/');
+    return fileName;
+}
+
 std::string SeenFromHere(const std::string& fileName) {
-    const std::string here = Core::System::GetProcessDirectory().ToString() + '/';
-    return fileName.starts_with(here) ? fileName.substr(here.size()) : fileName;
+    const std::string seen = WithSlashes(fileName);
+    const std::string here = WithSlashes(Core::System::GetProcessDirectory().ToString()) + '/';
+    return seen.starts_with(here) ? seen.substr(here.size()) : seen;
 }
 
 void Report() {

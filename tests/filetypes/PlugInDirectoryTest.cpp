@@ -1,18 +1,12 @@
+#include "Platform.h"
+#include "RunProgram.h"
 #include "TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <map>
-
-#if __has_include(<sys/wait.h>)
-#define TIVOR_TEST_RUNS_PROGRAMS
-#endif
-
-#ifdef TIVOR_TEST_RUNS_PROGRAMS
 
 namespace Qor::Tivor::Testing {
 
@@ -30,7 +24,7 @@ const std::string plugIns = "Plugins/DataFiles/";
 class Installation {
 public:
     Installation() {
-        Add("FileTypesProgram", "FileTypesProgram");
+        Add(program, program);
         fs::create_directories(Path("Plugins/DataFiles"));
         fs::create_directories(Path("Config"));
     }
@@ -47,19 +41,18 @@ public:
     }
 
     /// Runs the program elsewhere, and gives what it prints.
-    Lines Run(const std::string& arguments = "") const {
+    Lines Run(const std::vector<std::string>& arguments = {}) const {
+        const auto [status, all] = Core::Testing::RunProgram(Core::PathName("/"), Path(program), arguments);
+        EXPECT_EQ(status, 0) << all;
         Lines lines;
-        FILE* const output = popen(("cd / && '" + Path("FileTypesProgram") + "' " + arguments + " 2>&1").c_str(), "r");
-        std::string all;
-        for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output))
-            all += static_cast<char>(c);
-        EXPECT_EQ(pclose(output), 0) << all;
         for (std::size_t begin = 0, newLine = 0; (newLine = all.find('\n', begin)) != all.npos; begin = newLine + 1)
             lines.push_back(all.substr(begin, newLine - begin));
         return lines;
     }
 
 private:
+    const std::string program = Core::Testing::isWindows ? "FileTypesProgram.exe" : "FileTypesProgram";
+
     TemporaryDirectory m_directory;
 };
 
@@ -120,8 +113,8 @@ TEST(PlugInDirectory, StandsWhateverPlugInsDo) {
         const Installation installation;
         const std::string directory = isAtFirstUse ? plugIns : "More/";
         AddAll(installation, directory);
-        const std::string there = '\'' + installation.Path(directory) + "' ";
-        const Lines lines = installation.Run("load " + there + there + installation.Path("absent"));
+        const std::string there = installation.Path(directory.substr(0, directory.size() - 1));
+        const Lines lines = installation.Run({"load", there, there, installation.Path("absent")});
         Lines types = {binary};
         Lines entered;
         std::map<std::string, std::string> outcomes;
@@ -174,6 +167,7 @@ TEST(PlugInConfiguration, IsReadAtFirstUse) {
         std::string log; // part of the last line
     };
     const std::string loaded = ": loaded: ";
+    const std::string ofTheSystem = Core::Testing::isWindows ? "advapi32.dll" : "libm.so.6";
     const Row rows[] = {
         {"<DefaultFileType>x-plain</DefaultFileType>", plugIns + "x-plain.dll" + loaded, "x-plain", "type: x-plain"},
         {"<DefaultFileType>s-plain</DefaultFileType><PlugIn>sub/s-plain.dll</PlugIn>",
@@ -182,8 +176,8 @@ TEST(PlugInConfiguration, IsReadAtFirstUse) {
         {"<PlugIn>y-plain.dll</PlugIn>", "y-plain.dll" + loaded, "", "type: y-plain"},
         {"<PlugIn>y-error.dll</PlugIn><DefaultFileType>y-error</DefaultFileType>", "y-error.dll: failed: raised",
          "y-error", "failed with the error: raised"},
-        {"<PlugIn>libm.so.6</PlugIn>", "libm.so.6: no entry point: it has no function \"RegisterDataFileTypes\"", "",
-         "type: x-plain"},
+        {"<PlugIn>" + ofTheSystem + "</PlugIn>",
+         ofTheSystem + ": no entry point: it has no function \"RegisterDataFileTypes\"", "", "type: x-plain"},
         {"<PlugIn>absent.dll</PlugIn><PlugIn>y-plain.dll</PlugIn>", "y-plain.dll" + loaded, "", "type: y-plain"},
         {"<PlugIn></PlugIn>", ": not loaded: the system's reason", "", "type: x-plain"},
         {"<PlugIn>HERE/Far/z-plain.dll</PlugIn><DefaultFileType>z-plain</DefaultFileType>", "Far/z-plain.dll" + loaded,
@@ -228,7 +222,7 @@ TEST(FirstUseThreads, FindTheManagerComplete) {
     installation.AddBehaving("More/e-plain.dll");
     installation.Configure("<PlugIn>d-plain.dll</PlugIn><DefaultFileType>d-plain</DefaultFileType>");
     for (int round = 0; round < 10 && !HasFailure(); ++round) {
-        const Lines lines = installation.Run("threads");
+        const Lines lines = installation.Run({"threads"});
         Lines loaded = After("log Test.PlugIn entered ", lines);
         std::sort(loaded.begin(), loaded.end());
         EXPECT_EQ(loaded, entered);
@@ -243,5 +237,3 @@ TEST(FirstUseThreads, FindTheManagerComplete) {
 }
 
 } // namespace Qor::Tivor::Testing
-
-#endif

@@ -32,8 +32,11 @@ FILE* Start(const std::string& command) {
 
 ProgramOutcome RunProgram(const PathName& directory, const std::string& program,
                           const std::vector<std::string>& arguments) {
-    std::string command = (isWindows ? "cd /d " : "cd ") + Quote(directory.ToString()) + " && " +
-                          Quote(TIVOR_TEST_PROGRAMS "/" + program);
+    const PathName programs(TIVOR_TEST_PROGRAMS);
+    std::string command = (isWindows ? "cd /d " : "cd ") + Quote(directory.ToString()) + " && ";
+    if (isWindows)
+        command += "set PATH=" + Quote(programs.ToString()).substr(1, programs.ToString().size()) + ";%PATH%&& ";
+    command += Quote((programs / program).ToString());
     for (const std::string& argument : arguments)
         command += ' ' + Quote(argument);
     FILE* const pipe = Start(command + " 2>&1");
