@@ -116,4 +116,14 @@ std::size_t GetUtf8Size(std::wstring_view wide) {
     return size;
 }
 
+bool IsUtf8(std::string_view bytes) {
+    static constexpr std::string_view ownReplacement = "\xEF\xBF\xBD";
+    for (std::size_t position = 0; position < bytes.size();) {
+        const std::size_t begin = position;
+        if (DecodeUtf8(bytes, position) == replacement && bytes.substr(begin, position - begin) != ownReplacement)
+            return false;
+    }
+    return true;
+}
+
 } // namespace Qor::Core

@@ -16,4 +16,7 @@ QOR_CORE_API std::wstring WideFromUtf8(std::string_view utf8);
 /// The bytes that `Utf8FromWide` would return, without making them.
 QOR_CORE_API std::size_t GetUtf8Size(std::wstring_view wide);
 
+/// Whether the bytes are well-formed UTF-8.
+QOR_CORE_API bool IsUtf8(std::string_view bytes);
+
 } // namespace Qor::Core
