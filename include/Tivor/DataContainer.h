@@ -18,6 +18,8 @@ struct EntryBlock;
 /// A null object was to be stored.
 QOR_DECLARE_ALERT(TIVOR_API, PutNullDataPtr, Core::Warning);
 
+QOR_DECLARE_ALERT(TIVOR_API, OpenDataFileFailed, Core::IOError);
+
 /// The key under which a container keeps its metadata.
 extern TIVOR_API const std::string sMETA_DATA;
 
@@ -119,10 +121,25 @@ public:
     /// Writes the entries and the end marker and returns the byte count; with `lock` while holding the locks of
     /// `AcquireLocks`.
     virtual std::uint64_t OutputData(Core::BinaryOutputStream& stream, bool lock) const;
-    /// Writes the entries as XML elements. Raises `LogicError` until the library writes XML.
+    /// Writes the entries as XML elements (`SerializationManager::OutputXML`), in their order and without an end
+    /// marker; `lock` as above.
     virtual void OutputData(std::ostream& stream, Core::XMLWriter& writer, bool lock) const;
-    /// Writes the container as an element of the given name. Raises `LogicError` until the library writes XML.
+    /// Writes the container as an element of the given name, without a name as "DataContainer".
     virtual void Output(std::ostream& stream, Core::XMLWriter& writer, const std::string& name) const;
+
+    /// Writes the container as an XML document.
+    void OutputXML(Core::BinaryOutputStream& stream) const;
+    /// Adds the entries of an XML document whose root element is that of a container. What cannot be created, and
+    /// elements that are not known, are passed over, with the warnings `DataObjectCreationFailed` and
+    /// `SkippingUnknownTag`. Raises `InvalidDataTag` for any other document, `Core::XMLParseError`, and what
+    /// serializers raise, with "Line" and "Column"; the container is then as before.
+    void InputXML(Core::BinaryInputStream& stream);
+    /// The same with a file, which always holds a complete old or a complete new document. Raise `OpenDataFileFailed`
+    /// when the file cannot be opened; errors have the variable "File".
+    void ToXMLFile(const std::string& fileName) const;
+    static std::shared_ptr<DataContainer> FromXMLFile(const std::string& fileName);
+    /// Reads a document that is in memory.
+    static std::shared_ptr<DataContainer> FromXMLString(const std::string& text);
 
     static std::shared_ptr<DataContainer> Create(bool lockableByDefault = false);
     /// A deep copy.

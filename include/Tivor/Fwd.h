@@ -21,6 +21,7 @@ class MutexLockableDataObject;
 class ScalarData;
 class Serializer;
 class XMLContentHandler;
+class XMLHandler;
 template <class T>
 class GenericWrapper;
 template <class T, class Wrapper = GenericWrapper<T>>

@@ -105,6 +105,23 @@ public:
 
     /// The bytes that `OutputDataBlock` will write; 0 for an object without a serializer.
     static std::uint64_t GetDataBlockSize_bytes(const std::string& dataName, DataObject& object);
+
+    /// Writes the object as an XML element, as `OutputDataBlock` writes it as a block: the same locks, and it raises
+    /// the same.
+    static void OutputXML(std::ostream& stream, Core::XMLWriter& writer, const std::string& dataName,
+                          DataObject& object);
+
+    /// Writes the start tag of the object's element, "Data", with the attributes "key" (unless the name is empty),
+    /// "typeid", "typename" (where binary headers carry it), "module" and "version" (of classes outside this library,
+    /// unless empty), "size" (where binary headers carry it, and for data whose size is not constant) and "encoding"
+    /// (unless empty); for a container that of `OutputDataContainerXMLHeader`. A value that XML cannot hold is written
+    /// by `XMLWriter::AnyAttribute`. Raises `NullSerializer`.
+    static void OutputXMLHeader(std::ostream& stream, Core::XMLWriter& writer, const DataObject& object,
+                                const std::string& dataName);
+    /// Writes the start tag of a container's element, "DataContainer", with "key" (unless the name is empty) and
+    /// "typeid".
+    static void OutputDataContainerXMLHeader(std::ostream& stream, Core::XMLWriter& writer,
+                                             const std::string& dataName);
 };
 
 /// Counts a level of nested containers on the running thread. Raises `LimitExceeded` when there are more than

@@ -16,6 +16,9 @@ QOR_DECLARE_ALERT(TIVOR_API, EndOfStreamOnInput, Core::IOError);
 QOR_DECLARE_ALERT(TIVOR_API, NullSerializer, Core::LogicError);
 /// A block was padded or partly skipped, because its serializer and its header do not agree.
 QOR_DECLARE_ALERT(TIVOR_API, SkippingData, Core::Warning);
+/// The attribute "encoding" of an element is none that its object's class reads.
+QOR_DECLARE_ALERT(TIVOR_API, InvalidXMLEncoding, Core::IOError);
+QOR_DECLARE_ALERT(TIVOR_API, MissingXMLAttribute, Core::IOError);
 
 /// Knows one object's data: how many bytes its binary form takes, how to write and read that form, how to write it into
 /// XML and who reads it back. The framing around the data (name, header, element) is the serialization manager's.
@@ -41,11 +44,15 @@ public:
     virtual std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& stream) = 0;
     /// Writes the object's data; returns the bytes written.
     virtual std::uint64_t DataToBinary(Core::BinaryOutputStream& stream) = 0;
-    /// The handler that will receive the content of the object's element; the map holds the element's attributes.
-    /// Raises `LogicError` until the library reads XML.
+    /// The handler that will receive the content of the object's element; the map holds the element's attributes. It
+    /// may refer to the serializer, which must then outlive it. The default: the decoder for one of the default
+    /// encodings; raises `MissingXMLAttribute` for an element without "encoding", and without "size" where sizes
+    /// differ, and `InvalidXMLEncoding`. (Readers use the default for every "encoding" that begins with "def/".)
     virtual std::shared_ptr<XMLContentHandler>
     GetXMLContentHandler(const std::unordered_map<std::string, std::string>& attributes);
-    /// Writes the content of the object's element. Raises `LogicError` until the library writes XML.
+    /// Writes the content of the object's element. The default: the binary data in the encoding that the default of
+    /// `GetXMLEncoding` names; from 4097 bytes on, `DataToBinary` is then called by another thread, which works in the
+    /// name of this one.
     virtual void DataToXML(std::ostream& stream, Core::XMLWriter& writer);
 
     /// Writes the data as a block of exactly the announced size: what the serializer leaves out is padded with zeros,

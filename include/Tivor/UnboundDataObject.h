@@ -2,6 +2,7 @@
 
 #include <Tivor/DataObject.h>
 
+#include <optional>
 #include <string>
 
 namespace Qor::Tivor {
@@ -9,6 +10,9 @@ namespace Qor::Tivor {
 /// Keeps the data of a class that nobody here knows, as it was stored, with all that its header said: it can be held,
 /// copied and written again, byte by byte the same. When the class has become known, the data can be bound: an object
 /// of the class is filled from it.
+///
+/// The content of an XML element without "encoding" is kept as XML, and written so into XML. A binary block holds it
+/// behind `sCUSTOM_XML_PREFIX`; whoever reads such a block and knows the class fills the object from that XML.
 ///
 /// Thread rule: as its base; with locking enabled every operation here holds the object's lock.
 class TIVOR_API UnboundData : public MutexLockableDataObject {
@@ -39,12 +43,15 @@ public:
     std::shared_ptr<DataObject> Clone() override;
     std::string ToString() override;
 
+    /// 16 bytes that begin with ESC: kept XML follows. In front of anything else they are data like any.
+    static const std::string sCUSTOM_XML_PREFIX;
+
     bool IsArray() const { return m_isArray; }
     const std::string& GetModule() const { return m_module; }
     const std::string& GetVersion() const { return m_version; }
     /// For whoever makes the object from a header.
     void SetVersion(const std::string& version) { m_version = version; }
-    /// The bytes of kept data.
+    /// The bytes of kept data, as a binary data block would hold them.
     std::uint64_t GetDataCapacity() const;
 
     /// Fills an object of this data's class. Raises an error, and changes nothing, when the object is of another class
@@ -60,9 +67,16 @@ protected:
 private:
     class UnboundDataSerializer;
 
-    std::shared_ptr<const std::string> GetData() const;
+    struct Kept {
+        std::string bytes;
+        bool isXML = false;
+        std::optional<std::uint64_t> declaredSize; // by an XML element
+    };
+
+    void Keep(Kept kept);
+    std::shared_ptr<const Kept> GetData() const;
     void BindData(DataObject& target, const char* category) const;
-    void Replay(const std::string& data, Serializer& serializer, const char* category) const;
+    void Replay(const Kept& data, Serializer& serializer, const char* category) const;
 
     ETypeID m_eTypeID;
     std::string m_typeName;
@@ -70,7 +84,7 @@ private:
     std::string m_module;
     bool m_flag;
     bool m_isArray;
-    std::shared_ptr<const std::string> m_data;
+    std::shared_ptr<const Kept> m_data;
 };
 
 /// A scalar array of an element type that is not known: code 64, name-carrying.

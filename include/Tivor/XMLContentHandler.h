@@ -8,8 +8,6 @@
 
 namespace Qor::Tivor {
 
-class XMLHandler;
-
 /// An element stands where no such element can be, or what makes it a data element is missing or malformed.
 QOR_DECLARE_ALERT(TIVOR_API, InvalidDataTag, Core::IOError);
 /// The object was created, but nothing reads its content from XML.
@@ -66,7 +64,6 @@ private:
     friend class XMLHandler;
 
     XMLHandler* m_handler = nullptr;
-    bool m_ownsTag = false;
 };
 
 } // namespace Qor::Tivor

@@ -20,11 +20,6 @@ std::uint64_t OutputEndMarker(Core::BinaryOutputStream& binaryStream) {
     return Core::GetSerializedStringSize({}) + 3;
 }
 
-[[noreturn]] void RaiseNoXML() {
-    Core::Error::RaiseError(Core::LogicError("A container cannot take its XML form: XML is not built yet"),
-                            QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainer");
-}
-
 } // namespace
 
 std::uint64_t DataContainer::OutputData(Core::BinaryOutputStream& stream, bool lock) const {
@@ -40,10 +35,6 @@ std::uint64_t DataContainer::OutputData(Core::BinaryOutputStream& stream, bool l
         size += OutputBlockIfSerializable(stream, entry.key, *entry.object).value_or(0);
     return size + OutputEndMarker(stream);
 }
-
-void DataContainer::OutputData(std::ostream&, Core::XMLWriter&, bool) const { RaiseNoXML(); }
-
-void DataContainer::Output(std::ostream&, Core::XMLWriter&, const std::string&) const { RaiseNoXML(); }
 
 std::uint64_t DataContainer::InputData(Core::BinaryInputStream& stream) {
     std::uint64_t bytesRead = 0;

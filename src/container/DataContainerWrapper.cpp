@@ -1,5 +1,7 @@
 #include "../serialization/FramedWrite.h"
+#include "../serialization/XMLAttributes.h"
 #include "ContainerState.h"
+#include "DataContainerXMLHandler.h"
 
 #include <QorCore/LockSet.h>
 #include <QorCore/Message.h>
@@ -8,7 +10,7 @@
 
 namespace Qor::Tivor {
 
-/// Data block: the container's binary form (see `DataContainer`).
+/// Data block: the container's binary form (see `DataContainer`); in XML, the elements of its entries.
 class DataContainerSerializer final : public BuiltInSerializerBase {
 public:
     explicit DataContainerSerializer(Data<DataContainer>& object) : m_object(object) {}
@@ -26,6 +28,12 @@ public:
     }
     std::uint64_t DataToBinary(Core::BinaryOutputStream& stream) override {
         return m_object.GetData()->OutputData(stream, true);
+    }
+    std::shared_ptr<XMLContentHandler> GetXMLContentHandler(const XMLAttributes&) override {
+        return std::make_shared<DataContainerXMLHandler>(m_object.GetData());
+    }
+    void DataToXML(std::ostream& stream, Core::XMLWriter& writer) override {
+        m_object.GetData()->OutputData(stream, writer, true);
     }
 
 private:

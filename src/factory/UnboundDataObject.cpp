@@ -1,4 +1,8 @@
+#include "../serialization/CachingContentHandler.h"
 #include "../serialization/DataBlock.h"
+#include "../serialization/KeptXML.h"
+#include "../serialization/ObjectCreation.h"
+#include "../serialization/XMLAttributes.h"
 
 #include <QorCore/BoundedStreams.h>
 #include <QorCore/MemoryStreams.h>
@@ -37,7 +41,8 @@ std::string BaseTypeName(const DataObject& object) {
 
 } // namespace
 
-class UnboundData::UnboundDataSerializer final : public Serializer {
+/// Data block: the bytes as they came, or, of data that came as XML, the prefix and its content.
+class UnboundData::UnboundDataSerializer final : public Serializer, public KeptXML {
 public:
     explicit UnboundDataSerializer(UnboundData& object) : m_object(object) {}
 
@@ -46,32 +51,55 @@ public:
     std::string GetModule() override { return m_object.m_module; }
     std::uint64_t GetDataSize_bytes() const override { return m_object.GetDataCapacity(); }
     bool DataSizeIsConstant() const override { return false; }
+    std::string GetXMLEncoding() override {
+        return m_object.GetData()->isXML ? std::string() : Serializer::GetXMLEncoding();
+    }
+    bool KeepsXML(std::optional<std::uint64_t>& declaredSize) const override {
+        const std::shared_ptr<const Kept> data = m_object.GetData();
+        declaredSize = data->declaredSize;
+        return data->isXML;
+    }
 
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& stream) override {
-        auto data = std::make_shared<std::string>();
-        if (!Core::DataInputStream(stream).ReadBytes(*data, size))
+        Kept kept;
+        if (!Core::DataInputStream(stream).ReadBytes(kept.bytes, size))
             Core::Error::RaiseError(
                 EndOfStreamOnInput(Core::FormatText("The stream ended after %1% of the %2% bytes of data of a %3%",
-                                                    {data->size(), size, m_object.m_typeName})),
+                                                    {kept.bytes.size(), size, m_object.m_typeName})),
                 QOR_CODE_CONTEXT("UnboundData"), "Qor.Tivor.UnboundData");
-        {
-            const auto lock = m_object.GetDataLock();
-            m_object.m_data = std::move(data);
-            m_object.NoteChange();
-        }
-        m_object.ReportChange(EDataChange::value);
+        kept.isXML = IsKeptXML(kept.bytes);
+        m_object.Keep(std::move(kept));
         return size;
     }
 
     std::uint64_t DataToBinary(Core::BinaryOutputStream& stream) override {
-        const std::shared_ptr<const std::string> data = m_object.GetData();
-        stream.Write(data->data(), data->size());
-        return data->size();
+        const std::shared_ptr<const Kept> data = m_object.GetData();
+        stream.Write(data->bytes.data(), data->bytes.size());
+        return data->bytes.size();
+    }
+
+    std::shared_ptr<XMLContentHandler> GetXMLContentHandler(const XMLAttributes& attributes) override {
+        if (FindXMLAttribute(attributes, "encoding") != nullptr)
+            return Serializer::GetXMLContentHandler(attributes);
+        const std::optional<std::uint64_t> size = GetXMLSize(attributes);
+        return std::make_shared<CachingContentHandler>([this, size](const std::string& content) {
+            m_object.Keep({std::string(keptXMLPrefix) + content, true, size});
+        });
+    }
+
+    void DataToXML(std::ostream& stream, Core::XMLWriter& writer) override {
+        const std::shared_ptr<const Kept> data = m_object.GetData();
+        if (!data->isXML)
+            Serializer::DataToXML(stream, writer);
+        else if (data->bytes.size() > keptXMLPrefix.size())
+            writer.Verbatim(stream, std::string_view(data->bytes).substr(keptXMLPrefix.size()));
     }
 
 private:
     UnboundData& m_object;
 };
+
+const std::string UnboundData::sCUSTOM_XML_PREFIX(keptXMLPrefix);
 
 UnboundData::UnboundData(const std::string& typeName, const std::string& module, bool flag, bool isArray)
     : UnboundData(eNO_TYPE, typeName, module, flag, isArray) {}
@@ -79,7 +107,7 @@ UnboundData::UnboundData(const std::string& typeName, const std::string& module,
 UnboundData::UnboundData(ETypeID typeID, const std::string& typeName, const std::string& module, bool flag,
                          bool isArray)
     : m_eTypeID(typeID), m_typeName(typeName), m_module(module), m_flag(flag), m_isArray(isArray),
-      m_data(std::make_shared<const std::string>()) {}
+      m_data(std::make_shared<const Kept>()) {}
 
 UnboundData::UnboundData(const UnboundData& other)
     : MutexLockableDataObject(other), m_eTypeID(other.m_eTypeID), m_typeName(other.m_typeName),
@@ -103,7 +131,7 @@ bool UnboundData::HoldsSameTypeAs(const DataObject& other) const {
 boost::logic::tribool UnboundData::HoldsSameValueAs(const DataObject& other) {
     if (!HoldsSameTypeAs(other))
         return false;
-    if (*GetData() == *static_cast<const UnboundData&>(other).GetData())
+    if (GetData()->bytes == static_cast<const UnboundData&>(other).GetData()->bytes)
         return true;
     return boost::logic::indeterminate;
 }
@@ -125,11 +153,21 @@ std::string UnboundData::ToString() {
     return Core::FormatText("%1% bytes of unbound data of type %2%", {GetDataCapacity(), m_typeName});
 }
 
-std::uint64_t UnboundData::GetDataCapacity() const { return GetData()->size(); }
+std::uint64_t UnboundData::GetDataCapacity() const { return GetData()->bytes.size(); }
 
-std::shared_ptr<const std::string> UnboundData::GetData() const {
+std::shared_ptr<const UnboundData::Kept> UnboundData::GetData() const {
     const auto lock = const_cast<UnboundData*>(this)->GetDataLock();
     return m_data;
+}
+
+void UnboundData::Keep(Kept kept) {
+    {
+        auto data = std::make_shared<const Kept>(std::move(kept));
+        const auto lock = GetDataLock();
+        m_data = std::move(data);
+        NoteChange();
+    }
+    ReportChange(EDataChange::value);
 }
 
 void UnboundData::BindType(DataObject& target) const {
@@ -151,36 +189,35 @@ void UnboundData::BindArray(DataObject& target) const {
 }
 
 void UnboundData::BindData(DataObject& target, const char* category) const {
-    const std::shared_ptr<const std::string> data = GetData();
+    const std::shared_ptr<const Kept> data = GetData();
     const std::shared_ptr<Serializer> serializer = target.GetSerializer();
     if (!serializer)
-        Core::Error::RaiseError(
-            NullSerializer(Core::FormatText("No serializer for data with class name = %1%", {m_typeName})),
-            QOR_CODE_CONTEXT("UnboundData"), category);
+        RaiseNullSerializer(m_typeName, category);
     // A scalar has no width before its first value.
     if (const std::uint64_t size = serializer->DataSizeIsConstant() ? serializer->GetDataSize_bytes() : 0;
-        size != 0 && size != data->size())
-        RaiseCannotBind(Core::FormatText("Attempted to bind unbound data with size %1% to size %%2\n", {data->size()}),
-                        category);
+        size != 0 && size != data->bytes.size() && !data->isXML)
+        RaiseCannotBind(
+            Core::FormatText("Attempted to bind unbound data with size %1% to size %%2\n", {data->bytes.size()}),
+            category);
     // What fails, fails on a copy: that a handler refuses a warning, or that a serializer leaves half a value.
     const std::shared_ptr<DataObject> copy = target.Clone();
-    if (const std::shared_ptr<Serializer> trial = copy ? copy->GetSerializer() : nullptr) {
+    const std::shared_ptr<Serializer> trial = copy ? copy->GetSerializer() : nullptr;
+    if (trial)
         Replay(*data, *trial, category);
-        Core::MemoryInputStream stream(data->data(), data->size());
-        Core::BoundedInputStream block(stream, data->size());
-        serializer->DataFromBinary(data->size(), block);
-    } else {
-        Replay(*data, *serializer, category);
-    }
+    if (!trial || data->isXML)
+        return Replay(*data, *serializer, category);
+    Core::MemoryInputStream stream(data->bytes.data(), data->bytes.size());
+    serializer->DataFromBinary(data->bytes.size(), stream);
 }
 
-void UnboundData::Replay(const std::string& data, Serializer& serializer, const char* category) const {
+void UnboundData::Replay(const Kept& data, Serializer& serializer, const char* category) const {
     DataObjectHeader header;
+    header.typeCode = static_cast<std::uint16_t>(m_eTypeID);
     header.typeName = m_typeName;
     header.version = m_version;
     header.module = m_module;
-    header.dataSize = data.size();
-    Core::MemoryInputStream stream(data.data(), data.size());
+    header.dataSize = data.bytes.size();
+    Core::MemoryInputStream stream(data.bytes.data(), data.bytes.size());
     InputBounded(stream, serializer, header, category);
 }
 

@@ -1,5 +1,7 @@
 #include "DataBlock.h"
 
+#include "KeptXML.h"
+
 #include <QorCore/BoundedStreams.h>
 #include <QorCore/Context.h>
 #include <QorCore/Message.h>
@@ -18,6 +20,13 @@ void WarnOfMismatch(const DataObjectHeader& header, const char* direction, std::
             "%6% bytes, %7% remaining bytes...",
             {header.typeName, header.version, header.module, direction, done, header.dataSize, repair})),
         QOR_CODE_CONTEXT("SerializationManager"), category);
+}
+
+// Only classes that somebody did not know can have been kept.
+bool MayBeKept(const Serializer& serializer, const DataObjectHeader& header) {
+    const std::uint16_t code = WithoutFlag(header.typeCode);
+    return (code == eNO_TYPE || code == eSCALAR_ARRAY || code == eSCALAR_CONTAINER) &&
+           header.dataSize >= keptXMLPrefix.size() && dynamic_cast<const KeptXML*>(&serializer) == nullptr;
 }
 
 } // namespace
@@ -41,11 +50,15 @@ void OutputPadded(Core::BinaryOutputStream& stream, Serializer& serializer, cons
 void InputBounded(Core::BinaryInputStream& stream, Serializer& serializer, const DataObjectHeader& header,
                   const char* category) {
     Core::BoundedInputStream block(stream, header.dataSize);
-    serializer.DataFromBinary(header.dataSize, block);
+    std::uint64_t takenInVain = 0;
+    if (MayBeKept(serializer, header))
+        takenInVain = InputPossiblyKept(block, serializer, header);
+    else
+        serializer.DataFromBinary(header.dataSize, block);
     const std::uint64_t left = block.Remaining();
-    if (left == 0)
+    if (left + takenInVain == 0)
         return;
-    WarnOfMismatch(header, "input", header.dataSize - left, "skipping", category);
+    WarnOfMismatch(header, "input", header.dataSize - left - takenInVain, "skipping", category);
     if (block.Skip(left) != left)
         Core::Error::RaiseError(
             EndOfStreamOnInput(Core::FormatText("The stream ended within the %1% bytes of data of a %2%",

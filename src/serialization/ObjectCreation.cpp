@@ -9,7 +9,9 @@
 
 namespace Qor::Tivor {
 
+DataObjectCreationFailed::~DataObjectCreationFailed() = default;
 KeepingUnread::~KeepingUnread() = default;
+NullSerializer::~NullSerializer() = default;
 
 namespace {
 
@@ -78,6 +80,22 @@ std::shared_ptr<DataObject> CreateObject(const DataObjectHeader& header, const s
         return KeepUnread(header, dataName, "the reader does not load such a module");
     auto object = CreateFromPlugIn(header, reason);
     return object || !Core::Context::Current().limits.keepsUnavailable ? object : KeepUnread(header, dataName, reason);
+}
+
+void WarnOfCreationFailure(const DataObjectHeader& header, const std::string& dataName, const std::string& reason,
+                           const char* category) {
+    Core::Warning::RaiseWarning(
+        DataObjectCreationFailed(Core::FormatText(
+            "Attempt to deserialize data %1% failed to create the needed DataObject ( %2%, version %3%, from "
+            "module %4%) for the following reason: \r\n%5%",
+            {"named " + dataName, header.typeName, header.version, header.module, reason})),
+        QOR_CODE_CONTEXT("SerializationManager"), category);
+}
+
+void RaiseNullSerializer(const std::string& typeName, const char* category) {
+    Core::Error::RaiseError(
+        NullSerializer(Core::FormatText("No serializer for data with class name = %1%", {typeName})),
+        QOR_CODE_CONTEXT("SerializationManager"), category);
 }
 
 } // namespace Qor::Tivor

@@ -9,4 +9,10 @@ namespace Qor::Tivor {
 std::shared_ptr<DataObject> CreateObject(const DataObjectHeader& header, const std::string& dataName,
                                          std::string& reason);
 
+/// The warning that such an object was not to be had.
+void WarnOfCreationFailure(const DataObjectHeader& header, const std::string& dataName, const std::string& reason,
+                           const char* category);
+
+[[noreturn]] void RaiseNullSerializer(const std::string& typeName, const char* category);
+
 } // namespace Qor::Tivor

@@ -36,11 +36,13 @@ public:
     void KeepFailure(const std::string& module, const std::string& reason) { m_failures.emplace(module, reason); }
     std::size_t CountFailures() const { return m_failures.size(); }
 
-    /// The entry that is being read is skipped.
-    void KeepUnread(const DataObjectHeader& header, const std::string& reason) {
+    /// The entry that is being read, or that one below it, is skipped.
+    void KeepUnread(const DataObjectHeader& header, const std::string& reason,
+                    const std::vector<std::string>& below = {}) {
         UnreadEntry entry{{}, header.typeName, header.version, header.module, reason};
         for (const std::string* const key : m_path)
             entry.path.push_back(*key);
+        entry.path.insert(entry.path.end(), below.begin(), below.end());
         m_unread.push_back(std::move(entry));
     }
     std::vector<UnreadEntry> TakeUnread() { return std::move(m_unread); }

@@ -2,25 +2,18 @@
 #include "FramedWrite.h"
 #include "ObjectCreation.h"
 #include "ReadOperation.h"
+#include "XMLElement.h"
 
 #include <QorCore/Context.h>
 #include <QorCore/Message.h>
+#include <QorCore/XMLWriter.h>
 #include <Tivor/SerializationManager.h>
 
 #include <optional>
 
 namespace Qor::Tivor {
 
-DataObjectCreationFailed::~DataObjectCreationFailed() = default;
-NullSerializer::~NullSerializer() = default;
-
 namespace {
-
-[[noreturn]] void RaiseNullSerializer(const std::string& typeName, const char* category) {
-    Core::Error::RaiseError(
-        NullSerializer(Core::FormatText("No serializer for data with class name = %1%", {typeName})),
-        QOR_CODE_CONTEXT("SerializationManager"), category);
-}
 
 [[noreturn]] void RaiseUnknownError(const char* what, DataObject& object, Serializer* serializer) {
     Core::UnknownError error(Core::FormatText("Writing a data object failed: %1%", {what}));
@@ -38,6 +31,32 @@ void SkipBlock(Core::BinaryInputStream& stream, const DataObjectHeader& header, 
             QOR_CODE_CONTEXT("SerializationManager"), category);
 }
 
+// Holds the object's locks while `write` works with its serializer; false when it has none.
+template <class Write>
+bool WriteFramed(DataObject& object, const std::string& dataName, Write write) {
+    std::optional<FramedWrite> outermost;
+    if (FramedWrite::Current() == nullptr) {
+        std::vector<std::shared_ptr<Core::Lock>> locks;
+        object.AcquireLocks(locks);
+        outermost.emplace(std::move(locks));
+    }
+    std::shared_ptr<Serializer> serializer;
+    try {
+        serializer = object.GetSerializer();
+        if (!serializer)
+            return false;
+        write(*serializer);
+        return true;
+    } catch (Core::Error& error) {
+        error.AddVariable("Key", dataName);
+        throw;
+    } catch (const std::exception& error) {
+        RaiseUnknownError(error.what(), object, serializer.get());
+    } catch (...) {
+        RaiseUnknownError("an exception of unknown type", object, serializer.get());
+    }
+}
+
 } // namespace
 
 std::uint64_t SerializationManager::OutputDataBlock(Core::BinaryOutputStream& stream, const std::string& dataName,
@@ -49,30 +68,30 @@ std::uint64_t SerializationManager::OutputDataBlock(Core::BinaryOutputStream& st
 
 std::optional<std::uint64_t> OutputBlockIfSerializable(Core::BinaryOutputStream& stream, const std::string& dataName,
                                                        DataObject& object) {
-    std::optional<FramedWrite> outermost;
-    if (FramedWrite::Current() == nullptr) {
-        std::vector<std::shared_ptr<Core::Lock>> locks;
-        object.AcquireLocks(locks);
-        outermost.emplace(std::move(locks));
-    }
-    std::shared_ptr<Serializer> serializer;
-    try {
-        serializer = object.GetSerializer();
-        if (!serializer)
-            return std::nullopt;
-        const DataObjectHeader header(object, serializer.get());
+    std::uint64_t size = 0;
+    const bool isWritten = WriteFramed(object, dataName, [&](Serializer& serializer) {
+        const DataObjectHeader header(object, &serializer);
         Core::DataOutputStream(stream).Write(dataName);
         const std::uint64_t headerSize = header.Output(stream);
-        OutputPadded(stream, *serializer, header, "Qor.Tivor.SerializationManager");
-        return Core::GetSerializedStringSize(dataName) + headerSize + header.dataSize;
-    } catch (Core::Error& error) {
-        error.AddVariable("Key", dataName);
-        throw;
-    } catch (const std::exception& error) {
-        RaiseUnknownError(error.what(), object, serializer.get());
-    } catch (...) {
-        RaiseUnknownError("an exception of unknown type", object, serializer.get());
-    }
+        OutputPadded(stream, serializer, header, "Qor.Tivor.SerializationManager");
+        size = Core::GetSerializedStringSize(dataName) + headerSize + header.dataSize;
+    });
+    return isWritten ? std::optional(size) : std::nullopt;
+}
+
+void SerializationManager::OutputXML(std::ostream& stream, Core::XMLWriter& writer, const std::string& dataName,
+                                     DataObject& object) {
+    if (!OutputXMLIfSerializable(stream, writer, dataName, object))
+        RaiseNullSerializer(object.GetTypeName(), "Qor.Tivor.SerializationManager");
+}
+
+bool OutputXMLIfSerializable(std::ostream& stream, Core::XMLWriter& writer, const std::string& dataName,
+                             DataObject& object) {
+    return WriteFramed(object, dataName, [&](Serializer& serializer) {
+        OutputXMLHeader(stream, writer, object, serializer, dataName);
+        serializer.ToXML(stream, writer);
+        writer.EndTag(stream);
+    });
 }
 
 std::uint64_t SerializationManager::GetDataBlockSize_bytes(const std::string& dataName, DataObject& object) {
@@ -93,12 +112,7 @@ std::shared_ptr<DataObject> SerializationManager::InputDataBlock(Core::BinaryInp
         std::shared_ptr<DataObject> object = CreateObject(header, dataName, reason);
         if (!object) {
             ReadOperation::Current().KeepUnread(header, reason);
-            Core::Warning::RaiseWarning(
-                DataObjectCreationFailed(Core::FormatText(
-                    "Attempt to deserialize data %1% failed to create the needed DataObject ( %2%, version %3%, from "
-                    "module %4%) for the following reason: \r\n%5%",
-                    {"named " + dataName, header.typeName, header.version, header.module, reason})),
-                QOR_CODE_CONTEXT("SerializationManager"), category);
+            WarnOfCreationFailure(header, dataName, reason, category);
             SkipBlock(stream, header, category);
             return nullptr;
         }

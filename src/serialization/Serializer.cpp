@@ -1,4 +1,8 @@
 #include "DataBlock.h"
+#include "DataDecoders.h"
+#include "DefaultXML.h"
+#include "KeptXML.h"
+#include "XMLAttributes.h"
 
 #include <QorCore/Message.h>
 #include <Tivor/Serializer.h>
@@ -9,10 +13,25 @@ namespace {
 
 constexpr std::uint64_t largestHexData = 8;
 
-[[noreturn]] void RaiseNoXML(const std::string& typeName) {
-    Core::Error::RaiseError(Core::LogicError(Core::FormatText(
-                                "Data of type %1% cannot take its XML form: XML is not built yet", {typeName})),
-                            QOR_CODE_CONTEXT("Serializer"), "Qor.Tivor.Serializer");
+const char* const xmlCategory = "Qor.Tivor.Serializer.GetXMLContentHandler";
+
+const std::string& RequireAttribute(const XMLAttributes& attributes, const char* name) {
+    if (const std::string* const value = FindXMLAttribute(attributes, name))
+        return *value;
+    Core::Error::RaiseError(MissingXMLAttribute(Core::FormatText("Missing required %1% attribute for XML data %2%",
+                                                                 {name, DescribeXMLKey(attributes)})),
+                            QOR_CODE_CONTEXT("Serializer"), xmlCategory);
+}
+
+// Kept data knows its size when it is read.
+std::optional<std::uint64_t> GetDeclaredSize(Serializer& serializer, const XMLAttributes& attributes) {
+    if (const std::optional<std::uint64_t> size = GetXMLSize(attributes))
+        return size;
+    if (serializer.DataSizeIsConstant())
+        return serializer.GetDataSize_bytes();
+    if (dynamic_cast<const KeptXML*>(&serializer) == nullptr)
+        RequireAttribute(attributes, "size");
+    return std::nullopt;
 }
 
 } // namespace
@@ -21,6 +40,9 @@ const std::string Serializer::sDEFAULT_UINT64_ENCODING = "def/uint64";
 const std::string Serializer::sDEFAULT_BASE64_ENCODING = "def/base64";
 const std::string Serializer::sDEFAULT_HEX64_ENCODING = "def/hex64";
 
+InvalidXMLEncoding::~InvalidXMLEncoding() = default;
+MissingXMLAttribute::~MissingXMLAttribute() = default;
+
 Serializer::~Serializer() = default;
 
 std::string Serializer::GetXMLEncoding() {
@@ -28,11 +50,26 @@ std::string Serializer::GetXMLEncoding() {
 }
 
 std::shared_ptr<XMLContentHandler>
-Serializer::GetXMLContentHandler(const std::unordered_map<std::string, std::string>&) {
-    RaiseNoXML(GetDataObject().GetTypeName());
+Serializer::GetXMLContentHandler(const std::unordered_map<std::string, std::string>& attributes) {
+    const std::string& encoding = RequireAttribute(attributes, "encoding");
+    const std::optional<std::uint64_t> size = GetDeclaredSize(*this, attributes);
+    if (encoding == sDEFAULT_UINT64_ENCODING)
+        return std::make_shared<UINT64DataDecoder>(*this, size);
+    if (encoding == sDEFAULT_HEX64_ENCODING)
+        return std::make_shared<Hex64DataDecoder>(*this, size);
+    if (encoding == sDEFAULT_BASE64_ENCODING)
+        return std::make_shared<Base64DataDecoder>(*this, size);
+    Core::Error::RaiseError(InvalidXMLEncoding(Core::FormatText("Invalid xml encoding of \"%1%\" for XML data %2%",
+                                                                {encoding, DescribeXMLKey(attributes)})),
+                            QOR_CODE_CONTEXT("Serializer"), xmlCategory);
 }
 
-void Serializer::DataToXML(std::ostream&, Core::XMLWriter&) { RaiseNoXML(GetDataObject().GetTypeName()); }
+void Serializer::DataToXML(std::ostream& stream, Core::XMLWriter& writer) {
+    if (GetDataSize_bytes() <= largestHexData)
+        OutputHex64(stream, writer, *this);
+    else
+        OutputBase64(stream, writer, *this);
+}
 
 std::uint64_t Serializer::ToBinary(Core::BinaryOutputStream& stream) {
     const DataObjectHeader header(GetDataObject(), this);

@@ -1,4 +1,5 @@
 #include <QorCore/Alert.h>
+#include <QorCore/Base64.h>
 #include <QorCore/Message.h>
 #include <QorCore/Stream.h>
 #include <QorCore/Utf8.h>
@@ -6,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <memory>
 #include <ostream>
 
 namespace Qor::Core {
@@ -14,6 +17,11 @@ namespace {
 
 [[noreturn]] void RaiseMisuse(std::string text) {
     Error::RaiseError(LogicError(std::move(text)), QOR_CODE_CONTEXT("XMLWriter"), "Qor.Core.XMLWriter");
+}
+
+// Unformatted: what a caller has set on the stream, as a width, is not for us.
+void Put(std::ostream& stream, std::string_view text) {
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
 bool IsForbidden(char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r'; }
@@ -56,16 +64,58 @@ void WriteEscaped(std::ostream& stream, std::string_view text, bool isInAttribut
     std::size_t begin = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (const char* const reference = ReferenceFor(text[i], isInAttribute)) {
-            stream << text.substr(begin, i - begin) << reference;
+            Put(stream, text.substr(begin, i - begin));
+            Put(stream, reference);
             begin = i + 1;
         }
     }
-    stream << text.substr(begin);
+    Put(stream, text.substr(begin));
+}
+
+// Copies bytes into a CDATA section, and ends it in the middle of each "]]>" to begin another one.
+class SectionCopy {
+public:
+    explicit SectionCopy(std::ostream& stream) : m_stream(stream) {}
+
+    void Take(const char* bytes, std::size_t size) {
+        const char* const end = bytes + size;
+        const char* begin = bytes;
+        for (const char* cursor = bytes; (cursor = FindNext(cursor, end)) != end; ++cursor) {
+            if (*cursor == ']') {
+                m_brackets = std::min(m_brackets + 1, 2);
+            } else if (*cursor == '>' && m_brackets == 2) {
+                Put(m_stream, {begin, cursor});
+                Put(m_stream, "]]><![CDATA[");
+                begin = cursor;
+                m_brackets = 0;
+            } else {
+                m_brackets = 0;
+            }
+        }
+        Put(m_stream, {begin, end});
+    }
+
+private:
+    const char* FindNext(const char* cursor, const char* end) const {
+        if (m_brackets != 0 || cursor == end)
+            return cursor;
+        const void* const found = std::memchr(cursor, ']', static_cast<std::size_t>(end - cursor));
+        return found != nullptr ? static_cast<const char*>(found) : end;
+    }
+
+    std::ostream& m_stream;
+    int m_brackets = 0; // at the end of what was written, up to two
+};
+
+bool CopyPiece(BinaryInputStream& bytes, SectionCopy& copy, char* piece, std::size_t size) {
+    const auto got = static_cast<std::size_t>(bytes.Read(piece, size));
+    copy.Take(piece, got);
+    return got == size;
 }
 
 } // namespace
 
-XMLWriter::XMLWriter() = default;
+XMLWriter::XMLWriter(ELayout layout) : m_layout(layout) {}
 XMLWriter::~XMLWriter() = default;
 
 bool XMLWriter::CanHold(std::string_view text) {
@@ -76,33 +126,35 @@ bool XMLWriter::CanHold(std::string_view text) {
 void XMLWriter::StartDocument(std::ostream& stream) {
     m_open.clear();
     m_isInStartTag = false;
-    stream << R"(<?xml version="1.0" encoding="UTF-8"?>)";
+    Put(stream, R"(<?xml version="1.0" encoding="UTF-8"?>)");
 }
 
 void XMLWriter::EndDocument(std::ostream& stream) {
     if (!m_open.empty())
         RaiseMisuse(FormatText("Expected the end of <%1%>, found the end of the document", {m_open.back().name}));
-    stream << '\n';
+    Put(stream, "\n");
 }
 
 void XMLWriter::BeginLine(std::ostream& stream, std::size_t depth) {
-    stream << '\n';
+    if (m_layout == ePLAIN || (!m_open.empty() && m_open.back().hasText))
+        return;
+    Put(stream, "\n");
     for (; depth != 0; --depth)
-        stream << "  ";
+        Put(stream, "  ");
 }
 
 void XMLWriter::EndStartTag(std::ostream& stream) {
     if (m_isInStartTag)
-        stream << '>';
+        Put(stream, ">");
     m_isInStartTag = false;
 }
 
 void XMLWriter::StartTag(std::ostream& stream, std::string_view name) {
     RequireName(name);
     EndStartTag(stream);
-    if (m_open.empty() || !m_open.back().hasText)
-        BeginLine(stream, m_open.size());
-    stream << '<' << name;
+    BeginLine(stream, m_open.size());
+    Put(stream, "<");
+    Put(stream, name);
     m_open.push_back({std::string(name), !m_open.empty() && m_open.back().hasText});
     m_isInStartTag = true;
 }
@@ -112,31 +164,44 @@ void XMLWriter::Attribute(std::ostream& stream, std::string_view name, std::stri
     Require(value, "an attribute");
     if (!m_isInStartTag)
         RaiseMisuse(FormatText("Expected the attribute %1% in a start tag, found none open", {std::string(name)}));
-    stream << ' ' << name << "=\"";
+    Put(stream, " ");
+    Put(stream, name);
+    Put(stream, "=\"");
     WriteEscaped(stream, value, true);
-    stream << '"';
+    Put(stream, "\"");
+}
+
+void XMLWriter::AnyAttribute(std::ostream& stream, const std::string& name, std::string_view value) {
+    if (CanHold(value))
+        return Attribute(stream, name, value);
+    Attribute(stream, name, EncodeBase64(value));
+    Attribute(stream, name + "encoding", "def/base64");
 }
 
 void XMLWriter::EndTag(std::ostream& stream) {
     if (m_open.empty())
         RaiseMisuse("Expected an open element to be ended, found none");
     const Element element = std::move(m_open.back());
-    m_open.pop_back();
-    if (m_isInStartTag) {
-        stream << "/>";
-        m_isInStartTag = false;
-        return;
+    if (m_isInStartTag && m_layout == eLINES) {
+        Put(stream, "/>");
+    } else {
+        if (!m_isInStartTag)
+            BeginLine(stream, m_open.size() - 1);
+        EndStartTag(stream);
+        Put(stream, "</");
+        Put(stream, element.name);
+        Put(stream, ">");
     }
-    if (!element.hasText)
-        BeginLine(stream, m_open.size());
-    stream << "</" << element.name << '>';
+    m_isInStartTag = false;
+    m_open.pop_back();
 }
 
 void XMLWriter::BeginText(std::ostream& stream, const char* operation) {
-    if (m_open.empty())
+    if (m_open.empty() && m_layout == eLINES)
         RaiseMisuse(FormatText("Expected an open element for %1%, found none", {operation}));
     EndStartTag(stream);
-    m_open.back().hasText = true;
+    if (!m_open.empty())
+        m_open.back().hasText = true;
 }
 
 void XMLWriter::Text(std::ostream& stream, std::string_view text) {
@@ -146,25 +211,17 @@ void XMLWriter::Text(std::ostream& stream, std::string_view text) {
 }
 
 void XMLWriter::CData(std::ostream& stream, BinaryInputStream& bytes) {
-    static constexpr std::string_view end = "]]>";
     BeginText(stream, "a CDATA section");
-    stream << "<![CDATA[";
-    std::array<char, 16 * 1024> piece;
-    std::size_t matched = 0; // of the end, at the end of what was written
-    while (const auto size = static_cast<std::size_t>(bytes.Read(piece.data(), piece.size()))) {
-        std::size_t begin = 0;
-        for (std::size_t i = 0; i < size; ++i) {
-            matched = piece[i] == end[matched] ? matched + 1 : piece[i] == ']' ? std::max<std::size_t>(matched, 1) : 0;
-            if (matched == end.size()) { // in two sections, cut before the '>'
-                stream.write(piece.data() + begin, static_cast<std::streamsize>(i - begin));
-                stream << "]]><![CDATA[";
-                begin = i;
-                matched = 0;
-            }
+    Put(stream, "<![CDATA[");
+    SectionCopy copy(stream);
+    std::array<char, 8 * 1024> first;
+    if (CopyPiece(bytes, copy, first.data(), first.size())) {
+        constexpr std::size_t size = 256 * 1024;
+        const auto piece = std::make_unique_for_overwrite<char[]>(size);
+        while (CopyPiece(bytes, copy, piece.get(), size)) {
         }
-        stream.write(piece.data() + begin, static_cast<std::streamsize>(size - begin));
     }
-    stream << end;
+    Put(stream, "]]>");
 }
 
 void XMLWriter::Comment(std::ostream& stream, std::string_view text) {
@@ -172,15 +229,23 @@ void XMLWriter::Comment(std::ostream& stream, std::string_view text) {
     if (text.find("--") != text.npos || text.ends_with('-'))
         RaiseMisuse("Expected a comment without \"--\" and without '-' at its end, found one with it");
     EndStartTag(stream);
-    if (m_open.empty() || !m_open.back().hasText)
-        BeginLine(stream, m_open.size());
-    stream << "<!--" << text << "-->";
+    BeginLine(stream, m_open.size());
+    Put(stream, "<!--");
+    Put(stream, text);
+    Put(stream, "-->");
+}
+
+void XMLWriter::Verbatim(std::ostream& stream, std::string_view content) {
+    BeginText(stream, "content");
+    Put(stream, content);
 }
 
 void XMLWriter::EntityReference(std::ostream& stream, std::string_view name) {
     RequireName(name);
     BeginText(stream, "a reference");
-    stream << '&' << name << ';';
+    Put(stream, "&");
+    Put(stream, name);
+    Put(stream, ";");
 }
 
 } // namespace Qor::Core

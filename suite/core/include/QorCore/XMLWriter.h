@@ -21,7 +21,12 @@ class BinaryInputStream;
 /// Thread rule: a writer is used by one thread at a time.
 class QOR_CORE_API XMLWriter {
 public:
-    XMLWriter();
+    enum ELayout {
+        eLINES, ///< as above
+        ePLAIN  ///< nothing but what is written, an end tag for each element, and text may stand outside of elements
+    };
+
+    explicit XMLWriter(ELayout layout = eLINES);
     XMLWriter(const XMLWriter&) = delete;
     XMLWriter& operator=(const XMLWriter&) = delete;
     ~XMLWriter();
@@ -38,6 +43,9 @@ public:
     void StartTag(std::ostream& stream, std::string_view name);
     /// For the element that was started last, before anything in it; raises `LogicError` later.
     void Attribute(std::ostream& stream, std::string_view name, std::string_view value);
+    /// The same for whatever bytes: where XML cannot hold them, Base64 in one line, and beside the attribute another
+    /// one of its name plus "encoding", which says "def/base64".
+    void AnyAttribute(std::ostream& stream, const std::string& name, std::string_view value);
     void EndTag(std::ostream& stream);
 
     void Text(std::ostream& stream, std::string_view text);
@@ -45,6 +53,8 @@ public:
     void CData(std::ostream& stream, BinaryInputStream& bytes);
     /// Raises `LogicError` for a text with "--" in it, or '-' at its end.
     void Comment(std::ostream& stream, std::string_view text);
+    /// Copies content that is well-formed by itself, and is not checked; it counts as text.
+    void Verbatim(std::ostream& stream, std::string_view content);
     void EntityReference(std::ostream& stream, std::string_view name);
 
     /// The elements that are open.
@@ -60,6 +70,7 @@ private:
     void BeginText(std::ostream& stream, const char* operation);
     void BeginLine(std::ostream& stream, std::size_t depth);
 
+    ELayout m_layout;
     std::vector<Element> m_open;
     bool m_isInStartTag = false;
 };
