@@ -1,6 +1,7 @@
 #include "Platform.h"
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
+#include "Watchdog.h"
 
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/BinaryDataFile.h>
@@ -11,11 +12,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <cstdlib>
 #include <functional>
-#include <iostream>
-#include <mutex>
 #include <random>
 #include <set>
 #include <thread>
@@ -28,37 +25,6 @@ using namespace std::chrono_literals;
 
 constexpr auto duration = 1500ms;
 constexpr std::size_t numThreads = 4;
-
-/// Ends the program when a test does not: a hang is not seen by any sanitizer.
-class Watchdog {
-public:
-    Watchdog() : m_thread([this] { Watch(); }) {}
-    Watchdog(const Watchdog&) = delete;
-    Watchdog& operator=(const Watchdog&) = delete;
-    ~Watchdog() {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_isDone = true;
-        }
-        m_done.notify_all();
-        m_thread.join();
-    }
-
-private:
-    void Watch() {
-        std::unique_lock lock(m_mutex);
-        if (m_done.wait_for(lock, 30s, [this] { return m_isDone; }))
-            return;
-        std::cerr << "The threads hang in " << testing::UnitTest::GetInstance()->current_test_info()->name()
-                  << std::endl;
-        std::abort();
-    }
-
-    std::mutex m_mutex;
-    std::condition_variable m_done;
-    bool m_isDone = false;
-    std::thread m_thread;
-};
 
 /// Random numbers of one thread.
 class Dice {
@@ -75,7 +41,7 @@ using Action = std::function<void(Dice& dice)>;
 
 /// Four threads do one of the actions after the other. Refusals that the rules of nesting demand are no failure.
 void RunTogether(const std::vector<Action>& actions) {
-    const Watchdog watchdog;
+    const Core::Testing::Watchdog watchdog;
     const auto end = std::chrono::steady_clock::now() + duration;
     std::atomic<int> done{0};
     std::vector<std::thread> threads;

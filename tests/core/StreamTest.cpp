@@ -1,3 +1,5 @@
+#include "Trickle.h"
+
 #include <QorCore/Alert.h>
 #include <QorCore/BoundedStreams.h>
 #include <QorCore/BufferedStreams.h>
@@ -7,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -16,11 +17,11 @@
 namespace {
 
 using namespace Qor::Core;
+using Testing::Trickle;
 
 using Bytes = std::vector<std::byte>;
 
 constexpr std::uint64_t wholeSize = 500;
-constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
 Bytes Numbered(std::uint64_t size) {
     Bytes bytes(static_cast<std::size_t>(size));
@@ -39,32 +40,6 @@ Bytes ReadFrom(BinaryInputStream& stream, std::uint64_t size) {
     bytes.resize(static_cast<std::size_t>(stream.Read(bytes.data(), size)));
     return bytes;
 }
-
-// A medium that gives a few bytes at a time, does not know how many it has, and may fail once on its way.
-class Trickle final : public BinaryInputStream {
-public:
-    Trickle(const Bytes& bytes, std::uint64_t piece, std::uint64_t failAt = never)
-        : m_bytes(bytes), m_piece(piece), m_failAt(failAt) {}
-
-protected:
-    std::uint64_t DoRead(void* destination, std::uint64_t size) override {
-        if (m_position == m_failAt) {
-            m_failAt = never;
-            throw IOError("The medium failed");
-        }
-        const std::uint64_t done = std::min({size, m_piece, m_bytes.size() - m_position, m_failAt - m_position});
-        std::copy_n(m_bytes.begin() + static_cast<std::ptrdiff_t>(m_position), done,
-                    static_cast<std::byte*>(destination));
-        m_position += done;
-        return done;
-    }
-
-private:
-    const Bytes& m_bytes;
-    std::uint64_t m_piece;
-    std::uint64_t m_failAt;
-    std::uint64_t m_position = 0;
-};
 
 // A buffer of that size, or a limit of that many bytes.
 enum EKind { eBUFFER, eLIMIT };

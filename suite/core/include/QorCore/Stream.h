@@ -34,8 +34,8 @@ public:
     /// Passes over `size` bytes and returns how many there were: fewer only at the end of the stream.
     std::uint64_t Skip(std::uint64_t size);
 
-    /// The number of bytes up to the end, where the stream knows it (memory, files, bounded streams); otherwise empty.
-    /// Readers check sizes that they find in the data against it before they allocate.
+    /// No more than this many bytes are left; exact for memory, files and streams bounded over them. Empty where the
+    /// stream does not know. Readers check sizes that they find in the data against it before they allocate.
     std::optional<std::uint64_t> BytesLeft() const;
 
 protected:
@@ -47,7 +47,7 @@ protected:
     virtual std::uint64_t DoRead(void* destination, std::uint64_t size) = 0;
     /// Called with an empty window; the default reads and drops.
     virtual std::uint64_t DoSkip(std::uint64_t size);
-    /// The bytes behind the window, where known.
+    /// No more than this many bytes are behind the window; empty where that is not known.
     virtual std::optional<std::uint64_t> DoBytesLeft() const;
 
     std::uint64_t WindowSize() const { return static_cast<std::uint64_t>(m_windowEnd - m_cursor); }
@@ -58,6 +58,7 @@ protected:
     const std::byte* WindowBegin() const { return m_cursor; }
 
 private:
+    friend class Base64DecoderStream;
     friend class BoundedInputStream;
     friend class BufferedInputStream;
 

@@ -1,0 +1,263 @@
+#include "Alerts.h"
+#include "Watchdog.h"
+
+#include <QorCore/Base64.h>
+#include <QorCore/BinaryPipe.h>
+#include <QorCore/BufferedStreams.h>
+#include <QorCore/Thread.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace Qor::Core;
+
+std::string Numbered(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t index = 0; index < size; ++index)
+        bytes[index] = static_cast<char>(index * 7 + index / 256);
+    return bytes;
+}
+
+void Write(BinaryPipe& pipe, const std::string& bytes) { pipe.GetWriter().Write(bytes.data(), bytes.size()); }
+
+std::string Read(BinaryInputStream& stream, std::size_t size) {
+    std::string bytes(size, '\0');
+    bytes.resize(static_cast<std::size_t>(stream.Read(bytes.data(), size)));
+    return bytes;
+}
+
+std::string Read(BinaryPipe& pipe, std::size_t size) { return Read(pipe.GetReader(), size); }
+
+// Long enough for a thread to wait where it should.
+void LetOthersRun() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
+
+TEST(BinaryPipe, OneThreadPassesWhatFits) {
+    const std::string bytes = Numbered(10'000);
+    for (const std::size_t bufferSize : {1u, 2u, 7u, 64u}) {
+        BinaryPipe pipe(bufferSize);
+        std::size_t done = 0;
+        for (std::size_t step = 0; step < 300; ++step) {
+            const std::size_t piece = 1 + step * 5 % bufferSize;
+            Write(pipe, bytes.substr(done, piece));
+            EXPECT_EQ(pipe.GetReader().BytesLeft(), std::nullopt);
+            const std::size_t first = step % (piece + 1);
+            ASSERT_EQ(Read(pipe, first), bytes.substr(done, first));
+            ASSERT_EQ(Read(pipe, piece - first), bytes.substr(done + first, piece - first));
+            done += piece;
+        }
+        Write(pipe, bytes.substr(done, bufferSize));
+        pipe.CloseWrite();
+        pipe.CloseWrite(std::make_exception_ptr(Error("too late")));
+        EXPECT_EQ(Read(pipe, bytes.size()), bytes.substr(done, bufferSize));
+        EXPECT_EQ(Read(pipe, 1), "");
+        EXPECT_THROW(Write(pipe, "x"), IOError);
+    }
+}
+
+TEST(BinaryPipe, AFailureFollowsWhatWasWritten) {
+    BinaryPipe pipe(10);
+    Write(pipe, "abcdef");
+    pipe.CloseWrite(std::make_exception_ptr(LogicError("of the writer")));
+    pipe.CloseWrite();
+    EXPECT_EQ(Read(pipe, 2), "ab");
+    EXPECT_EQ(Read(pipe, 4), "cdef");
+    for (int again = 0; again < 2; ++again)
+        EXPECT_EQ(Testing::RaisedBy<LogicError>([&] { Read(pipe, 1); }).GetText(), "of the writer");
+}
+
+TEST(BinaryPipe, NothingPassesAClosedReadingEnd) {
+    BinaryPipe pipe(10);
+    Write(pipe, "abc");
+    pipe.CloseRead();
+    pipe.CloseRead();
+    for (const auto& operation : {std::function([&] { Write(pipe, "x"); }), std::function([&] { Read(pipe, 1); })})
+        EXPECT_EQ(Testing::RaisedBy<IOError>(operation).GetText(), "The reading end of a pipe was closed");
+}
+
+TEST(BinaryPipeThreads, AllBytesArriveInOrder) {
+    const Testing::Watchdog watchdog;
+    const std::string bytes = Numbered(60'000);
+    constexpr std::size_t sizes[] = {1, 300, 5000, 100'000};
+    for (const std::size_t bufferSize : {0u, 1u, 7u, 2048u, 8192u, 70'000u})
+        for (const std::size_t mostWritten : sizes)
+            for (const std::size_t mostRead : sizes)
+                for (const int slowSide : {0, 1, 2}) {
+                    const std::size_t size = std::min({bytes.size(), mostWritten * 1000, mostRead * 1000});
+                    BinaryPipe pipe(bufferSize);
+                    const auto travel = [&](unsigned seed, std::size_t most, bool isSlow, const auto& pass) {
+                        std::minstd_rand random(seed);
+                        for (std::size_t done = 0; done < size;) {
+                            const std::size_t piece = std::min(size - done, 1 + random() % most);
+                            if (isSlow && random() % (size / most / 8 + 1) == 0)
+                                std::this_thread::sleep_for(std::chrono::microseconds(100));
+                            pass(done, piece);
+                            done += piece;
+                        }
+                    };
+                    std::thread writer([&] {
+                        travel(1, mostWritten, slowSide == 1, [&](std::size_t at, std::size_t piece) {
+                            pipe.GetWriter().Write(bytes.data() + at, piece);
+                        });
+                        pipe.CloseWrite();
+                    });
+                    std::string read(size, '\0');
+                    travel(2, mostRead, slowSide == 2, [&](std::size_t at, std::size_t piece) {
+                        EXPECT_EQ(pipe.GetReader().Read(read.data() + at, piece), piece);
+                    });
+                    EXPECT_EQ(Read(pipe, 1), "");
+                    writer.join();
+                    ASSERT_TRUE(read == bytes.substr(0, size)) << bufferSize << ", " << mostWritten << ", " << mostRead;
+                }
+}
+
+TEST(BinaryPipeThreads, ClosingEndsTheWaitOfAReader) {
+    const Testing::Watchdog watchdog;
+    using Closing = void (*)(BinaryPipe&);
+    const struct {
+        Closing close;
+        std::string fault; // when nothing was written
+    } rows[] = {{[](BinaryPipe& pipe) { pipe.CloseWrite(); }, ""},
+                {[](BinaryPipe& pipe) { pipe.CloseWrite(std::make_exception_ptr(IOError("failed"))); }, "failed"},
+                {[](BinaryPipe& pipe) { pipe.CloseRead(); }, "The reading end of a pipe was closed"}};
+    for (const auto& row : rows)
+        for (const std::string& written : {std::string(), std::string("abc")}) {
+            BinaryPipe pipe(2);
+            std::string read;
+            std::string fault;
+            std::thread reader([&] {
+                BufferedInputStream ahead(pipe.GetReader(), 100);
+                try {
+                    read = Read(ahead, 3);
+                    Read(ahead, 1);
+                } catch (const IOError& error) {
+                    fault = error.GetText();
+                }
+            });
+            LetOthersRun();
+            Write(pipe, written);
+            row.close(pipe);
+            reader.join();
+            EXPECT_EQ(read, written);
+            EXPECT_EQ(fault, row.fault);
+        }
+}
+
+TEST(BinaryPipeThreads, ClosingEndsTheWaitOfAWriter) {
+    const Testing::Watchdog watchdog;
+    for (const bool closesRead : {true, false}) {
+        BinaryPipe pipe(2);
+        std::string fault;
+        std::thread writer([&] { fault = Testing::RaisedBy<IOError>([&] { Write(pipe, "abc"); }).GetText(); });
+        LetOthersRun();
+        closesRead ? pipe.CloseRead() : pipe.CloseWrite();
+        writer.join();
+        EXPECT_EQ(fault, closesRead ? "The reading end of a pipe was closed" : "The writing end of a pipe was closed");
+        if (!closesRead) {
+            EXPECT_EQ(Read(pipe, 3), "ab");
+        }
+    }
+}
+
+TEST(BinaryPipeThreads, ALargeReadIsFilledPastTheBufferInOneGo) {
+    const Testing::Watchdog watchdog;
+    const std::string bytes = Numbered(64 * 1024);
+    for (const bool writerIsFirst : {false, true}) {
+        BinaryPipe pipe(2048);
+        std::thread writer([&] {
+            if (!writerIsFirst)
+                LetOthersRun();
+            Write(pipe, bytes);
+        });
+        if (writerIsFirst)
+            LetOthersRun();
+        // It asks the pipe once; what came through the buffer piece by piece would be 2048 bytes.
+        BufferedInputStream ahead(pipe.GetReader(), bytes.size());
+        EXPECT_EQ(Read(ahead, 1), bytes.substr(0, 1));
+        pipe.CloseRead();
+        EXPECT_TRUE(Read(ahead, bytes.size() - 1) == bytes.substr(1));
+        writer.join();
+    }
+}
+
+TEST(BinaryPipeThreads, WhatIsFlushedReachesThoseWhoReadAhead) {
+    const Testing::Watchdog watchdog;
+    BinaryPipe there(16);
+    BinaryPipe back(16);
+    std::thread echo([&] {
+        BufferedInputStream ahead(there.GetReader(), 1000);
+        for (int round = 0; round < 100; ++round) {
+            Write(back, Read(ahead, 3));
+            back.GetWriter().Flush();
+        }
+    });
+    BufferedInputStream ahead(back.GetReader(), 1000);
+    for (int round = 0; round < 100; ++round) {
+        there.GetWriter().Flush();
+        Write(there, "abc");
+        there.GetWriter().Flush();
+        ASSERT_EQ(Read(ahead, 3), "abc");
+    }
+    echo.join();
+}
+
+/// Writes bytes as Base64 into a pipe that it closes.
+class Producer final : public Task {
+public:
+    Producer(BinaryPipe& pipe, std::string bytes, bool fails)
+        : m_pipe(pipe), m_bytes(std::move(bytes)), m_fails(fails) {}
+
+    void Run() override {
+        try {
+            Base64EncoderStream encoder(m_pipe.GetWriter());
+            encoder.Write(m_bytes.data(), m_bytes.size());
+            if (m_fails)
+                throw LogicError("The producer failed");
+            encoder.Finish();
+            m_pipe.CloseWrite();
+        } catch (...) {
+            m_pipe.CloseWrite(std::current_exception());
+            throw;
+        }
+    }
+
+private:
+    BinaryPipe& m_pipe;
+    std::string m_bytes;
+    bool m_fails;
+};
+
+TEST(BinaryPipeThreads, AProducerOnItsOwnThreadAndItsFailureAreRead) {
+    const Testing::Watchdog watchdog;
+    const std::string bytes = Numbered(1'000'000);
+    for (const bool fails : {false, true}) {
+        BinaryPipe pipe(2048);
+        Thread thread("Producer", std::make_shared<Producer>(pipe, bytes, fails));
+        thread.Start();
+        Base64DecoderStream decoder(pipe.GetReader());
+        if (fails) {
+            EXPECT_THROW(Read(decoder, bytes.size()), LogicError);
+            EXPECT_THROW(thread.Join(), LogicError);
+        } else {
+            EXPECT_TRUE(Read(decoder, bytes.size() + 1) == bytes);
+            thread.Join();
+        }
+    }
+    // A reader that goes away.
+    BinaryPipe pipe(2048);
+    Thread thread("Producer", std::make_shared<Producer>(pipe, bytes, false));
+    thread.Start();
+    EXPECT_EQ(Read(pipe, 10).size(), 10u);
+    pipe.CloseRead();
+    EXPECT_EQ(Testing::RaisedBy<IOError>([&] { thread.Join(); }).GetText(), "The reading end of a pipe was closed");
+}
+
+} // namespace
