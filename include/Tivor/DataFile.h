@@ -199,8 +199,11 @@ public:
     std::vector<UnreadEntry> GetUnreadEntries() const override;
 
 protected:
+    /// When a file that is opened with `eCREATE_ALWAYS` loses what it held.
+    enum class EDiscard { whenOpened, whenSaved };
+
     /// `category`: the dotted category of the alerts that the format raises; a text that outlives the file.
-    explicit StreamedDataFile(const char* category);
+    explicit StreamedDataFile(const char* category, EDiscard discard = EDiscard::whenOpened);
 
     /// Reads the content of the file of that name, which is not empty, into an empty container.
     virtual void ReadContent(Core::BinaryInputStream& stream, const std::string& fileName, DataContainer& content) = 0;
@@ -222,6 +225,7 @@ private:
     void WriteToMemory();
 
     const char* m_category;
+    EDiscard m_discard;
     bool m_isOpen = false;
     std::unique_ptr<Core::BinaryFileStream> m_stream; // null for a file in memory
     std::vector<std::byte> m_content;

@@ -21,6 +21,7 @@ class MutexLockableDataObject;
 class ScalarData;
 class Serializer;
 class XMLContentHandler;
+class XMLDataFile;
 class XMLHandler;
 template <class T>
 class GenericWrapper;

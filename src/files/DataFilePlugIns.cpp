@@ -1,11 +1,13 @@
 #include "BinaryDataFileFactory.h"
 #include "DataFileConfiguration.h"
+#include "XMLDataFileFactory.h"
 
 #include <QorCore/Log.h>
 #include <QorCore/System.h>
 #include <QorCore/SystemLibrary.h>
 #include <Tivor/BinaryDataFile.h>
 #include <Tivor/DataFileTypeManager.h>
+#include <Tivor/XMLDataFile.h>
 
 #include <algorithm>
 #include <atomic>
@@ -61,6 +63,7 @@ private:
         if (!m_made) {
             std::shared_ptr<DataFileTypeManager> made(new DataFileTypeManager, Deleter());
             made->SetFactory(typeid(BinaryDataFile), std::make_shared<BinaryDataFileFactory>());
+            made->SetFactory(typeid(XMLDataFile), std::make_shared<XMLDataFileFactory>());
             m_made = std::move(made);
             LoadWhatStandsBesideTheProgram(*m_made);
             m_complete.store(m_made.get(), std::memory_order_release);

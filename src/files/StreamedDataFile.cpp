@@ -17,7 +17,9 @@ std::string GetShownName(const std::string& fileName) { return fileName.empty() 
 
 } // namespace
 
-StreamedDataFile::StreamedDataFile(const char* category) : m_category(category) { ReceiveChanges(); }
+StreamedDataFile::StreamedDataFile(const char* category, EDiscard discard) : m_category(category), m_discard(discard) {
+    ReceiveChanges();
+}
 
 StreamedDataFile::~StreamedDataFile() {
     if (m_isOpen && m_modified)
@@ -29,11 +31,12 @@ bool StreamedDataFile::Open(const std::string& fileName, EAccess access, EOpenBe
                             std::shared_ptr<DataContainer> container) {
     const auto lock = std::make_shared<Core::Lock>(BeginDataAccess());
     Close();
+    const bool discardsLater = m_discard == EDiscard::whenSaved && behavior == eCREATE_ALWAYS && access != eREAD_ONLY;
     auto stream = std::make_unique<Core::BinaryFileStream>();
-    if (!stream->Open(fileName, access == eREAD_ONLY, behavior))
+    if (!stream->Open(fileName, access == eREAD_ONLY, discardsLater ? eOPEN_ALWAYS : behavior))
         return false;
     m_stream = std::move(stream);
-    Load(*m_stream, m_stream->GetSize() == 0, fileName, access, container);
+    Load(*m_stream, discardsLater || m_stream->GetSize() == 0, fileName, access, container);
     return true;
 }
 
