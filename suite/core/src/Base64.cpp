@@ -188,6 +188,12 @@ struct Base64EncoderStream::State {
         }
     }
 
+    /// Leaves the rest of the last group at the beginning.
+    void EncodeGathered(std::size_t size) {
+        Encode(gathered.data(), size - size % 3);
+        std::memmove(gathered.data(), gathered.data() + size - size % 3, size % 3);
+    }
+
     BinaryOutputStream& target;
     const std::size_t lineLength;
     const std::string separator;
@@ -205,8 +211,8 @@ Base64EncoderStream::Base64EncoderStream(BinaryOutputStream& target, std::size_t
 
 Base64EncoderStream::~Base64EncoderStream() = default;
 
-std::uint64_t Base64EncoderStream::GetGathered() const {
-    return static_cast<std::uint64_t>(WindowBegin() - m_state->gathered.data());
+std::size_t Base64EncoderStream::GetGathered() const {
+    return static_cast<std::size_t>(WindowBegin() - m_state->gathered.data());
 }
 
 void Base64EncoderStream::DoWrite(const void* source, std::uint64_t size) {
@@ -216,7 +222,7 @@ void Base64EncoderStream::DoWrite(const void* source, std::uint64_t size) {
                           QOR_CODE_CONTEXT("Base64EncoderStream"), "Qor.Core.Base64EncoderStream");
     // The block is larger than the rest of the window, so it completes what was gathered.
     const auto* bytes = static_cast<const std::byte*>(source);
-    const std::size_t gathered = static_cast<std::size_t>(GetGathered());
+    const std::size_t gathered = GetGathered();
     const std::size_t missing = (3 - gathered % 3) % 3;
     std::copy_n(bytes, missing, WindowBegin());
     const std::size_t whole = (static_cast<std::size_t>(size) - missing) / 3 * 3;
@@ -227,33 +233,27 @@ void Base64EncoderStream::DoWrite(const void* source, std::uint64_t size) {
     std::copy_n(bytes + missing + whole, rest, state.gathered.data());
 }
 
-std::size_t Base64EncoderStream::EncodeGathered() {
-    const auto gathered = static_cast<std::size_t>(GetGathered());
-    const std::size_t whole = gathered / 3 * 3;
-    std::byte* const begin = m_state->gathered.data();
-    SetWindow(begin + (gathered - whole), begin + m_state->gathered.size());
-    m_state->Encode(begin, whole);
-    std::memmove(begin, begin + whole, gathered - whole);
-    return gathered - whole;
-}
-
 void Base64EncoderStream::DoFlush() {
-    if (!m_state->isFinished) {
-        EncodeGathered();
-        m_state->Drain();
+    State& state = *m_state;
+    if (!state.isFinished) {
+        const std::size_t size = GetGathered();
+        SetWindow(state.gathered.data() + size % 3, state.gathered.data() + state.gathered.size());
+        state.EncodeGathered(size);
+        state.Drain();
     }
-    m_state->target.Flush();
+    state.target.Flush();
 }
 
 void Base64EncoderStream::Finish() {
     State& state = *m_state;
     if (state.isFinished)
         return;
+    const std::size_t size = GetGathered();
     state.isFinished = true;
-    const std::size_t rest = EncodeGathered();
     SetWindow(nullptr, nullptr);
-    if (rest != 0) {
-        const Group group = EncodeLastGroup(state.gathered.data(), rest);
+    state.EncodeGathered(size);
+    if (size % 3 != 0) {
+        const Group group = EncodeLastGroup(state.gathered.data(), size % 3);
         state.AppendInLines({group.data(), group.size()});
     }
     state.Drain();

@@ -45,8 +45,7 @@ protected:
 private:
     struct State;
 
-    std::uint64_t GetGathered() const;
-    std::size_t EncodeGathered();
+    std::size_t GetGathered() const;
 
     std::unique_ptr<State> m_state;
 };
