@@ -1,3 +1,5 @@
+#include "XMLRecorder.h"
+
 #include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
 #include <QorCore/XMLParser.h>
@@ -15,63 +17,13 @@
 namespace {
 
 using namespace Qor::Core;
+using Testing::Joined;
 using Testing::RaisedBy;
-
-constexpr std::size_t pieceSize = 64 * 1024;
-
-// Writes down each call, e.g. `<a` for a start tag and `</a>` for its end, and then runs an action.
-class Recorder final : public XMLParseHandler {
-public:
-    void OnStartDoc(const std::string& version, const std::string& encoding, bool standalone) override {
-        Saw("doc(" + version + "," + encoding + (standalone ? ",alone)" : ")"));
-    }
-    void OnEndDoc() override { Saw("end"); }
-    void OnStartTag(const std::string& tag) override { Saw("<" + tag); }
-    void OnStartTagContent() override { Saw(">"); }
-    void OnAttribute(const std::string& name, const XMLAttributeValue<std::string>& value) override {
-        Saw("@" + name + "=" + value.GetText());
-    }
-    void OnTextContent(const std::string& text) override { Saw("'" + text + "'"); }
-    void OnEndTag(const std::string& tag, bool emptyElement) override { Saw((emptyElement ? "/" : "</") + tag + ">"); }
-    void OnComment(const std::string& comment) override { Saw("!" + comment); }
-    void OnEntityReference(const std::string& entity) override { Saw("&" + entity); }
-    void OnCDataSection(BinaryInputStream& section) override {
-        std::string bytes(static_cast<std::size_t>(std::min(section.BytesLeft().value(), cDataRead)), '?');
-        section.Read(bytes.data(), bytes.size());
-        Saw("[" + bytes + "]");
-    }
-
-    std::vector<std::string> seen;
-    std::uint64_t cDataRead = 1'000'000;
-    std::function<void()> action = [] {};
-
-private:
-    void Saw(std::string call) {
-        seen.push_back(std::move(call));
-        action();
-    }
-};
-
+using Testing::Recorder;
+using Testing::Trickle;
 using Parser = XMLParser<Recorder>;
 
-// A medium that gives one byte at a time, does not know how many it has, and may fail.
-class Trickle final : public BinaryInputStream {
-public:
-    explicit Trickle(std::string_view bytes, bool fails = false) : m_bytes(bytes), m_fails(fails) {}
-
-protected:
-    std::uint64_t DoRead(void* destination, std::uint64_t) override {
-        if (m_bytes.empty() && m_fails)
-            throw IOError("The medium failed");
-        const std::size_t done = m_bytes.copy(static_cast<char*>(destination), 1);
-        m_bytes.remove_prefix(done);
-        return done;
-    }
-
-private:
-    std::string_view m_bytes;
-    bool m_fails;
-};
+constexpr std::size_t pieceSize = 64 * 1024;
 
 // As many bytes as anyone asks for, up to a size; keeps how many that were each time.
 class Endless final : public BinaryInputStream {
@@ -95,13 +47,6 @@ private:
     std::string m_begin;
     std::uint64_t m_left;
 };
-
-std::string Joined(const std::vector<std::string>& calls) {
-    std::string joined;
-    for (const std::string& call : calls)
-        joined += (joined.empty() ? "" : " ") + call;
-    return joined;
-}
 
 std::string CallsOf(const std::string& document, std::uint64_t cDataRead = 1'000'000) {
     Recorder recorder;
@@ -285,34 +230,42 @@ TEST(XMLParser, DepthTakesNoStack) {
     EXPECT_EQ(CallsOf(Repeated(depth, "<a>") + Repeated(depth, "</a>")).size(), 10 + depth * (3 + 2 + 5) + 3);
 }
 
-TEST(XMLParser, WhatAHandlerThrowsArrivesAsItIs) {
+TEST(XMLParser, WhatAHandlerThrowsArrivesAsItIsAndErrorsTellTheirPlace) {
     Recorder complete;
     MemoryInputStream whole(everything.data(), everything.size());
     Parser parser;
     parser.Parse(whole, complete);
     ASSERT_EQ(Joined(complete.seen), callsOfEverything);
-    const OutOfRangeError error("odd");
-    const std::function<void()> throwers[] = {[&] { throw error; }, [] { throw std::invalid_argument("odd"); },
-                                              [] { throw 5; }};
+    OutOfRangeError error("odd");
+    error.AddVariable("Column", "of a matrix");
+    OutOfRangeError placed("placed");
+    placed.AddVariable("Line", "");
+    const std::function<void()> throwers[] = {[&] { throw error; }, [&] { throw placed; },
+                                              [] { throw std::invalid_argument("odd"); }, [] { throw 5; }};
     for (std::size_t call = 1; call <= complete.seen.size(); ++call)
         for (const auto& thrower : throwers) {
             Recorder recorder;
+            OutOfRangeError withPlace = error;
             recorder.action = [&] {
-                if (recorder.seen.size() == call)
-                    thrower();
+                if (recorder.seen.size() != call)
+                    return;
+                const XMLPosition place = parser.GetPosition();
+                withPlace.AddVariable("Line", std::to_string(place.line));
+                withPlace.AddVariable("Column", std::to_string(place.column));
+                thrower();
             };
             MemoryInputStream stream(everything.data(), everything.size());
             std::string caught;
             try {
                 parser.Parse(stream, recorder);
             } catch (const OutOfRangeError& same) {
-                caught = same == error ? "error" : "changed";
+                caught = same == withPlace ? "with place" : same == placed ? "placed" : same.ToString();
             } catch (const std::invalid_argument& same) {
                 caught = same.what();
             } catch (int same) {
                 caught = std::to_string(same);
             }
-            const std::string expected[] = {"error", "odd", "5"};
+            const std::string expected[] = {"with place", "placed", "odd", "5"};
             EXPECT_EQ(caught, expected[&thrower - throwers]) << call;
             EXPECT_EQ(recorder.seen.size(), call) << "calls after the one that threw";
         }
