@@ -3,6 +3,7 @@
 
 #include <QorCore/Base64.h>
 #include <QorCore/MemoryStreams.h>
+#include <Tivor/DataContainer.h>
 
 #include <cstring>
 #include <stdexcept>
@@ -74,6 +75,47 @@ void CompareBase64Decode(benchmark::State& state) {
     Require(decoded == samples, "the samples did not come back");
 }
 
+using Matrix = Qor::Nalix::Matrix<double, Qor::Nalix::basic_row_major>;
+
+Qor::Tivor::DataContainer MakeSurface() {
+    const std::vector<double> samples = MakeSamples();
+    Matrix matrix(1024, numSamples / 1024);
+    std::copy(samples.begin(), samples.end(), matrix.data());
+    Qor::Tivor::DataContainer container;
+    container.PutValue("Height", std::move(matrix));
+    return container;
+}
+
+void CompareEncode(benchmark::State& state) {
+    const Qor::Tivor::DataContainer surface = MakeSurface();
+    MemoryOutputStream text(numSamples * sizeof(double) * 3 / 2);
+    surface.OutputXML(text);
+    MemoryOutputStream again(text.GetSize() + 1024);
+    Compare(state, 10, LimitOf(text), [&](Stopwatch& watch) {
+        again.Clear();
+        watch.Start();
+        surface.OutputXML(again);
+        watch.Stop();
+    });
+    Require(again.GetSize() == text.GetSize(), "another text came out");
+}
+
+void CompareDecode(benchmark::State& state) {
+    const Qor::Tivor::DataContainer surface = MakeSurface();
+    MemoryOutputStream text;
+    surface.OutputXML(text);
+    bool isSame = true;
+    Compare(state, 3, LimitOf(text), [&](Stopwatch& watch) {
+        Qor::Tivor::DataContainer read;
+        MemoryInputStream source(text.GetBytes());
+        watch.Start();
+        read.InputXML(source);
+        watch.Stop();
+        isSame = isSame && read == surface;
+    });
+    Require(isSame, "the samples did not come back");
+}
+
 } // namespace
 
 } // namespace Bench
@@ -81,4 +123,6 @@ void CompareBase64Decode(benchmark::State& state) {
 void Bench::RegisterRows() {
     Register("W3 Base64 encode alone", 101, CompareBase64Encode);
     Register("W3 Base64 decode alone", 101, CompareBase64Decode);
+    Register("W3 encode", 51, CompareEncode);
+    Register("W3 decode", 51, CompareDecode);
 }
