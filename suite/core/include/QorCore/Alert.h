@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <iosfwd>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +13,7 @@ namespace Qor::Core {
 
 class DataInputStream;
 class DataOutputStream;
+class XMLWriter;
 
 /// A place in the code.
 struct CodeContext {
@@ -85,6 +87,10 @@ public:
     /// False when the stream ends too early, and then nothing changes.
     [[nodiscard]] bool Read(DataInputStream& stream);
     std::uint64_t GetSerializedSize() const;
+    /// XML form: an element "Error" with the attributes class, message, category, severity, signature, function, source
+    /// and line, and in it "CallStack" and "UnwindStack", with a "Context" of the last four attributes for each place,
+    /// and "Variables", with a "Variable" of name and value for each.
+    void ToXML(std::ostream& stream, XMLWriter& writer) const;
 
     bool operator==(const AlertInfo&) const = default;
 

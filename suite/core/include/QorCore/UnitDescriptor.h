@@ -4,10 +4,13 @@
 
 #include <array>
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <string>
 
 namespace Qor::Core {
+
+class XMLWriter;
 
 /// A unit of measure: SI value = value x scale + offset, in the product of the base units m, kg, s, A, K, mol, cd and
 /// rad, each to its exponent. A unit without dimensions, scale 1, offset 0, and no name is that of plain numbers.
@@ -48,6 +51,10 @@ public:
     /// False when the stream ends too early, and then nothing changes.
     [[nodiscard]] bool Read(DataInputStream& stream);
     std::uint64_t GetSerializedSize() const;
+    /// XML form: an element "Unit" with the name of a unit that the dictionary holds exactly as it is; for any other,
+    /// and for that of plain numbers, an element "Descriptor" with the attributes name, symbol, scale, offset and
+    /// exponents, eight decimal numbers with blanks between them.
+    void ToXML(std::ostream& stream, XMLWriter& writer) const;
 
 private:
     std::string m_name;

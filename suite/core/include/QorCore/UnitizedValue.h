@@ -68,6 +68,9 @@ public:
     /// on, so that a sequence which is read through one value has one descriptor.
     [[nodiscard]] bool Read(DataInputStream& stream);
     std::uint64_t GetSerializedSize() const;
+    /// XML form: an element "Value" with the number. Its attribute "unit" is the name of a unit that the dictionary
+    /// holds exactly as it is; any other unit but that of plain numbers follows as an element "Descriptor".
+    void ToXML(std::ostream& stream, XMLWriter& writer) const;
 
 private:
     T m_value = 0;
