@@ -1,7 +1,7 @@
 #pragma once
 
 #include <Tivor/DataObject.h>
-#include <Tivor/Serializer.h>
+#include <Tivor/XMLContentHandler.h>
 
 #include <cstddef>
 #include <optional>
@@ -73,6 +73,8 @@ private:
     void AllocateData(std::uint64_t size);
     template <class Visitor>
     decltype(auto) VisitNumber(Visitor&& visitor) const;
+    template <class Visitor>
+    decltype(auto) VisitType(std::uint64_t size, Visitor&& visitor) const;
 
     ETypeID m_eTypeID;
     std::string m_typeName;
@@ -87,8 +89,11 @@ TIVOR_API std::shared_ptr<ScalarData> MakeEnumScalar(const std::type_info& type,
 TIVOR_API std::int64_t GetEnumNumber(const ScalarData& scalar, bool isSigned, std::size_t width);
 } // namespace Details
 
-/// Writes the raw little-endian bytes of the number. The width is the declared data size.
-class TIVOR_API ScalarData::ScalarSerializer : public Serializer {
+/// Writes the raw little-endian bytes of the number, and into XML its decimal text, whatever the width. The width is
+/// the declared data size.
+class TIVOR_API ScalarData::ScalarSerializer : public Serializer,
+                                               public XMLContentHandler,
+                                               public std::enable_shared_from_this<ScalarData::ScalarSerializer> {
 public:
     explicit ScalarSerializer(ScalarData& object);
     ~ScalarSerializer() override;
@@ -103,9 +108,24 @@ public:
     /// keeps its value.
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& stream) override;
     std::uint64_t DataToBinary(Core::BinaryOutputStream& stream) override;
+    /// Itself. Raises `MissingXMLAttribute` without "typename" or "size", and `InvalidScalarSize` for a size that the
+    /// kind does not have.
+    std::shared_ptr<XMLContentHandler>
+    GetXMLContentHandler(const std::unordered_map<std::string, std::string>& attributes) override;
+    /// Raises `InvalidScalarSize` when there is no number yet.
+    void DataToXML(std::ostream& stream, Core::XMLWriter& writer) override;
+
+    void PrepareForNewContent() override;
+    void OnTextContent(const std::string& text) override;
+    void OnEntityReference(const std::string& entity) override;
+    void OnCDataSection(Core::BinaryInputStream& section) override;
+    /// Raises `IOError` for a text that is no number of the kind and width; the object then keeps its value.
+    void OnEndContent() override;
 
 private:
     ScalarData& m_object;
+    std::uint64_t m_contentSize = 0;
+    std::string m_content;
 };
 
 /// A scalar that holds a value of a registered enumeration, with the width and the sign of its underlying type. Raises

@@ -1,5 +1,9 @@
+#include "XMLText.h"
+
+#include <QorCore/MemoryStreams.h>
 #include <QorCore/Message.h>
-#include <QorCore/Stream.h>
+#include <QorCore/NumberText.h>
+#include <QorCore/XMLWriter.h>
 #include <Tivor/GenericWrapper.h>
 #include <Tivor/ScalarData.h>
 
@@ -19,16 +23,36 @@ namespace {
 
 const char* const category = "Qor.Tivor.ScalarSerializer";
 
-[[noreturn]] void RaiseInvalidSize(std::uint64_t size, const std::string& typeName) {
+const char* const source = "DataObject";
+
+[[noreturn]] void RaiseInvalidSize(const Core::MessageArgument& size, const std::string& typeName) {
     Core::Error::RaiseError(InvalidScalarSize(Core::FormatText(
                                 "Invalid size of %1% reported for scalar value of type %2%", {size, typeName})),
-                            QOR_CODE_CONTEXT("DataObject"), category);
+                            QOR_CODE_CONTEXT(source), category);
 }
 
 [[noreturn]] void RaiseOutOfRange(const std::string& typeName) {
     Core::Error::RaiseError(
         Core::OutOfRangeError(Core::FormatText("A scalar value of type %1% does not fit its new form", {typeName})),
         QOR_CODE_CONTEXT("DataObject"), "Qor.Tivor.ScalarData");
+}
+
+[[noreturn]] void RaiseNoNumber(ETypeID kind, std::uint64_t size, const std::string& typeName,
+                                const std::string& text) {
+    const char* const kindName = kind == eFLOATING_POINT_TYPE    ? "a floating-point number"
+                                 : kind == eSIGNED_INTEGRAL_TYPE ? "a signed integer"
+                                                                 : "an unsigned integer";
+    Core::Error::RaiseError(
+        Core::IOError(Core::FormatText("Expected %1% of %2% bytes for a scalar value of type %3%, found \"%4%\"",
+                                       {kindName, size, typeName, text})),
+        QOR_CODE_CONTEXT(source), category);
+}
+
+[[noreturn]] void RaiseMissingAttribute(const char* name, const std::string* key) {
+    Core::Error::RaiseError(
+        MissingXMLAttribute(Core::FormatText("Missing required %1% attribute for XML data %2%",
+                                             {name, "with key = " + (key != nullptr ? *key : std::string())})),
+        QOR_CODE_CONTEXT(source), category);
 }
 
 bool IsAllowedWidth(ETypeID kind, std::uint64_t size) {
@@ -61,7 +85,7 @@ ScalarData::ScalarData(const std::string& typeName, ETypeID typeID)
     if (typeID != eSIGNED_INTEGRAL_TYPE && typeID != eUNSIGNED_INTEGRAL_TYPE && typeID != eFLOATING_POINT_TYPE)
         Core::Error::RaiseError(InvalidScalarTypeID(Core::FormatText("Invalid scalar type ID of %1%",
                                                                      {static_cast<std::uint32_t>(typeID)})),
-                                QOR_CODE_CONTEXT("DataObject"), category);
+                                QOR_CODE_CONTEXT(source), category);
 }
 
 ScalarData::ScalarData(const ScalarData& other)
@@ -83,14 +107,17 @@ std::string ScalarData::GetTypeName() const { return m_typeName; }
 // Shows the number to the visitor in its native type.
 template <class Visitor>
 decltype(auto) ScalarData::VisitNumber(Visitor&& visitor) const {
-    const auto as = [&]<class T>(std::type_identity<T>) {
+    return VisitType(m_size, [&]<class T>(std::type_identity<T>) {
         T number;
         std::memcpy(&number, m_data.get(), sizeof number);
         return visitor(number);
-    };
-    switch (m_eTypeID == eFLOATING_POINT_TYPE    ? m_size + 16
-            : m_eTypeID == eSIGNED_INTEGRAL_TYPE ? m_size + 32
-                                                 : m_size) {
+    });
+}
+
+// Shows the native type of the object's kind and a width to the visitor.
+template <class Visitor>
+decltype(auto) ScalarData::VisitType(std::uint64_t size, Visitor&& as) const {
+    switch (m_eTypeID == eFLOATING_POINT_TYPE ? size + 16 : m_eTypeID == eSIGNED_INTEGRAL_TYPE ? size + 32 : size) {
     case 1:
         return as(std::type_identity<std::uint8_t>{});
     case 2:
@@ -112,7 +139,7 @@ decltype(auto) ScalarData::VisitNumber(Visitor&& visitor) const {
     case 32 + 8:
         return as(std::type_identity<std::int64_t>{});
     default:
-        RaiseInvalidSize(m_size, m_typeName);
+        RaiseInvalidSize(size, m_typeName);
     }
 }
 
@@ -256,7 +283,7 @@ std::uint64_t ScalarData::ScalarSerializer::DataFromBinary(std::uint64_t size, C
             Core::Error::RaiseError(EndOfStreamOnInput(Core::FormatText(
                                         "The stream ended after %1% of the %2% bytes of a scalar of type %3%",
                                         {got, size, m_object.m_typeName})),
-                                    QOR_CODE_CONTEXT("DataObject"), category);
+                                    QOR_CODE_CONTEXT(source), category);
         if (!m_object.m_data || m_object.m_size != size)
             m_object.AllocateData(size);
         std::memcpy(m_object.m_data.get(), bytes, static_cast<std::size_t>(size));
@@ -272,6 +299,52 @@ std::uint64_t ScalarData::ScalarSerializer::DataToBinary(Core::BinaryOutputStrea
         RaiseInvalidSize(m_object.m_size, m_object.m_typeName);
     stream.Write(m_object.m_data.get(), m_object.m_size);
     return m_object.m_size;
+}
+
+std::shared_ptr<XMLContentHandler>
+ScalarData::ScalarSerializer::GetXMLContentHandler(const std::unordered_map<std::string, std::string>& attributes) {
+    const auto find = [&attributes](const char* name) {
+        const auto found = attributes.find(name);
+        return found != attributes.end() ? &found->second : nullptr;
+    };
+    if (const std::string* const encoding = find("encoding"); encoding != nullptr && !encoding->empty())
+        return Serializer::GetXMLContentHandler(attributes);
+    for (const char* const name : {"typename", "size"})
+        if (find(name) == nullptr)
+            RaiseMissingAttribute(name, find("key"));
+    const std::string& text = *find("size");
+    const auto size = Core::ParseNumber<std::uint64_t>(text);
+    if (!size || !IsAllowedWidth(m_object.m_eTypeID, *size))
+        RaiseInvalidSize(text, m_object.m_typeName);
+    m_contentSize = *size;
+    return shared_from_this();
+}
+
+void ScalarData::ScalarSerializer::DataToXML(std::ostream& stream, Core::XMLWriter& writer) {
+    const auto lock = m_object.GetDataLock();
+    m_object.VisitNumber([&](auto number) { writer.Text(stream, Core::GetNumberText(number)); });
+}
+
+void ScalarData::ScalarSerializer::PrepareForNewContent() { m_content.clear(); }
+
+void ScalarData::ScalarSerializer::OnTextContent(const std::string& text) { m_content += text; }
+
+void ScalarData::ScalarSerializer::OnEntityReference(const std::string& entity) {
+    RaiseEntityReference(entity, source, category);
+}
+
+void ScalarData::ScalarSerializer::OnCDataSection(Core::BinaryInputStream& section) {
+    AppendSection(m_content, section);
+}
+
+void ScalarData::ScalarSerializer::OnEndContent() {
+    m_object.VisitType(m_contentSize, [this]<class T>(std::type_identity<T>) {
+        const std::optional<T> number = Core::ParseNumber<T>(m_content);
+        if (!number)
+            RaiseNoNumber(m_object.m_eTypeID, m_contentSize, m_object.m_typeName, m_content);
+        Core::MemoryInputStream bytes(&*number, sizeof *number);
+        DataFromBinary(sizeof *number, bytes);
+    });
 }
 
 } // namespace Qor::Tivor

@@ -1,26 +1,65 @@
-// Data blocks of times, durations, errors, units and unitized values: the forms that these types give themselves.
+// Data blocks and XML of times, durations, errors, units and unitized values: the forms that these types give
+// themselves; in XML, times and durations are the text of the data element.
 
 #include "BuiltInTraitsBodies.h"
 #include "ElementBlock.h"
-#include "ValueSerializer.h"
+#include "XMLErrorReader.h"
+#include "XMLTextHandler.h"
+#include "XMLUnitReader.h"
+#include "XMLValueSerializer.h"
 
 #include <QorCore/BoundedStreams.h>
+#include <QorCore/XMLWriter.h>
 
 namespace Qor::Tivor {
 
 namespace {
 
 template <class T>
-class StoredValueSerializer final : public ValueSerializer<T> {
+class XMLTimeReader : public XMLTextHandler {
+protected:
+    virtual void Take(T value) = 0;
+
+    void OnText(std::string text) final { Take(Parse(text)); }
+
+private:
+    static T Parse(const std::string& text) {
+        try {
+            return T::FromString(Core::TrimBlanks(text));
+        } catch (Core::Error& error) {
+            error.SetOrigin(QOR_CODE_CONTEXT("Serializer"), "Qor.Tivor.Serializer", error.GetSeverity());
+            throw;
+        }
+    }
+};
+
+template <class T>
+struct ReaderOf {
+    using Type = XMLTimeReader<T>;
+};
+template <>
+struct ReaderOf<Core::Error> {
+    using Type = XMLErrorReader;
+};
+template <>
+struct ReaderOf<Core::UnitDescriptor> {
+    using Type = XMLUnitReader;
+};
+template <>
+struct ReaderOf<UnitizedDouble> {
+    using Type = XMLUnitizedReader;
+};
+
+template <class T>
+class StoredValueSerializer final : public XMLValueSerializer<T, typename ReaderOf<T>::Type> {
 public:
-    using ValueSerializer<T>::ValueSerializer;
+    using XMLValueSerializer<T, typename ReaderOf<T>::Type>::XMLValueSerializer;
 
     std::uint64_t GetDataSize_bytes() const override {
         const auto lock = this->m_object.GetDataLock();
         return this->m_object.GetValue().GetSerializedSize();
     }
     bool DataSizeIsConstant() const override { return BuiltInTraits<T>::facts.header == EHeaderKind::fixedSize; }
-    std::string GetXMLEncoding() override { return {}; }
 
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& binaryStream) override {
         Core::BoundedInputStream block(binaryStream, size); // no length inside may lead out of it
@@ -38,6 +77,18 @@ public:
         Core::DataOutputStream(stream).Write(value);
         return value.GetSerializedSize();
     }
+
+    void DataToXML(std::ostream& stream, Core::XMLWriter& writer) override {
+        const auto lock = this->m_object.GetDataLock();
+        const T& value = this->m_object.GetValue();
+        if constexpr (requires { value.ToXML(stream, writer); })
+            value.ToXML(stream, writer);
+        else
+            writer.Text(stream, value.ToString());
+    }
+
+protected:
+    void Take(T value) override { this->m_object.SetValue(std::move(value)); }
 };
 
 static_assert(Core::Time::GetSerializedSize() == BuiltInTraits<Core::Time>::facts.constantSize);
