@@ -1,28 +1,22 @@
 #pragma once
 
+#include "XMLTextHandler.h"
+
 #include <Tivor/SerializationManager.h>
-#include <Tivor/XMLContentHandler.h>
 
 #include <optional>
 
 namespace Qor::Tivor {
 
-/// Rebuilds the binary data of an object from its element, and hands it to the serializer. Without a size, which only
-/// kept data can do without, it is all the data there is.
-class DataDecoder : public XMLContentHandler {
+/// Whom rebuilt binary data goes to, and how much of it its element has declared; kept data can do without a size, and
+/// takes all there is.
+class DataTarget {
 public:
-    DataDecoder(Serializer& serializer, std::optional<std::uint64_t> size) : m_serializer(serializer), m_size(size) {}
+    DataTarget(Serializer& serializer, std::optional<std::uint64_t> size) : m_serializer(serializer), m_size(size) {}
 
-    void OnTextContent(const std::string& text) override { m_text += text; }
-    void OnEntityReference(const std::string& entity) override;
-
-protected:
-    std::uint64_t SizeOr(std::uint64_t size) const { return m_size.value_or(size); }
-    bool HasSize() const { return m_size.has_value(); }
+    const std::optional<std::uint64_t>& GetSize() const { return m_size; }
     /// Fills the object from `size` bytes of the stream.
-    void Decode(std::uint64_t size, Core::BinaryInputStream& stream);
-
-    std::string m_text;
+    void Fill(std::uint64_t size, Core::BinaryInputStream& stream);
 
 private:
     Serializer& m_serializer;
@@ -30,41 +24,44 @@ private:
 };
 
 /// Text that is a number; its bytes are the data, the lowest first. Whatever the conversion makes of the text is used.
-class NumberDecoder : public DataDecoder {
+class NumberDecoder : public XMLTextHandler {
 public:
-    NumberDecoder(Serializer& serializer, std::optional<std::uint64_t> size, int base)
-        : DataDecoder(serializer, size), m_base(base) {}
+    NumberDecoder(DataTarget target, int base) : m_target(target), m_base(base) {}
 
-    void OnCDataSection(Core::BinaryInputStream& section) override;
-    void OnEndContent() override;
+protected:
+    void OnText(std::string text) final;
 
 private:
+    DataTarget m_target;
     int m_base;
 };
 
 /// "def/uint64": decimal, or hexadecimal after "0x", or octal after "0".
 class UINT64DataDecoder final : public NumberDecoder {
 public:
-    UINT64DataDecoder(Serializer& serializer, std::optional<std::uint64_t> size) : NumberDecoder(serializer, size, 0) {}
+    explicit UINT64DataDecoder(DataTarget target) : NumberDecoder(target, 0) {}
 };
 
 /// "def/hex64".
 class Hex64DataDecoder final : public NumberDecoder {
 public:
-    Hex64DataDecoder(Serializer& serializer, std::optional<std::uint64_t> size) : NumberDecoder(serializer, size, 16) {}
+    explicit Hex64DataDecoder(DataTarget target) : NumberDecoder(target, 16) {}
 };
 
 /// "def/base64": a CDATA section, or text. The section goes from its stream to the object without standing in memory.
-class Base64DataDecoder final : public DataDecoder {
+class Base64DataDecoder final : public XMLTextHandler {
 public:
-    using DataDecoder::DataDecoder;
+    explicit Base64DataDecoder(DataTarget target) : m_target(target) {}
 
     void OnCDataSection(Core::BinaryInputStream& section) override;
-    void OnEndContent() override;
+
+protected:
+    void OnText(std::string text) override;
 
 private:
-    void DecodeBase64(Core::BinaryInputStream& text);
+    void Decode(Core::BinaryInputStream& text);
 
+    DataTarget m_target;
     bool m_isDecoded = false;
 };
 

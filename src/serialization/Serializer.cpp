@@ -52,13 +52,13 @@ std::string Serializer::GetXMLEncoding() {
 std::shared_ptr<XMLContentHandler>
 Serializer::GetXMLContentHandler(const std::unordered_map<std::string, std::string>& attributes) {
     const std::string& encoding = RequireAttribute(attributes, "encoding");
-    const std::optional<std::uint64_t> size = GetDeclaredSize(*this, attributes);
+    const DataTarget target(*this, GetDeclaredSize(*this, attributes));
     if (encoding == sDEFAULT_UINT64_ENCODING)
-        return std::make_shared<UINT64DataDecoder>(*this, size);
+        return std::make_shared<UINT64DataDecoder>(target);
     if (encoding == sDEFAULT_HEX64_ENCODING)
-        return std::make_shared<Hex64DataDecoder>(*this, size);
+        return std::make_shared<Hex64DataDecoder>(target);
     if (encoding == sDEFAULT_BASE64_ENCODING)
-        return std::make_shared<Base64DataDecoder>(*this, size);
+        return std::make_shared<Base64DataDecoder>(target);
     Core::Error::RaiseError(InvalidXMLEncoding(Core::FormatText("Invalid xml encoding of \"%1%\" for XML data %2%",
                                                                 {encoding, DescribeXMLKey(attributes)})),
                             QOR_CODE_CONTEXT("Serializer"), xmlCategory);

@@ -171,7 +171,7 @@ TEST(XMLSection, WhatIsNoCharacterIsAFaultWhereItStands) {
         {"\xF0\x9F\x98", "line 1, column 16: partial character"},
     };
     for (const auto& [bytes, text] : rows) {
-        for (const std::uint64_t cDataRead : {0, 1, 3, 1000})
+        for (const std::uint64_t cDataRead : {0u, 1u, 3u, 1000u})
             EXPECT_EQ(FaultOf("<a><![CDATA[123" + bytes, cDataRead), text) << bytes;
         for (std::size_t size = 33; size < 140; ++size)
             EXPECT_EQ(FaultOf("<a><![CDATA[" + std::string(size - 33, 'x') + "\n" + std::string(15, ' ') + bytes),

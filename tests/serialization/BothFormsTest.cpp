@@ -20,12 +20,6 @@ namespace {
 using Core::Testing::RaisedBy;
 using Core::Testing::Warnings;
 
-std::string XMLOf(const DataContainer& container) {
-    Core::MemoryOutputStream stream;
-    container.OutputXML(stream);
-    return {reinterpret_cast<const char*>(stream.GetBytes().data()), stream.GetSize()};
-}
-
 /// Data that nobody knows, as both forms can keep it.
 std::vector<std::shared_ptr<DataObject>> UnboundObjects() {
     std::vector<std::shared_ptr<DataObject>> objects;
@@ -116,15 +110,15 @@ private:
 /// Binary, XML, and both again; empty when all agree.
 std::string FindDifference(const DataContainer& tree) {
     const std::string bytes = Stored(tree);
-    const std::string text = XMLOf(tree);
+    const std::string text = StoredXML(tree);
     const auto fromText = DataContainer::FromXMLString(text);
     if (Stored(*fromText) != bytes)
         return "what is read from XML is written as other bytes:\n" + text;
-    if (XMLOf(*fromText) != text)
+    if (StoredXML(*fromText) != text)
         return "what is read from XML is written as other XML:\n" + text;
     const auto fromBytes = DataContainer::Create();
     ReadInto(*fromBytes, bytes);
-    if (XMLOf(*fromBytes) != text)
+    if (StoredXML(*fromBytes) != text)
         return "what is read from binary is written as other XML:\n" + text;
     return {};
 }

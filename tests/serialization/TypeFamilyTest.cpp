@@ -5,6 +5,7 @@
 
 #include <Tivor/BinaryDataFile.h>
 #include <Tivor/DataObjectFactory.h>
+#include <Tivor/XMLDataFile.h>
 
 #include <gtest/gtest.h>
 
@@ -214,18 +215,15 @@ TEST_P(StoredClass, DamagedDataChangesNothing) {
     }
 }
 
-TEST_P(StoredClass, HasItsGoldenFile) {
-    const std::string name = GoldenFileOf(GetParam().id, GetParam().className);
+/// The golden file is what is written, and read and written again it is the same.
+template <class File>
+void CheckGoldenFile(DataContainer& made, const std::string& name, const std::string& written) {
     const Core::PathName path(goldenFolder + name);
     const std::string bytes = ReadFileText(path);
-    const std::string header = Bytes("'QOR DATA' 01 0000 'A'");
-    DataContainer made;
-    for (const auto& [key, object] : GetParam().make())
-        made.Put(key, object);
-    EXPECT_EQ(header + Stored(made), bytes);
+    EXPECT_EQ(written, bytes);
 
     const Warnings refusing(true);
-    const BinaryDataFile file(path.ToString(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
+    const File file(path.ToString(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
     ASSERT_TRUE(file.IsOpen());
     EXPECT_EQ(Keys(file), Keys(made));
     EXPECT_TRUE(file == made);
@@ -234,13 +232,19 @@ TEST_P(StoredClass, HasItsGoldenFile) {
 
     const Core::Testing::TemporaryDirectory directory;
     const std::string copyPath = (directory / name).ToString();
-    BinaryDataFile copy(copyPath, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, DataContainer::Create(file));
+    File copy(copyPath, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, DataContainer::Create(file));
     copy.Flush();
     copy.Close();
     EXPECT_EQ(ReadFileText(Core::PathName(copyPath)), bytes);
-    DataContainer read;
-    EXPECT_EQ(ReadInto(read, bytes.substr(header.size())), bytes.size() - header.size());
-    EXPECT_EQ(header + Stored(read), bytes);
+}
+
+TEST_P(StoredClass, HasItsGoldenFiles) {
+    const std::string name = GoldenFileOf(GetParam().id, GetParam().className);
+    DataContainer made;
+    for (const auto& [key, object] : GetParam().make())
+        made.Put(key, object);
+    CheckGoldenFile<BinaryDataFile>(made, name, Bytes("'QOR DATA' 01 0000 'A'") + Stored(made));
+    CheckGoldenFile<XMLDataFile>(made, name.substr(0, name.rfind('.')) + ".qordml", StoredXML(made));
 }
 
 INSTANTIATE_TEST_SUITE_P(, StoredClass, testing::ValuesIn(rows), NameOf);

@@ -46,6 +46,12 @@ std::string Stored(const DataContainer& container) {
     return TextOf(stream);
 }
 
+std::string StoredXML(const DataContainer& container) {
+    Core::MemoryOutputStream stream;
+    container.OutputXML(stream);
+    return TextOf(stream);
+}
+
 std::shared_ptr<DataObject> Read(const std::string& bytes) {
     Core::MemoryInputStream stream(bytes.data(), bytes.size());
     std::string key;

@@ -14,6 +14,8 @@ std::string Bytes(std::string_view notation);
 /// What is written for an object under a key; for a container, what is written for its entries.
 std::string Stored(DataObject& object, const std::string& key = "k");
 std::string Stored(const DataContainer& container);
+/// The document that is written for a container.
+std::string StoredXML(const DataContainer& container);
 
 /// The object at the beginning of the bytes; all of them must be consumed.
 std::shared_ptr<DataObject> Read(const std::string& bytes);

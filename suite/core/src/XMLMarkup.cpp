@@ -1,6 +1,6 @@
 #include "XMLMarkup.h"
 
-#include <algorithm>
+#include <array>
 
 namespace Qor::Core {
 
@@ -8,7 +8,28 @@ namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
 
-bool IsMarkup(char c) { return c == '<' || c == '&'; }
+// By a table, because each byte of a document is looked at.
+class CharacterSet {
+public:
+    constexpr explicit CharacterSet(std::string_view members) {
+        for (const char c : members)
+            m_contains[static_cast<unsigned char>(c)] = true;
+    }
+
+    // Where the first member stands, or the size of the text.
+    std::size_t FindIn(std::string_view text, std::size_t begin) const {
+        while (begin < text.size() && !m_contains[static_cast<unsigned char>(text[begin])])
+            ++begin;
+        return begin;
+    }
+
+private:
+    std::array<bool, 256> m_contains{};
+};
+
+constexpr CharacterSet beginsOfMarkup("<&");
+constexpr CharacterSet endsOfReference("; \t\r\n<>&'\"");
+constexpr CharacterSet delimitersOfTag("<>'\"");
 
 std::size_t SizeUpTo(std::string_view end, std::string_view markup, std::size_t begin) {
     const std::size_t found = markup.find(end, begin);
@@ -17,20 +38,20 @@ std::size_t SizeUpTo(std::string_view end, std::string_view markup, std::size_t 
 
 // Where something stands that a reference cannot contain, it is none.
 std::size_t SizeOfReference(std::string_view text) {
-    const std::size_t end = text.find_first_of("; \t\r\n<>&'\"", 1);
-    return end == npos ? npos : end + (text[end] == ';' ? 1 : 0);
+    const std::size_t end = endsOfReference.FindIn(text, 1);
+    return end == text.size() ? npos : end + (text[end] == ';' ? 1 : 0);
 }
 
 // '<' cannot stand in a tag, not even in the value of an attribute.
 std::size_t SizeOfTag(std::string_view text) {
     char quote = 0;
-    for (std::size_t i = 1; i < text.size(); ++i) {
+    for (std::size_t i = 1; (i = delimitersOfTag.FindIn(text, i)) != text.size(); ++i) {
         const char c = text[i];
         if (c == '<')
             return i;
         if (c == '>' && quote == 0)
             return i + 1;
-        if (c == '"' || c == '\'')
+        if (c != '>')
             quote = quote == 0 ? c : quote == c ? '\0' : quote;
     }
     return npos;
@@ -54,8 +75,7 @@ std::size_t SizeOfMarkup(std::string_view text) {
 
 XMLPortion FindPortion(std::string_view text) {
     for (std::size_t at = 0;;) {
-        at = static_cast<std::size_t>(
-            std::find_if(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(), IsMarkup) - text.begin());
+        at = beginsOfMarkup.FindIn(text, at);
         const std::string_view rest = text.substr(at);
         if (rest.empty() || rest.starts_with(openingOfCData))
             return {at + (rest.empty() ? 0 : openingOfCData.size()), !rest.empty()};

@@ -87,17 +87,23 @@ XMLSectionStream::XMLSectionStream(XMLSource& source, XMLPosition position, bool
 XMLSectionStream::~XMLSectionStream() = default;
 
 std::uint64_t XMLSectionStream::DoRead(void* destination, std::uint64_t size) {
-    for (;;) {
+    while (!m_hasEnded) {
         const std::uint64_t taken = Take(static_cast<char*>(destination), size);
-        if (taken != 0 || m_source.GetText().starts_with(endOfCData)) {
-            if (taken == size && size < smallRead && WindowSize() == 0)
-                ShowText(DropPlainText(mostShown)); // for the reads that follow
+        m_hasEnded = m_source.GetText().starts_with(endOfCData);
+        if (taken == size && size < smallRead && WindowSize() == 0)
+            ShowText(DropPlainText(mostShown)); // for the reads that follow
+        if (taken != 0)
             return taken;
-        }
-        if (m_source.IsAtEnd() || m_source.GetText().size() >= longestCharacter)
-            m_raiseFault(m_position);
-        m_source.ReadOn(xmlPieceSize);
+        if (!m_hasEnded)
+            ReadOn();
     }
+    return 0;
+}
+
+void XMLSectionStream::ReadOn() {
+    if (m_source.IsAtEnd() || m_source.GetText().size() >= longestCharacter)
+        m_raiseFault(m_position);
+    m_source.ReadOn(xmlPieceSize);
 }
 
 // Up to the end of the section, to a fault, or to what the bytes behind the text decide.
@@ -107,8 +113,10 @@ std::uint64_t XMLSectionStream::Take(char* destination, std::uint64_t size) {
         taken += TakeBlocks(destination + taken, size - taken);
         const std::string_view plain = DropPlainText(std::min<std::uint64_t>(size - taken, 2 * blockSize));
         taken += plain.copy(destination + taken, plain.size());
-        more = TakeCharacter(destination + taken, size - taken);
-        taken += more;
+        do {
+            more = TakeCharacter(destination + taken, size - taken);
+            taken += more;
+        } while (more > 1); // beyond ASCII, like those that follow
     }
     return taken;
 }

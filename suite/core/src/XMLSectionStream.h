@@ -30,6 +30,7 @@ protected:
     std::optional<std::uint64_t> DoBytesLeft() const override { return m_source.BytesLeft(); }
 
 private:
+    void ReadOn();
     std::uint64_t Take(char* destination, std::uint64_t size);
     std::uint64_t TakeBlocks(char* destination, std::uint64_t size);
     std::uint64_t TakeCharacter(char* destination, std::uint64_t size);
@@ -40,6 +41,7 @@ private:
     XMLSource& m_source;
     XMLPosition m_position;
     bool m_onlyAscii;
+    bool m_hasEnded = false;
     Raiser m_raiseFault;
 };
 

@@ -1,6 +1,7 @@
 #include "XMLSource.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace Qor::Core {
 
@@ -8,9 +9,10 @@ void XMLSource::ReadOn(std::uint32_t size) {
     const std::string_view text = GetText();
     const std::size_t kept = text.size();
     std::unique_ptr<char[]> larger;
-    if (kept + size > m_capacity) {
-        m_capacity = std::max(kept + size, 2 * m_capacity);
-        larger = std::make_unique_for_overwrite<char[]>(m_capacity);
+    if (const std::size_t needed = kept + size; needed > m_capacity) {
+        const std::size_t capacity = std::max(needed, 2 * m_capacity);
+        larger = std::make_unique_for_overwrite<char[]>(capacity);
+        m_capacity = capacity;
     }
     char* const begin = larger ? larger.get() : m_buffer.get();
     if (kept != 0)

@@ -25,8 +25,8 @@ private:
 /// order of the document, the end of the start tag, the content, its end tag. All text is UTF-8, whatever the encoding
 /// of the document, and its lines end with '\n'.
 ///
-/// What an operation throws ends the parse and reaches the caller of `XMLParser::Parse` as it is. Operations may parse
-/// other documents, with parsers of their own.
+/// What an operation throws ends the parse and reaches the caller of `XMLParser::Parse`, errors with their place.
+/// Operations may parse other documents, with parsers of their own.
 class QOR_CORE_API XMLParseHandler {
 public:
     XMLParseHandler() = default;
@@ -53,7 +53,9 @@ public:
     /// A reference in the content, to an entity that only an external document type could declare. Such a type is never
     /// read, and references to its entities in the values of attributes are left out.
     virtual void OnEntityReference(const std::string& entity);
-    /// The bytes of a CDATA section, as UTF-8. What is not read is dropped; the stream ends with the call.
+    /// The bytes of a CDATA section, as UTF-8. What is not read is dropped; the stream ends with the call. Its
+    /// `BytesLeft` is an upper bound. A fault of the document in the section is raised by the stream when it is read up
+    /// to there, and by the parser in any case.
     virtual void OnCDataSection(BinaryInputStream& section);
 };
 

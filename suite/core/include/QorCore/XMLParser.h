@@ -46,7 +46,8 @@ private:
 };
 
 /// Tells a `Handler`, which is an `XMLParseHandler`, what stands in a document. Memory is taken for what the handler
-/// gets at once, e.g. one text, for the elements that are open, and for each different name.
+/// gets at once, e.g. one text, for the elements that are open, and for each different name. The content of a CDATA
+/// section goes from the stream to the handler as it is read; only in UTF-16 and ISO-8859-1 a section stands in memory.
 ///
 /// Documents are in UTF-8, UTF-16, ISO-8859-1 or US-ASCII, with or without a byte order mark. Processing instructions
 /// are passed over. A document type may be named but not declared in the document, and external ones are never read.
@@ -60,7 +61,9 @@ public:
     ///   something in a document type, or exceeds the limits of the calling thread (`ReadLimits`): elements nested up
     ///   to 3 * `nesting` deep, their names and those of attributes up to `nameBytes` long, up to 64 attributes in an
     ///   element, their values as long as a key or a name in Base64, and tags and comments up to 256 MiB;
-    /// - what the stream raises and what the handler throws, unchanged;
+    /// - what the stream raises, unchanged;
+    /// - what the handler throws, whatever that is. An `Error` without a variable "Line" gets the variables "Line" and
+    ///   "Column" on its way, which tell `GetPosition()`, and is else unchanged;
     /// - `AssertionError` when called by a handler of a parse that this parser is at.
     /// The handler has then seen the document up to the fault, and the parser is ready for another document.
     void Parse(BinaryInputStream& stream, Handler& handler) { ParseDocument(stream, handler); }
