@@ -17,6 +17,7 @@
 namespace {
 
 using namespace Qor::Core;
+using Testing::Deliver;
 using Testing::Joined;
 using Testing::RaisedBy;
 using Testing::Recorder;
@@ -103,7 +104,7 @@ TEST(XMLParser, TellsWhatStandsInADocument) {
     for (const auto& [document, calls] : rows) {
         EXPECT_EQ(CallsOf(document), calls) << document.substr(0, 200);
         Recorder recorder;
-        Trickle stream(document);
+        Trickle stream = Deliver(document);
         Parser().Parse(stream, recorder);
         EXPECT_EQ(Joined(recorder.seen), calls) << "in bytes: " << document.substr(0, 200);
     }
@@ -296,13 +297,13 @@ TEST(XMLParser, FailuresOfTheStreamPassThrough) {
     Parser parser;
     for (const std::string& document : {std::string(), everything, everything + std::string(pieceSize, ' ')}) {
         Recorder recorder;
-        Trickle failing(document, true);
+        Trickle failing = Deliver(document, true);
         EXPECT_EQ(RaisedBy<IOError>([&] { parser.Parse(failing, recorder); }).ToString(),
                   IOError("The medium failed").ToString());
         EXPECT_EQ(parser.GetPosition(), XMLPosition());
     }
     Recorder recorder;
-    Trickle stream(everything);
+    Trickle stream = Deliver(everything);
     parser.Parse(stream, recorder);
     EXPECT_EQ(Joined(recorder.seen), callsOfEverything);
 }

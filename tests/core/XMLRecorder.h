@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Trickle.h"
+
 #include <QorCore/Stream.h>
 #include <QorCore/XMLParser.h>
 
@@ -51,27 +53,11 @@ private:
     }
 };
 
-// A medium that gives few bytes at a time, does not know how many it has, and may fail.
-class Trickle final : public BinaryInputStream {
-public:
-    explicit Trickle(std::string_view bytes, bool fails = false, std::size_t step = 1)
-        : m_bytes(bytes), m_fails(fails), m_step(step) {}
-
-protected:
-    std::uint64_t DoRead(void* destination, std::uint64_t size) override {
-        if (m_bytes.empty() && m_fails)
-            throw IOError("The medium failed");
-        const std::size_t done = m_bytes.copy(static_cast<char*>(destination),
-                                              static_cast<std::size_t>(std::min<std::uint64_t>(size, m_step)));
-        m_bytes.remove_prefix(done);
-        return done;
-    }
-
-private:
-    std::string_view m_bytes;
-    bool m_fails;
-    std::size_t m_step;
-};
+// A document byte by byte, or in larger steps, from a medium that does not know how long it is, and may fail at its
+// end.
+inline Trickle Deliver(std::string_view document, bool fails = false, std::uint64_t step = 1) {
+    return {std::as_bytes(std::span(document)), step, fails ? document.size() : Trickle::never, true};
+}
 
 inline std::string Joined(const std::vector<std::string>& calls) {
     std::string joined;

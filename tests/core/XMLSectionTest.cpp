@@ -15,6 +15,7 @@
 namespace {
 
 using namespace Qor::Core;
+using Testing::Deliver;
 using Testing::Joined;
 using Testing::RaisedBy;
 using Testing::Recorder;
@@ -126,7 +127,7 @@ TEST(XMLSection, SeemsToBeReadAsAWhole) {
             EXPECT_EQ(OutcomeOf(WithPieceEndingBehind(split, document), readSize), expected)
                 << document << ' ' << split;
         }
-        Trickle trickle(document);
+        Trickle trickle = Deliver(document);
         EXPECT_EQ(OutcomeOf(trickle, 1000), OutcomeOf(Utf16(document))) << document;
     }
 }
@@ -182,7 +183,7 @@ TEST(XMLSection, WhatIsNoCharacterIsAFaultWhereItStands) {
 
 TEST(XMLSection, ComesFromTheSourceWhereverThatBreaks) {
     const auto isTaken = [](const std::string& document) {
-        Trickle stream(document, false, 1000);
+        Trickle stream = Deliver(document, false, 1000);
         Recorder recorder;
         XMLParser<Recorder>().Parse(stream, recorder);
         EXPECT_FALSE(recorder.seen.empty());
@@ -245,7 +246,7 @@ TEST(XMLSection, HandlersCannotHideAFault) {
     }
     Stubborn handler;
     const std::string document = "<a><![CDATA[" + std::string(pieceSize, 'x');
-    Trickle failing(document, true);
+    Trickle failing = Deliver(document, true);
     const auto error = RaisedBy<IOError>([&] { XMLParser<Stubborn>().Parse(failing, handler); });
     EXPECT_EQ(error.ToString(), IOError("The medium failed").ToString());
     EXPECT_EQ(handler.errors, std::vector<std::string>(2, error.ToString()));
