@@ -1,0 +1,66 @@
+#include "PropertyAttributes.h"
+
+#include <Tivor/ScalarData.h>
+
+namespace Qor::Tivor {
+
+#define TIVOR_KEY(name, text) const std::string name = text;
+TIVOR_KEY(sPROPERTY_PERMISSIONS, "Permissions")
+TIVOR_KEY(sPROPERTY_DISPLAY_NAME, "DisplayName")
+TIVOR_KEY(sPROPERTY_CATEGORY, "Category")
+TIVOR_KEY(sPROPERTY_DESCRIPTION, "Description")
+TIVOR_KEY(sPROPERTY_DEFAULT, "Default")
+TIVOR_KEY(sSELECTABLE_PROPERTY_VALUES, "SelectableValues")
+TIVOR_KEY(sSUGGESTED_PROPERTY_VALUES, "SuggestedValues")
+TIVOR_KEY(sIS_FILENAME, "IsFileName")
+TIVOR_KEY(sIS_DIRECTORY, "IsDirectory")
+TIVOR_KEY(sHAS_TOLERANCES, "HasTolerances")
+TIVOR_KEY(sUPPER_TOLERANCE, "UpperTolerance")
+TIVOR_KEY(sLOWER_TOLERANCE, "LowerTolerance")
+TIVOR_KEY(sUPPER_TOLERANCE_COMPARISON, "UpperComparison")
+TIVOR_KEY(sLOWER_TOLERANCE_COMPARISON, "LowerComparison")
+TIVOR_KEY(sHAS_CUSTOM_EDITOR, "HasCustomEditor")
+TIVOR_KEY(sBROWSE_PERMISSIONS, "BrowsePermissions")
+TIVOR_KEY(sIS_RGB_COLOR, "IsRGBColor")
+TIVOR_KEY(sCATEGORY_STRING_TABLE, "_CategoryStringTable_")
+#undef TIVOR_KEY
+
+std::int64_t GetScalarNumber(const DataObject* object) {
+    const auto* const scalar = dynamic_cast<const ScalarData*>(object);
+    if (scalar == nullptr || scalar->GetSize_bytes() == 0)
+        return 0;
+    switch (scalar->GetTypeID()) {
+    case eSIGNED_INTEGRAL_TYPE:
+        return scalar->GetValue<std::int64_t>();
+    case eUNSIGNED_INTEGRAL_TYPE:
+        return static_cast<std::int64_t>(scalar->GetValue<std::uint64_t>());
+    default:
+        return 0;
+    }
+}
+
+bool PropertyValuesDiffer(const std::shared_ptr<DataObject>& one, const std::shared_ptr<DataObject>& other) {
+    if (one == other)
+        return false;
+    return !one || !other || !one->HoldsSameTypeAs(*other) || !bool(one->HoldsSameValueAs(*other));
+}
+
+PropertyContainer::EPermissions PropertyContainer::PropertyAttributes::GetPermissions() const {
+    const std::shared_ptr<DataObject> object = const_cast<PropertyAttributes*>(this)->Get(sPROPERTY_PERMISSIONS);
+    return object ? static_cast<EPermissions>(GetScalarNumber(object.get()) & eREADABLE_WRITABLE) : eREADABLE_WRITABLE;
+}
+
+void PropertyContainer::PropertyAttributes::SetPermissions(EPermissions permissions) {
+    static constexpr std::size_t width = 4;
+    Put(sPROPERTY_PERMISSIONS,
+        Details::MakeEnumScalar(typeid(EPermissions), true, width, static_cast<std::int64_t>(permissions)));
+}
+
+std::shared_ptr<PropertyContainer::PropertyAttributes> PropertyContainer::PropertyAttributes::CloneRecord() const {
+    auto clone = std::make_shared<PropertyAttributes>();
+    clone->CloneContents(*this);
+    clone->validators = validators;
+    return clone;
+}
+
+} // namespace Qor::Tivor

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <Tivor/PropertyContainer.h>
+
+namespace Qor::Tivor {
+
+/// What a container knows of a property beside its value. Guarded by the container's lock.
+class PropertyContainer::PropertyAttributes final : public DataContainer {
+public:
+    using Validators = std::list<std::shared_ptr<Validator>>;
+
+    EPermissions GetPermissions() const;
+    void SetPermissions(EPermissions permissions);
+    /// Attributes cloned, validators shared, no handlers.
+    std::shared_ptr<PropertyAttributes> CloneRecord() const;
+    /// Validators and handlers of another record.
+    void TakeGuards(const PropertyAttributes& other) {
+        validators = other.validators;
+        readHandler = other.readHandler;
+        changeHandler = other.changeHandler;
+    }
+
+    Validators validators;
+    std::shared_ptr<ReadHandler> readHandler;
+    std::shared_ptr<ChangeHandler> changeHandler;
+    /// The read handler is at work, and may read the property itself.
+    bool isBeingRead = false;
+};
+
+/// The number of a scalar, whatever its kind of integer; 0 of anything else.
+std::int64_t GetScalarNumber(const DataObject* object);
+
+/// Whether a property that had the one value and has the other has changed: objects that are not the same, unless
+/// their values surely are.
+bool PropertyValuesDiffer(const std::shared_ptr<DataObject>& one, const std::shared_ptr<DataObject>& other);
+
+} // namespace Qor::Tivor

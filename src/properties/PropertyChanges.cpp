@@ -1,0 +1,189 @@
+#include "PropertyUpdate.h"
+
+#include <QorCore/Message.h>
+#include <Tivor/PropertyHandlers.h>
+
+namespace Qor::Tivor {
+
+SetAttemptedForNonExistantProperty::~SetAttemptedForNonExistantProperty() = default;
+SetReadOnlyProperty::~SetReadOnlyProperty() = default;
+
+namespace {
+
+const char* const category = "Qor.Tivor.PropertyContainer.SetProperty";
+
+template <class W>
+void Warn(const char* text, const std::string& name) {
+    Core::Warning::RaiseWarning(W(Core::FormatText(text, {name})), QOR_CODE_CONTEXT("PropertyContainer"), category);
+}
+
+} // namespace
+
+void RequireValue(const std::shared_ptr<DataObject>& value, const char* argument, const char* raisedBy) {
+    if (!value)
+        Core::Error::RaiseError(
+            Core::NullPointerError(Core::FormatText("A data object is needed; %1% is null", {argument})),
+            QOR_CODE_CONTEXT("PropertyContainer"), raisedBy);
+}
+
+void PropertyContainer::AddProperty(const std::string& name, std::shared_ptr<DataObject> value,
+                                    EPermissions permissions, std::shared_ptr<ReadHandler> readHandler,
+                                    std::shared_ptr<Validator> validator,
+                                    std::shared_ptr<ChangeHandler> changeHandler) {
+    const Update update(*this);
+    RequireValue(value, "p_spValue", "Qor.Tivor.PropertyContainer.AddProperty");
+    const auto attributes = std::make_shared<PropertyAttributes>();
+    if (const PropertyAttributes* const former = FindAttributes(name))
+        attributes->Append(*former);
+    attributes->SetPermissions(permissions);
+    attributes->readHandler = std::move(readHandler);
+    attributes->changeHandler = std::move(changeHandler);
+    attributes->Put(sPROPERTY_DEFAULT, value);
+    if (auto* const attributed = dynamic_cast<AttributedValidator*>(validator.get()))
+        attributed->StorePropertyAttributes(*attributes);
+    if (validator)
+        attributes->validators.push_back(std::move(validator));
+    m_propertyData->Put(name, value);
+    m_attributes[name] = attributes;
+    if (HasPropertyChangeListeners())
+        Queue(CreateChangeEvent(name, std::move(value), nullptr));
+}
+
+void PropertyContainer::AddProperty(const std::string& name, std::shared_ptr<DataObject> value,
+                                    EPermissions permissions) {
+    AddProperty(name, std::move(value), permissions, nullptr, nullptr, nullptr);
+}
+
+void PropertyContainer::AddProperties(std::span<const Description> descriptions) {
+    const Update update(*this);
+    for (const Description& line : descriptions) {
+        AddProperty(line.name, line.value, line.permissions, nullptr, line.validator, nullptr);
+        PropertyAttributes& attributes = MakeAttributes(line.name);
+        for (const auto& [key, text] :
+             {std::pair(&sPROPERTY_DISPLAY_NAME, &line.displayName), std::pair(&sPROPERTY_CATEGORY, &line.category),
+              std::pair(&sPROPERTY_DESCRIPTION, &line.description)})
+            if (!text->empty())
+                attributes.PutValue(*key, *text);
+        if (line.defaultValue)
+            SetPropertyDefault(line.name, line.defaultValue);
+    }
+}
+
+void PropertyContainer::UpdateProperty(const std::string& name, std::shared_ptr<DataObject> value, bool readOnly) {
+    const Update update(*this);
+    if (m_propertyData->Exists(name))
+        SetPropertyValue(name, std::move(value));
+    else
+        AddProperty(name, std::move(value), readOnly ? eREADABLE : eREADABLE_WRITABLE);
+}
+
+void PropertyContainer::SetPropertyValue(const std::string& name, std::shared_ptr<DataObject> value) {
+    const Update update(*this);
+    RequireValue(value, "p_spValue", "Qor.Tivor.PropertyContainer.SetPropertyValue");
+    const std::shared_ptr<DataObject> former = FindValue(name);
+    m_propertyData->Put(name, value);
+    if (HasPropertyChangeListeners())
+        Queue(CreateChangeEvent(name, std::move(value), former));
+}
+
+// What stands for the offered text among the values to select from, or else the offered value.
+std::shared_ptr<DataObject> PropertyContainer::NamedValue(const std::string& name,
+                                                          const std::shared_ptr<DataObject>& value) const {
+    const auto text = std::dynamic_pointer_cast<Data<std::string>>(value);
+    PropertyAttributes* const attributes = text ? FindAttributes(name) : nullptr;
+    if (attributes == nullptr)
+        return value;
+    const auto values = attributes->GetPtr<DataContainer>(sSELECTABLE_PROPERTY_VALUES);
+    const std::shared_ptr<DataObject> named = values ? values->Get(text->GetValue()) : nullptr;
+    return named ? named->Clone() : value;
+}
+
+bool PropertyContainer::SetProperty(const std::string& name, std::shared_ptr<DataObject> value) {
+    const Update update(*this);
+    RequireValue(value, "p_spValue", category);
+    const std::shared_ptr<DataObject> current = FindValue(name);
+    if (!current) {
+        if (SettingNonExistentPropertiesIsAllowed())
+            return ValidateAndSetValue(name, std::move(value), current);
+        Warn<SetAttemptedForNonExistantProperty>("Cannot Set the non-existant property <%1%>", name);
+        return false;
+    }
+    if (!IsWritable(name)) {
+        Warn<SetReadOnlyProperty>("Cannot Set the read-only property <%1%>", name);
+        return false;
+    }
+    if (!value->HoldsSameTypeAs(*current))
+        value = NamedValue(name, value);
+    if (!value->HoldsSameTypeAs(*current))
+        Core::Error::RaiseError(
+            PropertyTypeMismatch(Core::FormatText("Attempt to set property <%1%> of type <%2%> to type <%3%>",
+                                                  {name, current->GetTypeName(), value->GetTypeName()})),
+            QOR_CODE_CONTEXT("PropertyContainer"), category);
+    return ValidateAndSetValue(name, std::move(value), current);
+}
+
+void PropertyContainer::Validate(OfferedValue& offered) {
+    const PropertyAttributes* const attributes = FindAttributes(offered.first);
+    if (attributes == nullptr || attributes->validators.empty())
+        return;
+    for (const std::shared_ptr<Validator>& validator : PropertyAttributes::Validators(attributes->validators))
+        validator->Execute(offered);
+    RequireValue(offered.second, "the value that a validator has left", "Qor.Tivor.PropertyContainer.Validate");
+}
+
+bool PropertyContainer::ValidateAndSetValue(const std::string& name, std::shared_ptr<DataObject> newValue,
+                                            const std::shared_ptr<DataObject>& oldValue) {
+    OfferedValue offered(name, std::move(newValue));
+    Validate(offered);
+    m_propertyData->Put(name, offered.second);
+    try {
+        return SettleChange(name, offered.second, oldValue);
+    } catch (...) {
+        PutBack(name, oldValue);
+        throw;
+    }
+}
+
+// Asks whether a change that was made shall stand.
+bool PropertyContainer::SettleChange(const std::string& name, const std::shared_ptr<DataObject>& newValue,
+                                     const std::shared_ptr<DataObject>& oldValue) {
+    const PropertyAttributes* const attributes = FindAttributes(name);
+    const std::shared_ptr<ChangeHandler> handler = attributes != nullptr ? attributes->changeHandler : nullptr;
+    const bool isHeard = HasPropertyChangeListeners();
+    if (!handler && oldValue && !isHeard)
+        return true;
+    const auto event = CreateChangeEvent(name, newValue, oldValue);
+    EPropertyChangeResult result = eACCEPT_CHANGE;
+    if (handler) {
+        result = handler->Execute(*event);
+    } else if (!oldValue) {
+        KeepDefault(name, newValue);
+        result = OnExternalPropertyAdded(*event);
+    }
+    if (result == eREFUSE_CHANGE)
+        PutBack(name, oldValue);
+    else if (result == eREMOVE_PROPERTY)
+        RemoveProperty(name);
+    else if (result == eACCEPT_CHANGE && isHeard)
+        Queue(event);
+    return result != eREFUSE_CHANGE && result != eREMOVE_PROPERTY;
+}
+
+void PropertyContainer::PutBack(const std::string& name, const std::shared_ptr<DataObject>& oldValue) {
+    if (oldValue)
+        m_propertyData->Put(name, oldValue);
+    else
+        RemoveProperty(name);
+}
+
+void PropertyContainer::KeepDefault(const std::string& name, const std::shared_ptr<DataObject>& value) {
+    const bool isNew = FindAttributes(name) == nullptr;
+    PropertyAttributes& attributes = MakeAttributes(name);
+    if (isNew)
+        attributes.SetPermissions(eREADABLE_WRITABLE);
+    attributes.Put(sPROPERTY_DEFAULT, value);
+}
+
+EPropertyChangeResult PropertyContainer::OnExternalPropertyAdded(const PropertyChangeEvent&) { return eACCEPT_CHANGE; }
+
+} // namespace Qor::Tivor

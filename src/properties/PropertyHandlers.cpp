@@ -1,0 +1,71 @@
+#include "PropertyUpdate.h"
+
+#include <Tivor/PropertyHandlers.h>
+
+#include <algorithm>
+
+namespace Qor::Tivor {
+
+bool PropertyContainer::AddValidator(const std::string& name, std::shared_ptr<Validator> validator) {
+    const Lock lock(m_mutex);
+    PropertyAttributes* const attributes = FindAttributes(name);
+    if (attributes == nullptr || !validator)
+        return false;
+    if (auto* const attributed = dynamic_cast<AttributedValidator*>(validator.get()))
+        attributed->StorePropertyAttributes(*attributes);
+    attributes->validators.push_back(std::move(validator));
+    return true;
+}
+
+void PropertyContainer::RemoveValidator(const std::string& name, std::shared_ptr<Validator> validator) {
+    const Lock lock(m_mutex);
+    PropertyAttributes* const attributes = FindAttributes(name);
+    if (attributes != nullptr && validator)
+        attributes->validators.remove_if([&](const auto& one) { return one->IsEqual(*validator); });
+}
+
+void PropertyContainer::GetValidators(const std::string& name,
+                                      std::list<std::shared_ptr<Validator>>& validators) const {
+    const Lock lock(m_mutex);
+    validators = RequireAttributes(name, "to call GetValidators()").validators;
+}
+
+void PropertyContainer::SetReadHandler(const std::string& name, std::shared_ptr<ReadHandler> handler) {
+    const Lock lock(m_mutex);
+    RequireAttributes(name, "to call SetReadHandler()").readHandler = std::move(handler);
+}
+
+std::shared_ptr<PropertyContainer::ReadHandler> PropertyContainer::GetReadHandler(const std::string& name) const {
+    const Lock lock(m_mutex);
+    const PropertyAttributes* const attributes = FindAttributes(name);
+    return attributes != nullptr ? attributes->readHandler : nullptr;
+}
+
+void PropertyContainer::SetChangeHandler(const std::string& name, std::shared_ptr<ChangeHandler> handler) {
+    const Lock lock(m_mutex);
+    RequireAttributes(name, "to call SetChangeHandler()").changeHandler = std::move(handler);
+}
+
+std::shared_ptr<PropertyContainer::ChangeHandler> PropertyContainer::GetChangeHandler(const std::string& name) const {
+    const Lock lock(m_mutex);
+    const PropertyAttributes* const attributes = FindAttributes(name);
+    return attributes != nullptr ? attributes->changeHandler : nullptr;
+}
+
+bool PropertyContainer::VerifyPropertyRead(const std::string& name) const {
+    const Lock lock(m_mutex);
+    const auto found = m_attributes.find(name);
+    if (found == m_attributes.end())
+        return true;
+    const std::shared_ptr<PropertyAttributes> attributes = found->second; // the handler may remove the property
+    if ((attributes->GetPermissions() & eREADABLE) == 0)
+        return false;
+    if (!attributes->readHandler || attributes->isBeingRead)
+        return true;
+    attributes->isBeingRead = true;
+    const std::shared_ptr<void> unmark(nullptr, [&](void*) { attributes->isBeingRead = false; });
+    const std::shared_ptr<ReadHandler> handler = attributes->readHandler;
+    return handler->Execute(name);
+}
+
+} // namespace Qor::Tivor

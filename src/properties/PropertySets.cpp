@@ -1,0 +1,113 @@
+#include "PropertyUpdate.h"
+
+namespace Qor::Tivor {
+
+std::uint64_t PropertyContainer::SetProperties(const DataContainer& values) {
+    return MultiplePropertySet(values, true);
+}
+
+void PropertyContainer::InputProperties(const DataContainer& values) { MultiplePropertySet(values, false); }
+
+// Whether a property is changed by a set that heeds permissions.
+bool PropertyContainer::TakesPart(const std::string& name) const {
+    return m_propertyData->Exists(name) ? IsWritable(name) || IsSubPropertyContainer(name)
+                                        : SettingNonExistentPropertiesIsAllowed();
+}
+
+// First all values are in place, then the validators see them, then the handlers.
+std::uint64_t PropertyContainer::MultiplePropertySet(const DataContainer& values, bool applyPermissions) {
+    const Update update(*this);
+    const DataContainer snapshot(*m_propertyData);
+    const AttributeTable formerAttributes = m_attributes;
+    try {
+        DataContainer changes;
+        for (const auto& [name, offered] : values) {
+            if (applyPermissions && !TakesPart(name))
+                continue;
+            const std::shared_ptr<DataObject> value = applyPermissions ? NamedValue(name, offered) : offered;
+            m_propertyData->Put(name, value);
+            changes.Put(name, value);
+        }
+        for (const auto& [name, value] : changes) {
+            OfferedValue offered(name, value);
+            Validate(offered);
+            if (offered.second == value)
+                continue;
+            m_propertyData->Put(name, offered.second);
+            changes.Put(name, offered.second);
+        }
+        const std::uint64_t count = ApplyPropertyChanges(snapshot, changes);
+        if (!applyPermissions)
+            Reorder(values);
+        return count;
+    } catch (...) {
+        RollBackTo(snapshot, formerAttributes);
+        throw;
+    }
+}
+
+std::uint64_t PropertyContainer::ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes) {
+    std::uint64_t count = 0;
+    for (const auto& [name, value] : changes) {
+        const auto former = std::const_pointer_cast<DataObject>(current.Get(name));
+        if (!PropertyValuesDiffer(former, value))
+            continue;
+        if (FindValue(name) != value)
+            m_propertyData->Put(name, value);
+        if (SettleChange(name, value, former))
+            ++count;
+    }
+    return count;
+}
+
+void PropertyContainer::RollBackTo(const DataContainer& snapshot, const AttributeTable& attributes) {
+    m_propertyData->Assign(snapshot);
+    m_attributes = attributes;
+    m_pendingEvents.clear();
+}
+
+// The properties that the container names come first, in its order.
+void PropertyContainer::Reorder(const DataContainer& order) {
+    DataContainer ordered;
+    for (const DataContainer* const source : {&order, static_cast<const DataContainer*>(m_propertyData.get())})
+        for (const auto& entry : *source)
+            if (const std::shared_ptr<DataObject> value = FindValue(entry.key); value && !ordered.Exists(entry.key))
+                ordered.Put(entry.key, value);
+    m_propertyData->Assign(ordered);
+}
+
+void PropertyContainer::CloneProperties(DataContainer& target, bool serializableOnly) const {
+    const Lock lock(m_mutex);
+    for (const auto& [name, value] : *m_propertyData)
+        if (!serializableOnly || value->GetSerializer())
+            target.Put(name, value->Clone());
+}
+
+bool PropertyContainer::CloneProperty(const std::string& sourceName, const std::string& targetName) {
+    const Lock lock(m_mutex);
+    const std::shared_ptr<DataObject> source = FindValue(sourceName);
+    if (!source)
+        return false;
+    m_propertyData->Put(targetName, source->Clone());
+    if (const PropertyAttributes* const attributes = FindAttributes(sourceName))
+        m_attributes[targetName] = attributes->CloneRecord();
+    else
+        m_attributes.erase(targetName);
+    return true;
+}
+
+void PropertyContainer::CloneContents(const PropertyContainer& other) {
+    DataContainer values;
+    AttributeTable attributes;
+    {
+        const Lock lock(other.m_mutex);
+        values.CloneContents(*other.m_propertyData);
+        for (const auto& [name, record] : other.m_attributes)
+            attributes.emplace(name, record->CloneRecord());
+    }
+    const Lock lock(m_mutex);
+    m_propertyData->Assign(values);
+    m_attributes = std::move(attributes);
+}
+
+} // namespace Qor::Tivor
