@@ -69,7 +69,7 @@ public:
     std::string GetTypeName() const override { return ValueTraits<T>::GetTypeName(); }
     bool HoldsType(const std::type_info& type) const override { return type == typeid(T); }
     bool HoldsSameTypeAs(const DataObject& other) const override {
-        return dynamic_cast<const GenericWrapper*>(&other) != nullptr;
+        return typeid(other) == typeid(*this) || dynamic_cast<const GenericWrapper*>(&other) != nullptr;
     }
     boost::logic::tribool HoldsSameValueAs(const DataObject& other) override;
     std::shared_ptr<DataObject> Clone() override { return std::make_shared<GenericWrapper>(*this); }

@@ -82,7 +82,8 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
     const std::uint32_t hash = HashOfKey(key);
     m_table.Expect(hash);
     MutexLockableDataObject* const reporting = AsReporting(*object);
-    const NumberedEntry* const former = m_table.Find(key, hash);
+    const std::uint32_t position = m_table.PositionOf(key, hash);
+    const NumberedEntry* const former = position != KeyIndex::none ? &m_table[position] : nullptr;
     if (former != nullptr && former->object == object)
         return;
     MutexLockableDataObject* const formerReporting = former != nullptr ? AsReporting(*former->object) : nullptr;
@@ -114,7 +115,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
         if (former == nullptr)
             m_table.Insert(key, hash, std::move(object));
         else
-            change.m_takenOut.back() = m_table.Replace(key, hash, std::move(object));
+            change.m_takenOut.back() = m_table.Replace(position, std::move(object));
     } catch (...) {
         Unlink(number, reporting);
         if (arriving)

@@ -53,9 +53,7 @@ void EntryTable::Insert(const std::string& key, std::uint32_t hash, std::shared_
     ++m_count;
 }
 
-std::shared_ptr<DataObject> EntryTable::Replace(const std::string& key, std::uint32_t hash,
-                                                std::shared_ptr<DataObject>&& object) {
-    const std::uint32_t position = PositionOf(key, hash);
+std::shared_ptr<DataObject> EntryTable::Replace(std::uint32_t position, std::shared_ptr<DataObject>&& object) {
     return std::exchange(WritableEntries()[position].object, std::move(object));
 }
 

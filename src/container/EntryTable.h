@@ -33,9 +33,11 @@ public:
     const NumberedEntry* FindNumber(std::uint64_t number) const;
     /// Inserts an entry for a key that has none. When this raises, the object is still the caller's.
     void Insert(const std::string& key, std::uint32_t hash, std::shared_ptr<DataObject>&& object);
-    /// Puts another object in the place of that of a key that has one, and returns the former one.
-    std::shared_ptr<DataObject> Replace(const std::string& key, std::uint32_t hash,
-                                        std::shared_ptr<DataObject>&& object);
+    /// Where the entry of the key stands, or `KeyIndex::none`.
+    std::uint32_t PositionOf(const std::string& key, std::uint32_t hash) const;
+    const NumberedEntry& operator[](std::uint32_t position) const { return m_block->entries[position]; }
+    /// Puts another object in the place of that of an entry, and returns the former one.
+    std::shared_ptr<DataObject> Replace(std::uint32_t position, std::shared_ptr<DataObject>&& object);
     /// Takes out the entry of a key that has one, and returns its object.
     std::shared_ptr<DataObject> Remove(const std::string& key, std::uint32_t hash);
     /// Tells the processor that the key of this hash will be looked for.
@@ -44,7 +46,6 @@ public:
     std::shared_ptr<EntryBlock> TakeAll();
 
 private:
-    std::uint32_t PositionOf(const std::string& key, std::uint32_t hash) const;
     EntryList& WritableEntries() {
         if (!m_block || m_block->walkers.load(std::memory_order_acquire) != 0)
             MakeWritable();

@@ -45,9 +45,24 @@ bool PropertyValuesDiffer(const std::shared_ptr<DataObject>& one, const std::sha
     return !one || !other || !one->HoldsSameTypeAs(*other) || !bool(one->HoldsSameValueAs(*other));
 }
 
-PropertyContainer::EPermissions PropertyContainer::PropertyAttributes::GetPermissions() const {
-    const std::shared_ptr<DataObject> object = const_cast<PropertyAttributes*>(this)->Get(sPROPERTY_PERMISSIONS);
-    return object ? static_cast<EPermissions>(GetScalarNumber(object.get()) & eREADABLE_WRITABLE) : eREADABLE_WRITABLE;
+PropertyContainer::PropertyAttributes::PropertyAttributes() { ReceiveChanges(); }
+PropertyContainer::PropertyAttributes::~PropertyAttributes() { StopChanges(); }
+
+void PropertyContainer::PropertyAttributes::OnDataObjectChanged(const std::string& key,
+                                                                std::shared_ptr<DataObject> object) {
+    if (key == sPROPERTY_PERMISSIONS)
+        m_permissions = object ? static_cast<EPermissions>(GetScalarNumber(object.get()) & eREADABLE_WRITABLE)
+                               : eREADABLE_WRITABLE;
+}
+
+void PropertyContainer::PropertyAttributes::OnDataReferenceChanged(const std::string& key,
+                                                                   std::shared_ptr<DataObject> object) {
+    OnDataObjectChanged(key, std::move(object));
+}
+
+void PropertyContainer::PropertyAttributes::OnDataValueChanged(const std::string& key,
+                                                               std::shared_ptr<DataObject> object) {
+    OnDataObjectChanged(key, std::move(object));
 }
 
 void PropertyContainer::PropertyAttributes::SetPermissions(EPermissions permissions) {

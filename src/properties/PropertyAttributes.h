@@ -9,7 +9,11 @@ class PropertyContainer::PropertyAttributes final : public DataContainer {
 public:
     using Validators = std::list<std::shared_ptr<Validator>>;
 
-    EPermissions GetPermissions() const;
+    PropertyAttributes();
+    ~PropertyAttributes() override;
+
+    /// As the attribute says, or both without it.
+    EPermissions GetPermissions() const { return m_permissions.load(std::memory_order_relaxed); }
     void SetPermissions(EPermissions permissions);
     /// Attributes cloned, validators shared, no handlers.
     std::shared_ptr<PropertyAttributes> CloneRecord() const;
@@ -25,6 +29,14 @@ public:
     std::shared_ptr<ChangeHandler> changeHandler;
     /// The read handler is at work, and may read the property itself.
     bool isBeingRead = false;
+
+protected:
+    void OnDataObjectChanged(const std::string& key, std::shared_ptr<DataObject> object) override;
+    void OnDataReferenceChanged(const std::string& key, std::shared_ptr<DataObject> object) override;
+    void OnDataValueChanged(const std::string& key, std::shared_ptr<DataObject> object) override;
+
+private:
+    std::atomic<EPermissions> m_permissions{eREADABLE_WRITABLE};
 };
 
 /// The number of a scalar, whatever its kind of integer; 0 of anything else.

@@ -108,7 +108,8 @@ bool PropertyContainer::SetProperty(const std::string& name, std::shared_ptr<Dat
         Warn<SetAttemptedForNonExistantProperty>("Cannot Set the non-existant property <%1%>", name);
         return false;
     }
-    if (!IsWritable(name)) {
+    if (PropertyAttributes* const attributes = FindAttributes(name);
+        attributes != nullptr && (attributes->GetPermissions() & eWRITABLE) == 0) {
         Warn<SetReadOnlyProperty>("Cannot Set the read-only property <%1%>", name);
         return false;
     }
