@@ -15,9 +15,8 @@ struct XMLPortion {
 };
 
 // The beginning of `text`, which is no part of a tag, comment or the like, up to and including the next opening of a
-// CDATA section. Without one, up to the last tag, comment, processing instruction or reference that does not end: a
-// parser that gets only whole ones has reported all of them before such a section. Bytes that are no XML are passed
-// over somehow.
+// CDATA section; without one, up to a tag, comment or processing instruction that does not end. Bytes that are no XML
+// are passed over somehow.
 XMLPortion FindPortion(std::string_view text);
 
 } // namespace Qor::Core

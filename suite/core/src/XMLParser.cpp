@@ -306,8 +306,8 @@ void XMLParserBody::Run::Parse() {
     CallHandler([this] { m_handler.OnEndDoc(); });
 }
 
-// What is fed after a tag or comment that does not end may be too little for expat to look at it again; then it does
-// not see at once that a section begins. So there is no such thing where sections are to be seen.
+// When a tag or comment did not end with what it was fed, expat may look at it again only after it was fed as much once
+// more, and then does not see at once that a section begins. So it gets tags and comments as a whole.
 XMLPortion XMLParserBody::Run::NextPortion() const {
     const std::string_view text = m_source.GetText();
     if (m_encoding == Encoding::eOTHER)
