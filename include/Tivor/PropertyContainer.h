@@ -314,8 +314,8 @@ protected:
     bool CloneProperty(const std::string& sourceName, const std::string& targetName);
     bool PerformingMultiPropertyUpdate() const;
     void RemoveAllPropertyChangeListeners();
-    /// The event that is being delivered, or an empty pointer.
-    std::shared_ptr<const PropertyChangeEvent> GetActiveChangeEvent() const;
+    /// The event that is being delivered, or null; for those who are told of it.
+    const PropertyChangeEvent* GetActiveChangeEvent() const { return m_activeEvent.load(std::memory_order_relaxed); }
     /// The values, which are read and changed past permissions, validators and listeners.
     static std::shared_ptr<DataContainer> GetPropertyData(PropertyContainer& container);
 
@@ -356,8 +356,11 @@ private:
     void EndMultiPropertyUpdate();
     void EndMultiPropertyUpdate(Lock& lock);
     void Queue(std::shared_ptr<PropertyChangeEvent> event);
-    void Deliver(const std::vector<std::shared_ptr<PropertyChangeEvent>>& events);
-    void SetActiveChangeEvent(std::shared_ptr<const PropertyChangeEvent> event);
+    void DropPendingEvents();
+    void Deliver(std::span<const std::shared_ptr<PropertyChangeEvent>> events);
+    void SetActiveChangeEvent(const PropertyChangeEvent* event) {
+        m_activeEvent.store(event, std::memory_order_relaxed);
+    }
     void WarnOfSubProperties() const;
 
     mutable Core::ReadersWriterMutex m_mutex;
@@ -365,11 +368,11 @@ private:
     AttributeTable m_attributes;
     bool m_allowsSetOfNonExisting;
     std::uint32_t m_updateDepth = 0;
-    std::vector<std::shared_ptr<PropertyChangeEvent>> m_pendingEvents;
+    std::shared_ptr<PropertyChangeEvent> m_pendingEvent; // the first one; mostly there are no others
+    std::vector<std::shared_ptr<PropertyChangeEvent>> m_morePendingEvents;
     Core::NotificationSupport m_listeners;
     PropertyChangeDelegator m_delegator;
-    mutable std::mutex m_activeEventMutex;
-    std::shared_ptr<const PropertyChangeEvent> m_activeEvent;
+    std::atomic<const PropertyChangeEvent*> m_activeEvent{nullptr};
     std::shared_ptr<const void> m_life; // others hold it weakly
 };
 

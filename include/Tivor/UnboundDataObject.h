@@ -102,6 +102,8 @@ class TIVOR_API UnboundScalarContainer final : public UnboundData {
 public:
     UnboundScalarContainer(const std::string& typeName, const std::string& module, bool flag);
     UnboundScalarContainer(const UnboundScalarContainer& other) = default;
+    /// As the copy: what is kept is shared.
+    UnboundScalarContainer(UnboundScalarContainer&& other);
     ~UnboundScalarContainer() override;
 
     std::shared_ptr<DataObject> Clone() override;

@@ -231,6 +231,9 @@ std::shared_ptr<DataObject> UnboundScalarArray::Clone() { return std::make_share
 UnboundScalarContainer::UnboundScalarContainer(const std::string& typeName, const std::string& module, bool flag)
     : UnboundData(eSCALAR_CONTAINER, typeName, module, flag, false) {}
 
+UnboundScalarContainer::UnboundScalarContainer(UnboundScalarContainer&& other)
+    : UnboundScalarContainer(static_cast<const UnboundScalarContainer&>(other)) {}
+
 UnboundScalarContainer::~UnboundScalarContainer() = default;
 
 std::shared_ptr<DataObject> UnboundScalarContainer::Clone() { return std::make_shared<UnboundScalarContainer>(*this); }

@@ -51,8 +51,8 @@ PropertyContainer::PropertyAttributes::~PropertyAttributes() { StopChanges(); }
 void PropertyContainer::PropertyAttributes::OnDataObjectChanged(const std::string& key,
                                                                 std::shared_ptr<DataObject> object) {
     if (key == sPROPERTY_PERMISSIONS)
-        m_permissions = object ? static_cast<EPermissions>(GetScalarNumber(object.get()) & eREADABLE_WRITABLE)
-                               : eREADABLE_WRITABLE;
+        m_permissions =
+            object ? static_cast<EPermissions>(GetScalarNumber(object.get()) & eREADABLE_WRITABLE) : eREADABLE_WRITABLE;
 }
 
 void PropertyContainer::PropertyAttributes::OnDataReferenceChanged(const std::string& key,

@@ -108,7 +108,15 @@ std::shared_ptr<PropertyChangeEvent> PropertyContainer::CreateChangeEvent(const 
 }
 
 void PropertyContainer::Queue(std::shared_ptr<PropertyChangeEvent> event) {
-    m_pendingEvents.push_back(std::move(event));
+    if (!m_pendingEvent)
+        m_pendingEvent = std::move(event);
+    else
+        m_morePendingEvents.push_back(std::move(event));
+}
+
+void PropertyContainer::DropPendingEvents() {
+    m_pendingEvent.reset();
+    m_morePendingEvents.clear();
 }
 
 bool PropertyContainer::PerformingMultiPropertyUpdate() const {
@@ -127,15 +135,21 @@ void PropertyContainer::EndMultiPropertyUpdate() {
 }
 
 void PropertyContainer::EndMultiPropertyUpdate(Lock& lock) {
-    if (--m_updateDepth != 0 || m_pendingEvents.empty())
+    if (--m_updateDepth != 0 || !m_pendingEvent)
         return;
-    const auto events = std::exchange(m_pendingEvents, {});
+    const std::shared_ptr<PropertyChangeEvent> first = std::exchange(m_pendingEvent, nullptr);
+    if (m_morePendingEvents.empty()) {
+        lock.Release();
+        return Deliver({&first, 1});
+    }
+    auto events = std::exchange(m_morePendingEvents, {});
+    events.insert(events.begin(), first);
     lock.Release();
     Deliver(events);
 }
 
 // A listener may end the container, unless somebody shares it.
-void PropertyContainer::Deliver(const std::vector<std::shared_ptr<PropertyChangeEvent>>& events) {
+void PropertyContainer::Deliver(std::span<const std::shared_ptr<PropertyChangeEvent>> events) {
     const std::weak_ptr<const void> life = m_life;
     const std::shared_ptr<PropertyContainer> kept = weak_from_this().lock();
     FirstException failures;
@@ -152,8 +166,8 @@ void PropertyContainer::FirePropertyChange(std::shared_ptr<PropertyChangeEvent> 
     if (!HasPropertyChangeListeners())
         return;
     const std::weak_ptr<const void> life = m_life;
-    const std::shared_ptr<const PropertyChangeEvent> outer = GetActiveChangeEvent();
-    SetActiveChangeEvent(event);
+    const PropertyChangeEvent* const outer = GetActiveChangeEvent();
+    SetActiveChangeEvent(event.get());
     FirstException failures;
     failures.Catch([&] {
         m_listeners.Broadcast([&](Core::NotificationListener& listener) {
@@ -165,16 +179,6 @@ void PropertyContainer::FirePropertyChange(std::shared_ptr<PropertyChangeEvent> 
     if (!life.expired())
         SetActiveChangeEvent(outer);
     failures.Rethrow();
-}
-
-void PropertyContainer::SetActiveChangeEvent(std::shared_ptr<const PropertyChangeEvent> event) {
-    const std::lock_guard guard(m_activeEventMutex);
-    m_activeEvent.swap(event);
-}
-
-std::shared_ptr<const PropertyChangeEvent> PropertyContainer::GetActiveChangeEvent() const {
-    const std::lock_guard guard(m_activeEventMutex);
-    return m_activeEvent;
 }
 
 PropertyContainer::MultiPropertyUpdateSentry::MultiPropertyUpdateSentry(PropertyContainer& container)

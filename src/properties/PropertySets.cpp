@@ -63,7 +63,7 @@ std::uint64_t PropertyContainer::ApplyPropertyChanges(const DataContainer& curre
 void PropertyContainer::RollBackTo(const DataContainer& snapshot, const AttributeTable& attributes) {
     m_propertyData->Assign(snapshot);
     m_attributes = attributes;
-    m_pendingEvents.clear();
+    DropPendingEvents();
 }
 
 // The properties that the container names come first, in its order.

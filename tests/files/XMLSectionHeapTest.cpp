@@ -1,7 +1,9 @@
+#include "TemporaryDirectory.h"
 #include "TestHeap.h"
 
 #include <QorCore/Stream.h>
 #include <QorCore/XMLParser.h>
+#include <Tivor/XMLDataFile.h>
 
 #include <gtest/gtest.h>
 
@@ -70,6 +72,33 @@ TEST(XMLSectionHeap, SectionsDoNotStandInMemory) {
     EXPECT_EQ(consumer.numRead, (numLines - 1) * (lineOfSection.size() - 1));
     EXPECT_LE(consumer.mostAhead, 128u * 1024);
     EXPECT_LE(watch.GetPeak(), 256u * 1024);
+}
+
+// The matrix itself does not come from the heap.
+TEST(XMLSectionHeap, SurfacesAreSavedAndOpenedWithoutACopy) {
+    using Matrix = Nalix::Matrix<double, Nalix::basic_row_major>;
+    const Core::Testing::TemporaryDirectory directory;
+    const std::string path = (directory / "surface.qordml").ToString();
+    Matrix matrix(2048, 2048);
+    for (std::size_t i = 0; i < matrix.size(); ++i)
+        matrix.data()[i] = static_cast<double>(i) * 0.37;
+    const auto content = DataContainer::Create();
+    content->PutValue("Height", matrix);
+    XMLDataFile file(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, content);
+    {
+        const HeapWatch watch(64 * 1024 * 1024);
+        file.Flush();
+        EXPECT_LE(watch.GetPeak(), 1024u * 1024);
+    }
+    file.Close();
+    {
+        const HeapWatch watch(64 * 1024 * 1024);
+        file.Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
+        EXPECT_LE(watch.GetPeak(), 1024u * 1024);
+    }
+    const auto read = file.GetPtr<Matrix>("Height");
+    ASSERT_TRUE(read && read->size() == matrix.size());
+    EXPECT_TRUE(std::equal(matrix.data(), matrix.data() + matrix.size(), read->data()));
 }
 
 } // namespace Qor::Tivor::Testing

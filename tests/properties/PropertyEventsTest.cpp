@@ -45,7 +45,7 @@ TEST(PropertyEvents, ReachListenersThenDelegates) {
     Events told;
     first.action = [&](const PropertyChangeEvent& event) {
         told.push_back("first");
-        EXPECT_EQ(instrument.GetActiveChangeEvent().get(), &event);
+        EXPECT_EQ(instrument.GetActiveChangeEvent(), &event);
         throw Core::Error("listener");
     };
     second.action = [&](const PropertyChangeEvent&) { told.push_back("second"); };
