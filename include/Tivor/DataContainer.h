@@ -116,8 +116,10 @@ public:
     /// Visits the entries of a stored container without reading their data, up to the end marker. A container comes
     /// before what is in it. Raises as reading does, at the entry that is damaged, with the variable "Key".
     static void ForEachHeader(Core::BinaryInputStream& stream, const HeaderVisitor& visit);
-    /// The same for a container in memory; entries that cannot be stored are left out.
-    static void ForEachHeader(const DataContainer& container, const HeaderVisitor& visit);
+    /// The same for a container in memory; entries that cannot be stored are left out. Those that could not be read
+    /// into it come last in their container.
+    static void ForEachHeader(const DataContainer& container, const HeaderVisitor& visit,
+                              const std::vector<UnreadEntry>& unread = {});
     /// Writes the entries and the end marker and returns the byte count; with `lock` while holding the locks of
     /// `AcquireLocks`.
     virtual std::uint64_t OutputData(Core::BinaryOutputStream& stream, bool lock) const;

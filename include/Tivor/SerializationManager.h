@@ -70,6 +70,8 @@ struct UnreadEntry {
     std::string version;
     std::string module;
     std::string reason;
+    std::uint16_t typeCode = eNO_TYPE;
+    std::uint64_t dataSize = 0; ///< as the header says
 
     bool operator==(const UnreadEntry&) const = default;
 };

@@ -3,6 +3,8 @@
 #include <Tivor/DataContainer.h>
 #include <Tivor/Serializer.h>
 
+#include <map>
+
 namespace Qor::Tivor {
 
 namespace {
@@ -50,7 +52,20 @@ void VisitStored(Core::BinaryInputStream& stream, Path& path, const DataContaine
     path.pop_back();
 }
 
-void VisitObjects(const DataContainer& container, Path& path, const DataContainer::HeaderVisitor& visit) {
+using UnreadIn = std::multimap<Path, const UnreadEntry*>;
+
+DataObjectHeader HeaderOf(const UnreadEntry& entry) {
+    DataObjectHeader header;
+    header.typeCode = entry.typeCode;
+    header.typeName = entry.typeName;
+    header.version = entry.version;
+    header.module = entry.module;
+    header.dataSize = entry.dataSize;
+    return header;
+}
+
+void VisitObjects(const DataContainer& container, Path& path, const UnreadIn& unread,
+                  const DataContainer::HeaderVisitor& visit) {
     for (const auto& [key, object] : container) {
         if (const auto serializer = object->GetSerializer()) {
             path.push_back(key);
@@ -61,10 +76,12 @@ void VisitObjects(const DataContainer& container, Path& path, const DataContaine
             }
             const auto below = container.GetPtr<DataContainer>(key);
             if (visit(path, header) && below)
-                VisitObjects(*below, path, visit);
+                VisitObjects(*below, path, unread, visit);
             path.pop_back();
         }
     }
+    for (auto [entry, end] = unread.equal_range(path); entry != end; ++entry)
+        visit(entry->second->path, HeaderOf(*entry->second));
 }
 
 } // namespace
@@ -74,9 +91,14 @@ void DataContainer::ForEachHeader(Core::BinaryInputStream& stream, const HeaderV
     VisitStored(stream, path, visit);
 }
 
-void DataContainer::ForEachHeader(const DataContainer& container, const HeaderVisitor& visit) {
+void DataContainer::ForEachHeader(const DataContainer& container, const HeaderVisitor& visit,
+                                  const std::vector<UnreadEntry>& unread) {
+    UnreadIn unreadIn;
+    for (const UnreadEntry& entry : unread)
+        if (!entry.path.empty())
+            unreadIn.emplace(Path(entry.path.begin(), entry.path.end() - 1), &entry);
     Path path;
-    VisitObjects(container, path, visit);
+    VisitObjects(container, path, unreadIn, visit);
 }
 
 } // namespace Qor::Tivor

@@ -20,7 +20,7 @@ void DataFile::Factory::VisitHeaders(const std::string& fileName, const HeaderVi
     if (!file || !file->IsOpen())
         Core::Error::RaiseError(Core::IOError(Core::FormatText("%1% cannot be opened for reading", {fileName})),
                                 QOR_CODE_CONTEXT("DataFile"), "Qor.Tivor.DataFile");
-    DataContainer::ForEachHeader(*file, visit);
+    DataContainer::ForEachHeader(*file, visit, file->GetUnreadEntries());
 }
 
 } // namespace Qor::Tivor

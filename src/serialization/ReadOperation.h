@@ -39,7 +39,7 @@ public:
     /// The entry that is being read, or that one below it, is skipped.
     void KeepUnread(const DataObjectHeader& header, const std::string& reason,
                     const std::vector<std::string>& below = {}) {
-        UnreadEntry entry{{}, header.typeName, header.version, header.module, reason};
+        UnreadEntry entry{{}, header.typeName, header.version, header.module, reason, header.typeCode, header.dataSize};
         for (const std::string* const key : m_path)
             entry.path.push_back(*key);
         entry.path.insert(entry.path.end(), below.begin(), below.end());

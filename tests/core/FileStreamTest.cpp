@@ -55,6 +55,25 @@ TEST(System, FindsFilesByPattern) {
     }
 }
 
+TEST(System, FindsFilesOfAllDirectoriesBelow) {
+    const TemporaryDirectory directory;
+    System::MakeDirectories(directory / "b" / "\xC3\xA4" / "c");
+    System::MakeDirectories(directory / "b" / "\xC3\xA4"); // which is there
+    for (const char* const name : {"z", "b/y", "b/\xC3\xA4/x.txt", "b/\xC3\xA4/c/.w"})
+        WriteFileText(directory / name, "");
+    std::vector<PathName> files{PathName("kept")};
+    System::EnumFilesBelow(directory.GetPath(), files);
+    EXPECT_EQ(files, std::vector({PathName("kept"), PathName("b/y"), PathName("b/\xC3\xA4/c/.w"),
+                                  PathName("b/\xC3\xA4/x.txt"), PathName("z")}));
+    for (const PathName& unreadable : {directory / "missing", directory / "z"}) {
+        const auto error = RaisedBy<IOError>([&] { System::EnumFilesBelow(unreadable, files); });
+        EXPECT_EQ(error.GetVariable("File"), unreadable.ToString());
+    }
+    EXPECT_EQ(RaisedBy<IOError>([&] { System::MakeDirectories(directory / "z" / "a"); }).GetVariable("File"),
+              (directory / "z" / "a").ToString());
+    EXPECT_EQ(files.size(), 5u);
+}
+
 TEST(FileStream, OpensAsTheModeSays) {
     const struct {
         int mode;

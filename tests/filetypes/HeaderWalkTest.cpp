@@ -120,6 +120,29 @@ TEST(HeaderWalk, SeesWhatTheOpenedFileHolds) {
     }
 }
 
+TEST(HeaderWalk, SeesWhatCannotBeReadLastInItsContainer) {
+    DataFileTypeManager::Instance().SetFactory(std::make_shared<MarkedFileFactory>("Marked", "WALK"));
+    const TemporaryDirectory directory;
+    const std::string odd = Bytes("03000000 'odd' 7C 05000000 'Gizmo' 01 02 'xy'");
+    const std::string number = Bytes("01000000 'n' 06 05000000");
+    const std::string foreign = Bytes("01000000 'f' 00 01000000 'C' 01000000 '2' 0A000000 'absent.dll' 01 03 'abc'");
+    const std::string below = odd + number + end;
+    const std::string nested = Bytes("03000000 'sub' 7D 01") + static_cast<char>(below.size()) + below;
+    WriteFileText(directory / "marked", "WALK" + foreign + nested + odd + number + end);
+    const std::string name = (directory / "marked").ToString();
+    const std::string sub = "/sub|125|DataContainer||*|" + std::to_string(end.size() + number.size());
+    const std::string after[] = {"/n|6|int32||*|4", "/f|0|C|2|absent.dll|3", "/odd|124|Gizmo||*|2"};
+    EXPECT_EQ(Visit(name, "").lines,
+              Names({sub, "/sub/n|6|int32||*|4", "/sub/odd|124|Gizmo||*|2", after[0], after[1], after[2]}));
+    EXPECT_EQ(Visit(name, "", "sub").lines, Names({sub, after[0], after[1], after[2]}));
+
+    // The sizes of containers aside, a format that need not open the file sees the same, in the file's order.
+    WriteFileText(directory / "binary", fileHeader + foreign + nested + odd + number + end);
+    const Names lines = Visit((directory / "binary").ToString(), "").lines;
+    EXPECT_EQ(Names({lines[0], lines[2], lines[3], lines[4], lines[5]}),
+              Names({after[1], "/sub" + after[2], "/sub/n|6|int32||*|4", after[2], after[0]}));
+}
+
 TEST(HeaderWalk, StopsWhereTheFileIsDamaged) {
     const TemporaryDirectory directory;
     const Core::PathName path = directory / "f";

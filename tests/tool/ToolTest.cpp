@@ -1,80 +1,22 @@
 // The command line tool, run in this process, and once as the program that it is.
+#include "ToolFixture.h"
+
 #include <QorCore/System.h>
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/BinaryDataFile.h>
 #include <Tivor/CollectionSerialization.h>
 #include <Tivor/ScalarData.h>
 
-#include <gtest/gtest.h>
-
 #include <RunProgram.h>
-#include <StoredBytes.h>
-#include <TemporaryDirectory.h>
-#include <Tool.h>
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <nlohmann/json.hpp>
-#include <sstream>
 
 namespace Qor::Tivor::Testing {
 
 namespace {
 
-using namespace Core::Testing;
-using Json = nlohmann::ordered_json;
-using Words = std::vector<std::string>;
-
-const Core::PathName surfaceText(TIVOR_PROJECT "/data/afm_gwyddion_text_export.txt");
 constexpr double infinity = std::numeric_limits<double>::infinity();
-
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-class ToolTest : public testing::Test {
-protected:
-    std::string Name(const std::string& name) const { return (directory / name).ToString(); }
-
-    /// Runs a command on the file; `behind` follows its name.
-    Outcome Run(const std::string& command, const Words& behind = {}) const {
-        Words words{command, file};
-        words.insert(words.end(), behind.begin(), behind.end());
-        return RunWords(words);
-    }
-    static Outcome RunWords(const Words& words) {
-        std::ostringstream out, err;
-        const int status = Tool::RunTool(words, out, err);
-        return {status, out.str(), err.str()};
-    }
-    /// What is printed when all goes well.
-    std::string Say(const std::string& command, const Words& behind = {}) const {
-        const Outcome outcome = Run(command, behind);
-        EXPECT_EQ(outcome.status, 0) << command << ": " << outcome.err;
-        EXPECT_EQ(outcome.err, "") << command;
-        return outcome.out;
-    }
-    Json SayJson(const std::string& command, Words behind = {}) const {
-        behind.insert(behind.begin(), "--json");
-        return Json::parse(Say(command, behind));
-    }
-    void ExpectError(const Words& words, const std::string& said) const {
-        const Outcome outcome = RunWords(words);
-        EXPECT_EQ(outcome.status, 2) << said;
-        EXPECT_EQ(outcome.out, "") << said;
-        EXPECT_NE(outcome.err.find(said), std::string::npos) << outcome.err << "instead of: " << said;
-        EXPECT_EQ(outcome.err.rfind("tivor: ", 0), 0u) << outcome.err;
-    }
-    /// A file with these bytes behind its header.
-    void WriteStored(const std::string& notation) const {
-        WriteFileText(Core::PathName(file), Bytes("'QOR DATA' 01 0000 'A'" + notation + "00000000 7F FFFF"));
-    }
-
-    TemporaryDirectory directory;
-    std::string file = Name("data.dataset");
-};
 
 void Fill(DataContainer& container) {
     RowMajorMatrix<double> rows(2, 2);
@@ -293,7 +235,7 @@ TEST_F(ToolTest, SaysWhatIsWrong) {
         std::string said;
     } rows[] = {
         {{}, "A subcommand is required"},
-        {{"dance"}, "Expected one of the commands info, ls, get, set, import, types, found dance"},
+        {{"dance"}, "Expected one of the commands info, ls, get, set, import, convert, types, found dance"},
         {{"ls"}, "FILE is required"},
         {{"ls", file, "--unheard"}, "--unheard"},
         {{"info", file, "more"}, "more"},
@@ -329,7 +271,7 @@ TEST_F(ToolTest, SaysWhatIsWrong) {
         ExpectError(words, said);
     EXPECT_EQ(ReadFileText(Core::PathName(file)), before);
     EXPECT_EQ(directory.GetNames(), Words({"data.dataset", "empty.xyz", "foreign.dataset", "short.dataset"}));
-    for (const char* const command : {"info", "ls", "get", "set", "import", "types"})
+    for (const char* const command : {"info", "ls", "get", "set", "import", "convert", "types"})
         EXPECT_NE(RunWords({command, "--help"}).out.find("--json"), std::string::npos) << command;
 }
 

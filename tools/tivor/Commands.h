@@ -12,6 +12,7 @@ enum EStatus : int { eFINE = 0, eDEVIATES = 1, eERROR = 2 };
 /// What the command line says; each command has its share of it.
 struct Arguments {
     std::string file;
+    std::string target;
     std::string text;
     std::vector<std::string> words; ///< the keys; for `Set` the value behind them
     std::string type;
@@ -26,6 +27,8 @@ struct Arguments {
 struct Console {
     std::ostream& out;
     std::ostream& err;
+    std::string warnsOf; ///< what the warnings are about, where the user does not know
+    bool hidesWarnings = false;
 };
 
 EStatus ShowInfo(const Arguments& arguments, Console& console);
@@ -33,6 +36,7 @@ EStatus List(const Arguments& arguments, Console& console);
 EStatus Get(const Arguments& arguments, Console& console);
 EStatus Set(const Arguments& arguments, Console& console);
 EStatus Import(const Arguments& arguments, Console& console);
+EStatus Convert(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
 
 } // namespace Qor::Tivor::Tool

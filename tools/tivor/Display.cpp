@@ -2,11 +2,24 @@
 
 #include <QorCore/Utf8.h>
 
+#include <utility>
+
 namespace Qor::Tivor::Tool {
 
 ToolError::~ToolError() = default;
 
 void Fail(const std::string& text) { Core::Error::RaiseError(ToolError(text), QOR_CODE_CONTEXT("Tool"), category); }
+
+void Explain(const std::exception& error, std::ostream& err) {
+    err << "tivor: " << OneLine(error.what()) << '\n';
+    const auto* const ours = dynamic_cast<const Core::Error*>(&error);
+    if (ours == nullptr || ours->GetVariables().empty())
+        return;
+    const char* before = "       ";
+    for (const auto& [name, value] : ours->GetVariables())
+        err << std::exchange(before, "; ") << OneLine(name) << ": " << OneLine(value);
+    err << '\n';
+}
 
 bool IsUtf8(const std::string& text) { return Core::Utf8FromWide(Core::WideFromUtf8(text)) == text; }
 

@@ -19,6 +19,8 @@ inline constexpr const char* category = "Tivor.Tool";
 
 /// Raises a `ToolError`.
 [[noreturn]] void Fail(const std::string& text);
+/// Tells the user, with the variables of an error.
+void Explain(const std::exception& error, std::ostream& err);
 
 bool IsUtf8(const std::string& text);
 /// The text as it is, if it is UTF-8 without control characters or blanks at its ends, and not empty; else in quotes,

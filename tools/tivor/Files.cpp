@@ -1,12 +1,15 @@
 #include "Files.h"
 
 #include <QorCore/BinaryFileStream.h>
+#include <QorCore/FileSystem.h>
 #include <QorCore/Message.h>
 #include <QorCore/PathName.h>
+#include <QorCore/System.h>
 #include <Tivor/DataFileTypeManager.h>
 #include <Tivor/DataObjectFactory.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace Qor::Tivor::Tool {
 
@@ -14,9 +17,8 @@ namespace {
 
 constexpr std::size_t longestList = 10;
 
-void RequireFile(const std::string& fileName) {
-    if (!Core::PathName(fileName).Exists())
-        Fail(Core::FormatText("%1%: expected a data file, found no file of that name", {Show(fileName)}));
+bool GetInfo(const Core::PathName& path, Core::FileInfo& info) {
+    return Core::FileSystem::Current().GetInfo(path, info).IsOk();
 }
 
 std::string ListKeys(const std::vector<std::string>& keys) {
@@ -30,6 +32,42 @@ std::string ListKeys(const std::vector<std::string>& keys) {
 
 } // namespace
 
+void RequireFile(const std::string& fileName) {
+    if (!Core::PathName(fileName).Exists())
+        Fail(Core::FormatText("%1%: expected a data file, found no file of that name", {Show(fileName)}));
+}
+
+void RequireNewFile(const std::string& fileName, bool overwrites) {
+    if (!overwrites && Core::PathName(fileName).Exists())
+        Fail(Core::FormatText("%1%: expected a new file, found one of that name; --force replaces it",
+                              {Show(fileName)}));
+}
+
+void RequireNothingUnread(const DataFile& file, const std::string& fileName, bool dropsUnread) {
+    const auto unread = file.GetUnreadEntries();
+    if (unread.empty() || dropsUnread)
+        return;
+    ToolError error(Core::FormatText("%1%: saving drops %2% that cannot be read; --drop-unread does so",
+                                     {Show(fileName), Count(unread.size(), "entry", "entries")}));
+    for (std::size_t i = 0; i < std::min(unread.size(), longestList); ++i)
+        error.AddVariable(ShowPath(unread[i].path) + " of class " + Show(unread[i].typeName), unread[i].reason);
+    Core::Error::RaiseError(std::move(error), QOR_CODE_CONTEXT("Tool"), category);
+}
+
+FileBeside::FileBeside(const std::string& fileName)
+    : m_fileName(fileName), m_beside(fileName + '.' + std::to_string(Core::System::GetProcessNumber()) + ".new") {}
+
+FileBeside::~FileBeside() { Core::FileSystem::Current().Remove(Core::PathName(m_beside)); }
+
+std::shared_ptr<DataFile> FileBeside::Make(const std::string& fileType) {
+    auto file = DataFile::Open(m_beside, DataFile::eREAD_WRITE, DataFile::eCREATE_ALWAYS, fileType, nullptr);
+    if (!file)
+        Fail(Core::FormatText("%1%: expected a place where a file can be made, found none", {Show(m_fileName)}));
+    return file;
+}
+
+void FileBeside::TakePlace() { Core::System::Replace(Core::PathName(m_beside), Core::PathName(m_fileName)); }
+
 std::shared_ptr<DataFile> OpenFile(const std::string& fileName, DataFile::EAccess access) {
     RequireFile(fileName);
     auto file = DataFile::Open(fileName, access, DataFile::eOPEN_EXISTING, "", nullptr);
@@ -39,15 +77,56 @@ std::shared_ptr<DataFile> OpenFile(const std::string& fileName, DataFile::EAcces
     return file;
 }
 
+bool IsFolder(const std::string& name) {
+    Core::FileInfo info;
+    return GetInfo(Core::PathName(name), info) && info.kind == Core::eFILE_DIRECTORY;
+}
+
+bool AreSameFile(const std::string& one, const std::string& other) {
+    Core::FileInfo ofOne, ofOther;
+    return GetInfo(Core::PathName(one), ofOne) && GetInfo(Core::PathName(other), ofOther) && ofOne.IsSameFile(ofOther);
+}
+
+bool StandsIn(const std::string& inner, const std::string& outer) {
+    Core::PathName path(inner);
+    while (!path.IsEmpty() && !path.Exists())
+        path = path.GetDirectory();
+    if (path.IsEmpty())
+        path = Core::PathName(".");
+    Core::PathName above = path / "..";
+    while (!AreSameFile(path.ToString(), outer)) {
+        if (!above.Exists() || AreSameFile(path.ToString(), above.ToString()))
+            return false;
+        path = std::exchange(above, above / "..");
+    }
+    return true;
+}
+
 std::string ChooseFileType(const std::string& fileName) {
     DataFileTypeManager& manager = DataFileTypeManager::Instance();
     const auto factory = manager.FindFactoryByExtension(fileName);
     return (factory ? factory : manager.GetDefaultFactory())->GetFileType();
 }
 
+std::string ListFileTypes() {
+    std::string list;
+    for (const auto& factory : DataFileTypeManager::Instance().GetFactories()) {
+        list += (list.empty() ? "" : ", ") + Show(factory->GetFileType()) + " (";
+        std::vector<std::string> extensions;
+        factory->EnumExtensions(extensions);
+        for (const std::string& extension : extensions)
+            list += (list.ends_with('(') ? "." : " .") + OneLine(extension);
+        list += ')';
+    }
+    return list;
+}
+
 std::uint64_t GetFileSize(const std::string& fileName) {
     Core::BinaryFileStream stream;
-    return stream.Open(fileName, true, DataFile::eOPEN_EXISTING) ? stream.GetSize() : 0;
+    if (!stream.Open(fileName, true, DataFile::eOPEN_EXISTING))
+        Fail(Core::FormatText("%1%: expected a file that can be opened for reading, found one that cannot",
+                              {Show(fileName)}));
+    return stream.GetSize();
 }
 
 void RaiseNoSuchKey(const Path& path, const std::vector<std::string>& present) {

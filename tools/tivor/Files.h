@@ -10,8 +10,41 @@ namespace Qor::Tivor::Tool {
 
 /// Opens a file that exists.
 std::shared_ptr<DataFile> OpenFile(const std::string& fileName, DataFile::EAccess access);
+void RequireFile(const std::string& fileName);
+/// That there is no file of that name yet, or that it may be replaced.
+void RequireNewFile(const std::string& fileName, bool overwrites);
+/// That saving the file's entries loses none, or may do so.
+void RequireNothingUnread(const DataFile& file, const std::string& fileName, bool dropsUnread);
+
+bool IsFolder(const std::string& name);
+bool AreSameFile(const std::string& one, const std::string& other);
+/// Whether a folder, which need not exist, is the other one or will stand in it, by whatever names.
+bool StandsIn(const std::string& inner, const std::string& outer);
+
 /// The type of a new file: the one that has its extension, else the default.
 std::string ChooseFileType(const std::string& fileName);
+/// The file types with their extensions, on one line.
+std::string ListFileTypes();
+
+/// A data file that is made beside the place where it belongs, and takes that place when it is complete: what stands
+/// there stays as it is until then, and when that does not happen nothing is left of the new one.
+class FileBeside {
+public:
+    explicit FileBeside(const std::string& fileName);
+    FileBeside(const FileBeside&) = delete;
+    FileBeside& operator=(const FileBeside&) = delete;
+    ~FileBeside();
+
+    /// An empty file, once.
+    std::shared_ptr<DataFile> Make(const std::string& fileType);
+    const std::string& GetName() const { return m_beside; }
+    void TakePlace();
+
+private:
+    std::string m_fileName;
+    std::string m_beside;
+};
+
 /// The bytes on disk.
 std::uint64_t GetFileSize(const std::string& fileName);
 

@@ -4,8 +4,6 @@
 #include "Surface.h"
 
 #include <QorCore/Message.h>
-#include <QorCore/PathName.h>
-#include <QorCore/System.h>
 
 #include <algorithm>
 
@@ -13,20 +11,14 @@ namespace Qor::Tivor::Tool {
 
 namespace {
 
-void Write(const SurfaceText& surface, const std::string& fileName, DataFile::EOpenBehavior behavior,
-           const std::string& fileType) {
-    const auto file = DataFile::Open(fileName, DataFile::eREAD_WRITE, behavior, fileType, nullptr);
-    if (!file)
-        Fail(Core::FormatText("%1%: expected a place where a file can be made, found none", {Show(fileName)}));
-    PutSurface(*file, surface);
-    file->Flush();
-}
-
-/// Writes beside the file, so that it stays as it is until all is written.
-void Replace(const SurfaceText& surface, const std::string& fileName, const std::string& fileType) {
-    const std::string beside = fileName + ".new";
-    Write(surface, beside, DataFile::eCREATE_ALWAYS, fileType);
-    Core::System::Replace(Core::PathName(beside), Core::PathName(fileName));
+void Write(const SurfaceText& surface, const std::string& fileName, const std::string& fileType) {
+    FileBeside beside(fileName);
+    {
+        const auto file = beside.Make(fileType);
+        PutSurface(*file, surface);
+        file->Flush();
+    }
+    beside.TakePlace();
 }
 
 std::string Describe(const RowMajorMatrix<double>& samples) {
@@ -36,13 +28,9 @@ std::string Describe(const RowMajorMatrix<double>& samples) {
 }
 
 EStatus Make(const SurfaceText& surface, const Arguments& arguments, Console& console) {
-    const bool exists = Core::PathName(arguments.file).Exists();
-    if (exists && !arguments.overwrites)
-        Fail(Core::FormatText("%1%: expected a new file, found one of that name; --force replaces it",
-                              {Show(arguments.file)}));
+    RequireNewFile(arguments.file, arguments.overwrites);
     const std::string fileType = ChooseFileType(arguments.file);
-    exists ? Replace(surface, arguments.file, fileType)
-           : Write(surface, arguments.file, DataFile::eCREATE_NEW, fileType);
+    Write(surface, arguments.file, fileType);
     const std::uint64_t size = GetFileSize(arguments.file);
     if (arguments.asJson)
         Print(console.out, {{"file", TextJson(arguments.file)},

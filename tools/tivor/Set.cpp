@@ -44,17 +44,6 @@ std::shared_ptr<DataFile> OpenOrCreate(const Arguments& arguments, const Change&
     return file;
 }
 
-void RequireNothingUnread(const DataFile& file, const Arguments& arguments) {
-    const auto unread = file.GetUnreadEntries();
-    if (unread.empty() || arguments.dropsUnread)
-        return;
-    ToolError error(Core::FormatText("%1%: saving drops %2% that cannot be read; --drop-unread does so",
-                                     {Show(arguments.file), Count(unread.size(), "entry", "entries")}));
-    for (std::size_t i = 0; i < std::min<std::size_t>(unread.size(), 10); ++i)
-        error.AddVariable(ShowPath(unread[i].path) + " of class " + Show(unread[i].typeName), unread[i].reason);
-    Core::Error::RaiseError(std::move(error), QOR_CODE_CONTEXT("Tool"), category);
-}
-
 DataContainer& FindParent(DataFile& file, const Path& keys, std::shared_ptr<DataContainer>& owner) {
     if (keys.size() == 1)
         return file;
@@ -101,7 +90,7 @@ void PrintChange(const Change& change, bool asJson, std::ostream& out) {
 EStatus Set(const Arguments& arguments, Console& console) {
     Change change = ReadChange(arguments);
     const auto file = OpenOrCreate(arguments, change);
-    RequireNothingUnread(*file, arguments);
+    RequireNothingUnread(*file, arguments.file, arguments.dropsUnread);
     Apply(*file, change);
     file->Flush();
     PrintChange(change, arguments.asJson, console.out);

@@ -18,15 +18,18 @@ using Command = EStatus (*)(const Arguments& arguments, Console& console);
 
 class WarningPrinter final : public Core::AlertHandler {
 public:
-    explicit WarningPrinter(std::ostream& err) : m_err(err) {}
+    explicit WarningPrinter(const Console& console) : m_console(console) {}
 
     void OnWarning(const Core::Warning& warning) override {
-        if (warning.GetTypeName() != "NoDefaultDataFile") // to have no default is what a user expects
-            m_err << "tivor: warning: " << OneLine(warning.GetText()) << '\n';
+        if (m_console.hidesWarnings || warning.GetTypeName() == "NoDefaultDataFile") // which is what a user expects
+            return;
+        const std::string& of = m_console.warnsOf;
+        m_console.err << "tivor: warning: " << (of.empty() ? "" : Show(of) + ": ") << OneLine(warning.GetText())
+                      << '\n';
     }
 
 private:
-    std::ostream& m_err;
+    const Console& m_console;
 };
 
 // The parser takes negative numbers for options, texts in brackets for lists, and drops some others. A mark in front of
@@ -56,7 +59,7 @@ void Unmark(std::string& word) {
 }
 
 void Unmark(Arguments& arguments) {
-    for (std::string* const word : {&arguments.file, &arguments.text, &arguments.type})
+    for (std::string* const word : {&arguments.file, &arguments.target, &arguments.text, &arguments.type})
         Unmark(*word);
     for (std::string& word : arguments.words)
         Unmark(word);
@@ -74,6 +77,7 @@ public:
         AddKeys(AddFile(Add("get", "The value that the keys lead to, or all that is below them", Get)));
         AddSet();
         AddImport();
+        AddConvert();
         Add("types", "The file types, the built-in classes and the plug-ins", ShowTypes);
     }
 
@@ -150,28 +154,34 @@ private:
         import->add_flag("--check", m_arguments.checks, "Writes nothing: tells where the file is not what the text is");
     }
 
+    void AddConvert() {
+        CLI::App* const convert =
+            Add("convert", "Makes a file of another type of a data file, or of each one in a folder", Convert);
+        convert->add_option("FROM", m_arguments.file, "A data file, or a folder")->type_name("")->required();
+        convert->add_option("TO", m_arguments.target, "The new file, or the folder for the new files")
+            ->type_name("")
+            ->required();
+        convert
+            ->add_option("--to", m_arguments.type,
+                         "The file type or one of its extensions; for a file, the extension of TO tells it, too")
+            ->type_name("TYPE");
+        convert->add_flag("--force", m_arguments.overwrites, "Replaces files that exist");
+        convert->add_flag("--drop-unread", m_arguments.dropsUnread, "Leaves out entries that cannot be read");
+    }
+
     Arguments m_arguments;
     Command m_command = nullptr;
     CLI::App m_app{"Looks into data files of optical surface metrology, and changes them", "tivor"};
 };
 
-void Explain(const Core::Error& error, std::ostream& err) {
-    err << "tivor: " << OneLine(error.GetText()) << '\n';
-    const char* before = "       ";
-    for (const auto& [name, value] : error.GetVariables())
-        err << std::exchange(before, "; ") << OneLine(name) << ": " << OneLine(value);
-    if (!error.GetVariables().empty())
-        err << '\n';
-}
-
 int Execute(Command command, const Arguments& arguments, std::ostream& out, std::ostream& err) {
-    const WarningPrinter printer(err);
+    std::ostringstream printed;
+    Console console{printed, err, {}};
+    const WarningPrinter printer(console);
     Core::ReadLimits limits;
     limits.moduleNames = Core::EModuleNames::bare;
     limits.keepsUnavailable = true;
     const Core::Context::ScopedLimits scope(limits);
-    std::ostringstream printed;
-    Console console{printed, err};
     const EStatus status = command(arguments, console);
     out << printed.view() << std::flush;
     if (!out)
@@ -187,10 +197,8 @@ int RunTool(const std::vector<std::string>& arguments, std::ostream& out, std::o
         int status = eFINE;
         const Command command = line.Parse(arguments, out, err, status);
         return command != nullptr ? Execute(command, line.GetArguments(), out, err) : status;
-    } catch (const Core::Error& error) {
-        Explain(error, err);
     } catch (const std::exception& error) {
-        err << "tivor: " << OneLine(error.what()) << '\n';
+        Explain(error, err);
     }
     return eERROR;
 }

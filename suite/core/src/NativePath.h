@@ -2,6 +2,7 @@
 
 #include <QorCore/PathName.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -19,7 +20,7 @@ inline PathName FromNative(const std::filesystem::path& path) {
     return PathName(std::string(text.begin(), text.end()));
 }
 
-/// The names in a directory, without "." and ".."; none when it cannot be read.
-std::vector<std::string> GetNamesIn(const PathName& directory);
+/// Appends the names in a directory, without "." and "..". Returns the system's number of what went wrong, or 0.
+std::int32_t GetNamesIn(const PathName& directory, std::vector<std::string>& names);
 
 } // namespace Qor::Core

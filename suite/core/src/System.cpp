@@ -37,15 +37,45 @@ bool Fits(std::string_view name, std::string_view pattern) {
     return pattern.find_first_not_of('*', p) == std::string_view::npos;
 }
 
+void AddFilesBelow(const PathName& directory, const std::string& above, std::vector<PathName>& files) {
+    std::vector<std::string> names;
+    if (const std::int32_t systemError = GetNamesIn(directory, names))
+        RaiseFileError("read a directory", directory, {eFILE_OTHER, systemError}, QOR_CODE_CONTEXT("System"));
+    for (const std::string& name : names) {
+        const PathName path = directory / name;
+        std::error_code error;
+        if (fs::is_directory(fs::symlink_status(ToNative(path), error)))
+            AddFilesBelow(path, above + name + '/', files);
+        else if (path.IsFile())
+            files.emplace_back(above + name);
+    }
+}
+
 } // namespace
 
 void System::EnumFiles(const PathName& directory, const std::string& pattern, std::vector<PathName>& files) {
+    std::vector<std::string> names;
     std::vector<PathName> found;
-    for (const std::string& name : GetNamesIn(directory))
+    GetNamesIn(directory, names);
+    for (const std::string& name : names)
         if (Fits(name, pattern) && (directory / name).IsFile())
             found.push_back(directory / name);
     std::sort(found.begin(), found.end());
     files.insert(files.end(), found.begin(), found.end());
+}
+
+void System::EnumFilesBelow(const PathName& directory, std::vector<PathName>& files) {
+    std::vector<PathName> found;
+    AddFilesBelow(directory, {}, found);
+    std::sort(found.begin(), found.end());
+    files.insert(files.end(), found.begin(), found.end());
+}
+
+void System::MakeDirectories(const PathName& directory) {
+    std::error_code error;
+    fs::create_directories(ToNative(directory), error);
+    if (error)
+        RaiseFileError("make a directory", directory, {eFILE_OTHER, error.value()}, QOR_CODE_CONTEXT("System"));
 }
 
 void System::Replace(const PathName& from, const PathName& to) {

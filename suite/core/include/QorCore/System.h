@@ -32,6 +32,13 @@ public:
     /// stands for any characters, '?' for one; ASCII letters match in either case. A directory that cannot be read
     /// has no files.
     static void EnumFiles(const PathName& directory, const std::string& pattern, std::vector<PathName>& files);
+    /// Appends the regular files in `directory` and in the directories below it, by their names from there on, with '/'
+    /// between the parts, sorted. Symbolic links lead to files, not into directories. Raises `IOError` when one of the
+    /// directories cannot be read.
+    static void EnumFilesBelow(const PathName& directory, std::vector<PathName>& files);
+
+    /// Makes a directory, and those above it, where they are missing. Raises `IOError`.
+    static void MakeDirectories(const PathName& directory);
 
     /// Gives the file `from` the name `to`; a file that had that name before is gone then, in one step. Raises
     /// `IOError`, and both files are as before.

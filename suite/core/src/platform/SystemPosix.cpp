@@ -42,13 +42,18 @@ bool System::IsProcessRunning(std::uint64_t processNumber) {
 std::string System::DescribeError(std::int32_t systemError) { return std::generic_category().message(systemError); }
 
 // The standard's iterator ends the program where memory is short.
-std::vector<std::string> GetNamesIn(const PathName& directory) {
+std::int32_t GetNamesIn(const PathName& directory, std::vector<std::string>& names) {
     const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(directory.ToString().c_str()), &::closedir);
-    std::vector<std::string> names;
-    while (const dirent* const entry = open ? ::readdir(open.get()) : nullptr)
+    if (!open)
+        return errno;
+    for (;;) {
+        errno = 0; // the end is no error
+        const dirent* const entry = ::readdir(open.get());
+        if (entry == nullptr)
+            return errno;
         if (const std::string_view name = entry->d_name; name != "." && name != "..")
             names.emplace_back(name);
-    return names;
+    }
 }
 
 } // namespace Qor::Core

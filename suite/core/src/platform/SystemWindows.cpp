@@ -66,13 +66,12 @@ std::string System::DescribeError(std::int32_t systemError) {
     return size > 0 ? Utf8FromWide(std::wstring_view(buffer.data(), size)) : "error " + std::to_string(systemError);
 }
 
-std::vector<std::string> GetNamesIn(const PathName& directory) {
-    std::vector<std::string> names;
+std::int32_t GetNamesIn(const PathName& directory, std::vector<std::string>& names) {
     std::error_code error;
     for (std::filesystem::directory_iterator entry(ToNative(directory), error), end; !error && entry != end;
          entry.increment(error))
         names.push_back(FromNative(entry->path().filename()).ToString());
-    return names;
+    return error.value();
 }
 
 } // namespace Qor::Core

@@ -1,0 +1,180 @@
+#include "Commands.h"
+#include "Conversion.h"
+#include "Files.h"
+#include "SameEntries.h"
+
+#include <QorCore/Message.h>
+#include <QorCore/PathName.h>
+#include <QorCore/System.h>
+#include <Tivor/DataFileTypeManager.h>
+
+#include <set>
+
+namespace Qor::Tivor::Tool {
+
+namespace {
+
+struct TargetType {
+    std::string name;
+    std::string extension;
+};
+
+TargetType FindTargetType(const std::string& nameOrExtension) {
+    DataFileTypeManager& manager = DataFileTypeManager::Instance();
+    for (const auto& factory : manager.GetFactories())
+        if (std::vector<std::string> extensions; factory->GetFileType() == nameOrExtension) {
+            factory->EnumExtensions(extensions);
+            return {nameOrExtension, extensions.empty() ? std::string() : extensions.front()};
+        }
+    const std::string extension = nameOrExtension.substr(nameOrExtension.starts_with('.') ? 1 : 0);
+    const std::string fileName = "any." + extension;
+    const auto factory = manager.FindFactoryByExtension(fileName);
+    if (!factory || Core::PathName(fileName).GetExtension() != extension)
+        Fail(Core::FormatText("Expected a file type or its extension behind --to, found %1%; the types: %2%",
+                              {Show(nameOrExtension), ListFileTypes()}));
+    return {factory->GetFileType(), extension};
+}
+
+std::string FindTypeByExtension(const std::string& fileName) {
+    const auto factory = DataFileTypeManager::Instance().FindFactoryByExtension(fileName);
+    if (!factory)
+        Fail(Core::FormatText("%1%: expected the extension of a file type, or --to with one, found neither; the "
+                              "types: %2%",
+                              {Show(fileName), ListFileTypes()}));
+    return factory->GetFileType();
+}
+
+void RequireTarget(const Conversion& conversion, bool overwrites) {
+    if (AreSameFile(conversion.source, conversion.target))
+        Fail(Core::FormatText("%1%: expected another file to write to, found the one that is to be converted",
+                              {Show(conversion.target)}));
+    if (IsFolder(conversion.target))
+        Fail(Core::FormatText("%1%: expected the name of a file, found a folder", {Show(conversion.target)}));
+    RequireNewFile(conversion.target, overwrites);
+}
+
+/// Saves the entries, and takes nothing for saved before it was read.
+void SaveAs(const DataFile& source, Conversion& conversion, Console& console) {
+    FileBeside beside(conversion.target);
+    {
+        const auto made = beside.Make(conversion.targetType);
+        made->Assign(source);
+        made->Flush();
+    }
+    console.hidesWarnings = true; // they were seen when the source was read
+    const auto found = DataFile::Open(beside.GetName(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING,
+                                      conversion.targetType, nullptr);
+    const std::string difference = found ? FindDifference(source, *found) : "all of it";
+    if (!difference.empty())
+        Fail(Core::FormatText("%1%: expected to read what was written, found %2% to be different; nothing is saved",
+                              {Show(conversion.target), difference}));
+    found->Close();
+    conversion.bytesAfter = GetFileSize(beside.GetName());
+    beside.TakePlace();
+}
+
+void ConvertFile(Conversion& conversion, const Arguments& arguments, Console& console) {
+    console.hidesWarnings = false;
+    RequireTarget(conversion, arguments.overwrites);
+    const auto file = OpenFile(conversion.source, DataFile::eREAD_ONLY);
+    RequireNothingUnread(*file, conversion.source, arguments.dropsUnread);
+    conversion.sourceType = file->GetFileType();
+    conversion.bytesBefore = GetFileSize(conversion.source);
+    conversion.dropped = file->GetUnreadEntries();
+    conversion.deviates = !conversion.dropped.empty();
+    DataContainer::ForEachHeader(*file, [&](const Path&, const DataObjectHeader&) { return ++conversion.numEntries; });
+    SaveAs(*file, conversion, console);
+}
+
+/// The same name below another folder, with another extension.
+std::string MoveName(const Core::PathName& below, const std::string& folder, const std::string& newExtension) {
+    const std::string extension = below.GetExtension();
+    std::string name = below.ToString();
+    if (!extension.empty())
+        name.resize(name.size() - extension.size() - 1);
+    return (Core::PathName(folder) / (name + '.' + newExtension)).ToString();
+}
+
+/// Whether a file type accepts the file.
+bool IsDataFile(Conversion& conversion) {
+    const DataFileTypeManager& manager = DataFileTypeManager::Instance();
+    try {
+        manager.FindFactoryFor(conversion.source);
+        return true;
+    } catch (const UnknownDataFileType&) {
+        conversion.fate = Conversion::ePASSED_OVER;
+        conversion.deviates = manager.FindFactoryByExtension(conversion.source) != nullptr;
+        conversion.reason =
+            conversion.deviates ? "no file type accepts it, though one has its extension" : "no file type accepts it";
+        return false;
+    }
+}
+
+void ConvertFileOfFolder(Conversion& conversion, std::set<std::string>& targets, const Arguments& arguments,
+                         Console& console) {
+    try {
+        if (!IsDataFile(conversion))
+            return;
+        if (!targets.insert(conversion.target).second)
+            Fail(Core::FormatText("%1%: expected another name for each file, found it for %2% too",
+                                  {Show(conversion.target), Show(conversion.source)}));
+        Core::System::MakeDirectories(Core::PathName(conversion.target).GetDirectory());
+        ConvertFile(conversion, arguments, console);
+    } catch (const std::exception& error) {
+        Explain(error, console.err);
+        conversion.fate = Conversion::eFAILED;
+        conversion.reason = error.what();
+    }
+}
+
+std::vector<Conversion> ConvertFolder(const Arguments& arguments, Console& console) {
+    const std::string& source = arguments.file;
+    const std::string& target = arguments.target;
+    if (arguments.type.empty())
+        Fail("Expected --to TYPE for the files of a folder, found none; the types: " + ListFileTypes());
+    const TargetType type = FindTargetType(arguments.type);
+    if (type.extension.empty())
+        Fail("Expected a file type whose files have an extension, found " + Show(type.name));
+    if (StandsIn(target, source))
+        Fail(Core::FormatText("%1%: expected a folder outside of %2%, found one in it", {Show(target), Show(source)}));
+    std::vector<Core::PathName> names;
+    Core::System::EnumFilesBelow(Core::PathName(source), names);
+    std::vector<Conversion> conversions;
+    std::set<std::string> targets;
+    for (const Core::PathName& name : names) {
+        Conversion& conversion = conversions.emplace_back();
+        conversion.source = (Core::PathName(source) / name).ToString();
+        conversion.target = MoveName(name, target, type.extension);
+        conversion.targetType = type.name;
+        console.warnsOf = conversion.source;
+        ConvertFileOfFolder(conversion, targets, arguments, console);
+    }
+    return conversions;
+}
+
+std::vector<Conversion> ConvertOne(const Arguments& arguments, Console& console) {
+    RequireFile(arguments.file);
+    Conversion conversion;
+    conversion.source = arguments.file;
+    conversion.target = arguments.target;
+    conversion.targetType =
+        arguments.type.empty() ? FindTypeByExtension(arguments.target) : FindTargetType(arguments.type).name;
+    ConvertFile(conversion, arguments, console);
+    return {conversion};
+}
+
+} // namespace
+
+EStatus Convert(const Arguments& arguments, Console& console) {
+    const bool isFolder = IsFolder(arguments.file);
+    const std::vector<Conversion> conversions =
+        isFolder ? ConvertFolder(arguments, console) : ConvertOne(arguments, console);
+    TellDropped(conversions, console.err);
+    if (arguments.asJson)
+        Print(console.out, ToJson(conversions));
+    else
+        PrintText(console.out, conversions, isFolder);
+    return StatusOf(conversions);
+}
+
+} // namespace Qor::Tivor::Tool
