@@ -75,6 +75,7 @@ private:
 
     template <class Work>
     void Deliver(Work work);
+    void EndContent();
     void StartRoot();
     std::shared_ptr<DataObject> PushDataObject(const std::string& key, const char* category);
     void PushObject(const std::shared_ptr<DataObject>& object, const std::string& key);

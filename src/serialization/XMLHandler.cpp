@@ -60,9 +60,9 @@ void XMLHandler::PushHandler(std::shared_ptr<XMLContentHandler> handler) {
     if (!handler)
         Core::Error::RaiseError(Core::NullPointerError("A handler of XML content is needed; a null one was given"),
                                 QOR_CODE_CONTEXT("XMLHandler"), "Qor.Tivor.XMLHandler");
-    m_handlers.push_back(handler);
-    m_depths.push_back(m_tags.size());
     m_levels.emplace_back();
+    m_depths.push_back(m_tags.size());
+    m_handlers.push_back(handler); // as the last: it is what counts when memory runs out here
     handler->m_handler = this;
     handler->PrepareForNewContent();
 }
@@ -71,9 +71,8 @@ void XMLHandler::PopHandler() {
     // The handler before the serializer that it may refer to, and that one before its object.
     m_handlers.back()->m_handler = nullptr;
     m_handlers.pop_back();
-    m_depths.pop_back();
-    m_levels.back().serializer.reset();
-    m_levels.pop_back();
+    m_depths.resize(m_handlers.size());
+    m_levels.resize(m_handlers.size());
 }
 
 void XMLHandler::ResetHandler() {
@@ -96,6 +95,8 @@ void XMLHandler::OnStartDoc(const std::string&, const std::string&, bool) {}
 void XMLHandler::OnEndDoc() {
     while (!m_handlers.empty())
         PopHandler();
+    m_depths.clear();
+    m_levels.clear();
     m_tags.clear();
     m_skips = false;
 }
@@ -164,13 +165,20 @@ void XMLHandler::OnEndTag(const std::string& tag, bool emptyElement) {
     if (m_skips && m_tags.size() < m_skippedDepth)
         m_skips = false;
     Deliver([&] {
-        while (!m_handlers.empty() && m_tags.size() < m_depths.back()) {
-            m_handlers.back()->OnEndContent();
-            PopHandler();
-        }
+        while (!m_handlers.empty() && m_tags.size() < m_depths.back())
+            EndContent();
         if (!m_skips && !m_handlers.empty())
             m_handlers.back()->OnEndTag(tag, emptyElement);
     });
+}
+
+// For whatever the handler may push or want to be skipped then, its element is over.
+void XMLHandler::EndContent() {
+    const std::size_t below = m_handlers.size() - 1;
+    m_handlers.back()->OnEndContent();
+    m_skips = false;
+    while (m_handlers.size() > below)
+        PopHandler();
 }
 
 void XMLHandler::StartRoot() {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Tivor/BinaryDataFile.h>
+#include <Tivor/DataContainer.h>
 
 namespace Qor::Tivor::Testing {
 

@@ -1,11 +1,13 @@
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
 #include "TestHeap.h"
+#include "TestedTypes.h"
+#include "Trickle.h"
 
+#include <QorCore/Base64.h>
 #include <QorCore/BufferedStreams.h>
 #include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
-#include <Tivor/BinaryDataFile.h>
 #include <Tivor/ScalarData.h>
 
 #include <gtest/gtest.h>
@@ -27,48 +29,58 @@ namespace {
 
 constexpr std::uint64_t mebibyte = 1 << 20;
 
-std::uint64_t GetHeapBound(std::uint64_t input) { return 64 * input + mebibyte; }
-
 /// Where the bytes come from: a stream that knows how many there are, one in front of that, and one that knows nothing
 /// and gives little at a time.
 enum class ESource { eMEMORY, eBUFFERED, eTRICKLING };
 constexpr ESource allSources[] = {ESource::eMEMORY, ESource::eBUFFERED, ESource::eTRICKLING};
 
-class TricklingStream final : public Core::BinaryInputStream {
-public:
-    explicit TricklingStream(Core::BinaryInputStream& source) : m_source(source) {}
-
-protected:
-    std::uint64_t DoRead(void* destination, std::uint64_t size) override {
-        return m_source.Read(destination, std::min<std::uint64_t>(size, 5));
-    }
-
-private:
-    Core::BinaryInputStream& m_source;
+/// A form in which containers are stored.
+struct Form {
+    const char* name;
+    std::string (*write)(const DataContainer& container);
+    void (*read)(DataContainer& container, Core::BinaryInputStream& stream);
+    const char* suspects; ///< bytes that mean something
 };
 
-void ReadFrom(ESource source, const std::string& bytes, DataContainer& container) {
+const Form binaryForm = {"Binary", [](const DataContainer& container) { return Stored(container); },
+                         [](DataContainer& container, Core::BinaryInputStream& stream) { container.InputData(stream); },
+                         "\x01\x7F\x80\xFF"};
+const Form xmlForm = {"XML", StoredXML,
+                      [](DataContainer& container, Core::BinaryInputStream& stream) { container.InputXML(stream); },
+                      "<&\" \xFF"};
+const Form allForms[] = {binaryForm, xmlForm};
+
+bool IsXML(const Form& form) { return form.read == xmlForm.read; }
+
+// A parser has buffers of its own.
+std::uint64_t GetHeapBound(const Form& form, std::uint64_t input) {
+    return 64 * input + mebibyte + (IsXML(form) ? mebibyte / 8 : 0);
+}
+
+void PrintTo(const Form& form, std::ostream* stream) { *stream << form.name; }
+
+void ReadFrom(const Form& form, ESource source, const std::string& bytes, DataContainer& container) {
     const std::vector<char> exactly(bytes.begin(), bytes.end());
     Core::MemoryInputStream memory(exactly.data(), exactly.size());
     Core::BufferedInputStream buffered(memory, 7);
-    TricklingStream trickling(memory);
-    const HeapWatch watch(GetHeapBound(bytes.size()));
+    Core::Testing::Trickle trickling(std::as_bytes(std::span(exactly)), 5);
+    const HeapWatch watch(GetHeapBound(form, bytes.size()));
     try {
-        container.InputData(source == ESource::eMEMORY     ? static_cast<Core::BinaryInputStream&>(memory)
-                            : source == ESource::eBUFFERED ? static_cast<Core::BinaryInputStream&>(buffered)
-                                                           : trickling);
+        form.read(container, source == ESource::eMEMORY     ? static_cast<Core::BinaryInputStream&>(memory)
+                             : source == ESource::eBUFFERED ? static_cast<Core::BinaryInputStream&>(buffered)
+                                                            : trickling);
     } catch (...) {
-        EXPECT_LE(watch.GetPeak(), GetHeapBound(bytes.size()));
+        EXPECT_LE(watch.GetPeak(), GetHeapBound(form, bytes.size()));
         throw;
     }
-    EXPECT_LE(watch.GetPeak(), GetHeapBound(bytes.size()));
+    EXPECT_LE(watch.GetPeak(), GetHeapBound(form, bytes.size()));
 }
 
 /// False when it was refused, by one error of the library.
-bool IsRead(ESource source, const std::string& bytes, DataContainer& container) {
+bool IsRead(const Form& form, ESource source, const std::string& bytes, DataContainer& container) {
     bool read = false;
     try {
-        ReadFrom(source, bytes, container);
+        ReadFrom(form, source, bytes, container);
         read = true;
     } catch (const Core::Error&) {
         // as it should be
@@ -91,21 +103,21 @@ Entries EntriesOf(const DataContainer& container) {
 
 /// Reads what may be damaged, into an empty container and into one with entries: an object or an error, and after an
 /// error everything is as before. What was accepted can be written, and reads the same again.
-bool Withstands(ESource source, const std::string& bytes) {
+bool Withstands(const Form& form, ESource source, const std::string& bytes) {
     DataContainer filled;
     filled.PutValue("a", 1.0);
     filled.PutValue("kept", 2);
     filled.GetSubData({"n", "deeper"}, true);
     const Entries before = EntriesOf(filled);
     DataContainer container;
-    const bool accepted = IsRead(source, bytes, container);
-    EXPECT_EQ(IsRead(source, bytes, filled), accepted);
+    const bool accepted = IsRead(form, source, bytes, container);
+    EXPECT_EQ(IsRead(form, source, bytes, filled), accepted);
     if (accepted) {
-        const std::string written = Stored(container);
+        const std::string written = form.write(container);
         DataContainer again;
-        EXPECT_TRUE(IsRead(ESource::eMEMORY, written, again));
+        EXPECT_TRUE(IsRead(form, ESource::eMEMORY, written, again));
         EXPECT_TRUE(again == container);
-        EXPECT_EQ(Stored(again), written);
+        EXPECT_EQ(form.write(again), written);
         EXPECT_TRUE(filled.Exists("kept"));
     } else {
         EXPECT_TRUE(container.IsEmpty());
@@ -135,6 +147,8 @@ struct Sample {
     void (*fill)(DataContainer& container);
     bool hasAlien = false; ///< in front stands an entry of an unknown class
 };
+
+void PrintTo(const Sample& sample, std::ostream* stream) { *stream << sample.name; }
 
 const Sample samples[] = {
     {"Empty", [](DataContainer&) {}},
@@ -196,21 +210,26 @@ const Sample samples[] = {
     {"Alien", [](DataContainer& container) { container.PutValue("known", 7u); }, true},
 };
 
-std::string BytesOf(const Sample& sample) {
+std::string BytesOf(const Form& form, const Sample& sample) {
     DataContainer container;
     sample.fill(container);
+    std::string bytes = form.write(container);
     if (!sample.hasAlien)
-        return Stored(container);
-    return Bytes("05000000 'alien' | 00 05000000 'Alien' 01000000 '2' 09000000 'alien.dll' 01 03 | 'xyz'") +
-           Stored(container);
+        return bytes;
+    if (IsXML(form))
+        return bytes.insert(bytes.find("<Data "), "<Data key=\"alien\" typeid=\"0\" typename=\"Alien\" version=\"2\" "
+                                                  "module=\"alien.dll\" size=\"3\" encoding=\"def/base64\">"
+                                                  "<![CDATA[eHl6]]></Data>");
+    return Bytes("05000000 'alien' | 00 05000000 'Alien' 01000000 '2' 09000000 'alien.dll' 01 03 | 'xyz'") + bytes;
 }
 
-std::vector<std::string> ChangesOf(const std::string& bytes, std::size_t position) {
+std::vector<std::string> ChangesOf(const Form& form, const std::string& bytes, std::size_t position) {
     std::vector<std::string> changed;
     const char former = bytes[position];
-    for (const int value : {0, 1, 0x7F, 0x80, 0xFF, former + 1, former - 1})
-        if (static_cast<char>(value) != former)
-            (changed.emplace_back(bytes))[position] = static_cast<char>(value);
+    std::string values(1, '\0');
+    for (const char value : (values + form.suspects) + static_cast<char>(former + 1) + static_cast<char>(former - 1))
+        if (value != former)
+            (changed.emplace_back(bytes))[position] = value;
     return changed;
 }
 
@@ -277,12 +296,24 @@ std::string Bomb(ETypeID code, std::uint64_t size, const std::vector<std::uint64
     return {reinterpret_cast<const char*>(stream.GetBytes().data()), stream.GetSize()};
 }
 
+std::string NestedElements(const std::string& name, std::size_t levels) {
+    std::string document;
+    for (const std::string& tag : {'<' + name + '>', "</" + name + '>'})
+        for (std::size_t level = 0; level < levels; ++level)
+            document += tag;
+    return document;
+}
+
+std::string Nested(const Form& form, std::size_t levels) {
+    return IsXML(form) ? NestedElements("DataContainer", levels) : NestedBytes(levels);
+}
+
 std::string LongName(std::string front, std::uint32_t length) {
     front.append(reinterpret_cast<const char*>(&length), sizeof length);
     return front + std::string(40, 'x');
 }
 
-std::vector<std::string> AllBombs() {
+std::vector<std::string> BinaryBombs() {
     constexpr std::uint64_t most = ~std::uint64_t{0};
     std::vector<std::string> bombs;
     for (const std::uint64_t size : {most, most - 15, std::uint64_t{1} << 63, std::uint64_t{1} << 32, 2 * mebibyte})
@@ -315,50 +346,93 @@ std::vector<std::string> AllBombs() {
     return bombs;
 }
 
+std::string EntryElement(ETypeID code, const std::string& size, const char* encoding, const std::string& content) {
+    return "<DataContainer><Data key='k' typename='Class' typeid='" + std::to_string(code) + "' size='" + size +
+           "' encoding='def/" + encoding + "'>" + content + "</Data></DataContainer>";
+}
+
+std::vector<std::string> XMLBombs() {
+    const std::string most = "18446744073709551615";
+    std::vector<std::string> bombs;
+    for (const std::string& size : {most, std::string("99999999999999999999999"), std::string("9223372036854775808"),
+                                    std::string("4294967296"), std::string("2097152")})
+        for (const ETypeID code : {eNO_TYPE, eASCII_STRING, eUNICODE_STRING, eMATRIX_DOUBLE, eDATA_CONTAINER,
+                                   eSIGNED_INTEGRAL_TYPE, eSCALAR_CONTAINER, eVECTOR_DOUBLE}) {
+            bombs.push_back(EntryElement(code, size, "base64", "AAAA"));
+            bombs.push_back(EntryElement(code, size, "base64", "<![CDATA[AAAA]]>"));
+            bombs.push_back(EntryElement(code, size, "hex64", "FFFFFFFFFFFFFFFF"));
+            bombs.push_back(EntryElement(code, size, "uint64", most));
+        }
+    for (const auto& [size1, size2] : {std::pair(~0ull, 1ull), {1ull << 32, 1ull << 32}, {3, 1ull << 40}, {1, 1 << 20}})
+        for (const std::string& size : {most, std::to_string(size1 * size2 * 8 + 16)}) {
+            const std::uint64_t numbers[] = {size1, size2, 0, 0};
+            const std::string text = Core::EncodeBase64({reinterpret_cast<const char*>(numbers), sizeof numbers});
+            bombs.push_back(EntryElement(eMATRIX_DOUBLE, size, "base64", "<![CDATA[" + text + "]]>"));
+        }
+    bombs.push_back("<DataContainer>" + NestedElements("x", 100'000) + "</DataContainer>");
+    std::string attributes;
+    for (int i = 0; i < 10'000; ++i)
+        attributes += " a" + std::to_string(i) + "=''";
+    bombs.push_back("<DataContainer" + attributes + "/>");
+    bombs.push_back("<DataContainer><" + std::string(100'000, 'x') + "/></DataContainer>");
+    bombs.push_back("<DataContainer><Data key='" + std::string(3 * mebibyte / 2, 'x') + "'/></DataContainer>");
+    return bombs;
+}
+
 /// Cuts and changes the bytes at every `step`-th position; returns how many changed ones were accepted.
-int AcceptedAfterDamage(const std::string& bytes, std::size_t step) {
+int AcceptedAfterDamage(const Form& form, const std::string& bytes, std::size_t step) {
     int accepted = 0;
+    const std::size_t end = IsXML(form) ? bytes.rfind('>') + 1 : bytes.size();
     for (const ESource source : allSources)
-        EXPECT_TRUE(Withstands(source, bytes));
+        EXPECT_TRUE(Withstands(form, source, bytes));
     for (std::size_t position = 0; position < bytes.size() && !testing::Test::HasFailure(); position += step) {
         SCOPED_TRACE(position);
         const ESource source = allSources[position % std::size(allSources)];
-        EXPECT_FALSE(Withstands(source, bytes.substr(0, position))) << "cut";
-        for (const std::string& changed : ChangesOf(bytes, position))
-            accepted += Withstands(source, changed) ? 1 : 0;
+        EXPECT_EQ(Withstands(form, source, bytes.substr(0, position)), position >= end) << "cut";
+        for (const std::string& changed : ChangesOf(form, bytes, position))
+            accepted += Withstands(form, source, changed) ? 1 : 0;
     }
     return accepted;
 }
 
 } // namespace
 
-class DamagedFile : public testing::TestWithParam<Sample> {};
+class DamagedFile : public testing::TestWithParam<std::tuple<Form, Sample>> {};
 
 TEST_P(DamagedFile, IsAnObjectOrOneErrorWhicheverByteIsWrong) {
-    const std::string bytes = BytesOf(GetParam());
-    EXPECT_TRUE(AcceptedAfterDamage(bytes, 1) > 0 || GetParam().name == std::string("Empty"));
+    const auto& [form, sample] = GetParam();
+    const std::string bytes = BytesOf(form, sample);
+    EXPECT_TRUE(AcceptedAfterDamage(form, bytes, 1) > 0 || sample.name == std::string("Empty"));
 }
 
-INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::ValuesIn(samples),
-                         [](const auto& sample) { return std::string(sample.param.name); });
+INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::Combine(testing::ValuesIn(allForms), testing::ValuesIn(samples)),
+                         [](const auto& row) {
+                             return std::string(std::get<0>(row.param).name) + std::get<1>(row.param).name;
+                         });
 
 // The golden files together hold every class.
 TEST(DamagedFiles, SoIsEveryClass) {
     for (const auto& file : std::filesystem::directory_iterator(TIVOR_TEST_DATA "/golden"))
-        if (const Core::PathName path(file.path().string()); path.GetExtension() == "qordata") {
-            SCOPED_TRACE(path.GetFileName());
-            const std::string bytes = Core::Testing::ReadFileText(path).substr(12);
-            EXPECT_GT(AcceptedAfterDamage(bytes, 1 + bytes.size() / 400), 0);
-        }
+        if (const Core::PathName path(file.path().string()); path.GetExtension() == "qordata")
+            for (const Form& form : allForms) {
+                SCOPED_TRACE(path.GetFileName() + ' ' + form.name);
+                DataContainer container;
+                ReadInto(container, Core::Testing::ReadFileText(path).substr(12));
+                const std::string bytes = form.write(container);
+                EXPECT_GT(AcceptedAfterDamage(form, bytes, 1 + bytes.size() / (IsXML(form) ? 30 : 400)), 0);
+            }
 }
 
 TEST(DamagedFiles, NoClaimIsPaidForInAdvance) {
-    const std::vector<std::string> bombs = AllBombs();
-    for (std::size_t number = 0; number < bombs.size(); ++number)
-        for (const ESource source : allSources) {
-            SCOPED_TRACE(testing::Message() << "bomb " << number << ", source " << static_cast<int>(source));
-            EXPECT_FALSE(Withstands(source, bombs[number]));
-        }
+    for (const Form& form : allForms) {
+        const std::vector<std::string> bombs = IsXML(form) ? XMLBombs() : BinaryBombs();
+        for (std::size_t number = 0; number < bombs.size(); ++number)
+            for (const ESource source : allSources) {
+                SCOPED_TRACE(testing::Message()
+                             << form.name << " bomb " << number << ", source " << static_cast<int>(source));
+                EXPECT_FALSE(Withstands(form, source, bombs[number]));
+            }
+    }
 }
 
 // Honest files of the smallest entries keep to the bound as well, and so does one key again and again.
@@ -382,7 +456,7 @@ TEST(DamagedFiles, CrowdsKeepToTheBound) {
             }
             bytes += Stored(DataContainer());
             DataContainer container;
-            EXPECT_TRUE(IsRead(ESource::eMEMORY, bytes, container));
+            EXPECT_TRUE(IsRead(binaryForm, ESource::eMEMORY, bytes, container));
             EXPECT_EQ(container.NumDataObjects(), oneKey ? 1u : count);
             EXPECT_TRUE(*container.Clone() == container);
         }
@@ -391,12 +465,12 @@ TEST(DamagedFiles, CrowdsKeepToTheBound) {
 
 TEST(DamagedFiles, DeepestFilesFitASmallStack) {
     RunOnSmallStack([] {
-        const std::string bytes = NestedBytes(mostLevels);
-        for (const ESource source : allSources)
-            EXPECT_TRUE(Withstands(source, bytes));
+        for (const Form& form : allForms)
+            for (const ESource source : allSources)
+                EXPECT_TRUE(Withstands(form, source, Nested(form, mostLevels)));
         const auto container = DataContainer::Create();
-        EXPECT_TRUE(IsRead(ESource::eMEMORY, bytes, *container));
-        EXPECT_EQ(Stored(*container), bytes);
+        EXPECT_TRUE(IsRead(xmlForm, ESource::eMEMORY, Nested(xmlForm, mostLevels), *container));
+        EXPECT_EQ(Stored(*container), NestedBytes(mostLevels));
         auto clone = container->Clone();
         EXPECT_TRUE(*clone == *container);
         clone->GetSubData(std::vector<std::string>(mostLevels - 1, ""), false)->PutValue("leaf", 1);
@@ -406,19 +480,22 @@ TEST(DamagedFiles, DeepestFilesFitASmallStack) {
         clone->AcquireLocks(locks);
         EXPECT_GE(locks.size(), mostLevels);
         const Core::Testing::TemporaryDirectory directory;
-        const std::string path = (directory / "deep").ToString();
-        BinaryDataFile file(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, clone);
-        file.Flush();
-        file.Close();
-        EXPECT_TRUE(BinaryDataFile(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr) == *clone);
+        for (const TestedType& type : testedTypes) {
+            const std::string path = (directory / type.extension).ToString();
+            const auto file = type.open(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, clone);
+            file->Flush();
+            file->Close();
+            EXPECT_TRUE(*type.open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr) == *clone);
+        }
     });
 }
 
 TEST(DamagedFiles, TooDeepIsRefusedHoweverItComesAbout) {
     RunOnSmallStack([] {
         for (const std::size_t levels : {mostLevels + 1, std::size_t{100'000}}) {
-            for (const ESource source : allSources)
-                EXPECT_FALSE(Withstands(source, NestedBytes(levels)));
+            for (const Form& form : allForms)
+                for (const ESource source : allSources)
+                    EXPECT_FALSE(Withstands(form, source, Nested(form, levels)));
             const auto container = DataContainer::Create();
             EXPECT_THROW(container->GetSubData(std::vector<std::string>(levels - 1, "k"), true), Core::LogicError);
         }

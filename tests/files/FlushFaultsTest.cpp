@@ -4,10 +4,10 @@
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
 #include "TestHeap.h"
+#include "TestedTypes.h"
 
 #include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
-#include <Tivor/BinaryDataFile.h>
 
 #include <gtest/gtest.h>
 
@@ -23,10 +23,6 @@ namespace Qor::Tivor::Testing {
 namespace {
 
 using namespace Core::Testing;
-
-const std::string fileHeader("QOR DATA\x01\0\0A", 12);
-
-std::string FileWith(const DataContainer& container) { return fileHeader + Stored(container); }
 
 std::shared_ptr<DataContainer> Content(int number, std::size_t size) {
     auto container = DataContainer::Create();
@@ -61,8 +57,8 @@ bool IsFlushed(DataFile& file) {
 /// One file with changes to be saved, and what must hold after a save that may have failed.
 class Saving {
 public:
-    explicit Saving(std::size_t size) : m_size(size) {
-        Core::Testing::WriteFileText(m_path, FileWith(*Content(1, m_size)));
+    Saving(const TestedType& type, std::size_t size) : m_type(type), m_size(size) {
+        Core::Testing::WriteFileText(m_path, m_type.fileOf(*Content(1, m_size)));
         Reopen();
     }
 
@@ -74,11 +70,12 @@ public:
 
     void Change() {
         static_cast<DataContainer&>(m_file).Assign(*Content(++m_number, m_size + 1000));
-        m_new = FileWith(m_file);
+        m_new = m_type.fileOf(m_file);
         EXPECT_TRUE(m_file.IsModified());
     }
 
-    BinaryDataFile& GetFile() { return m_file; }
+    const TestedType& GetType() const { return m_type; }
+    StreamedDataFile& GetFile() { return m_file; }
     const Core::PathName& GetPath() const { return m_path; }
     const TemporaryDirectory& GetDirectory() const { return m_directory; }
 
@@ -98,38 +95,40 @@ public:
         Change();
         EXPECT_TRUE(IsFlushed(m_file));
         EXPECT_EQ(ReadFileText(m_path), m_new);
-        BinaryDataFile fresh;
-        EXPECT_TRUE(fresh.OpenMemory(std::as_bytes(std::span(m_new)), DataFile::eREAD_ONLY, nullptr));
-        EXPECT_TRUE(fresh == m_file);
-        EXPECT_EQ(fresh.NumDataObjects(), 3u);
+        const auto fresh = m_type.make();
+        EXPECT_TRUE(fresh->OpenMemory(std::as_bytes(std::span(m_new)), DataFile::eREAD_ONLY, nullptr));
+        EXPECT_TRUE(*fresh == m_file);
+        EXPECT_EQ(fresh->NumDataObjects(), 3u);
         m_old = m_new;
     }
 
 private:
+    const TestedType& m_type;
     TemporaryDirectory m_directory;
     Core::PathName m_path = m_directory / "data.bin";
     std::size_t m_size;
     int m_number = 1;
     std::shared_ptr<DataContainer> m_bound = DataContainer::Create();
-    BinaryDataFile m_file;
+    std::shared_ptr<StreamedDataFile> m_owner = m_type.make();
+    StreamedDataFile& m_file = *m_owner;
     std::string m_old;
     std::string m_new;
 };
 
 } // namespace
 
-using Sweep = std::tuple<EFault, bool, bool, std::size_t>;
+using Sweep = std::tuple<TestedType, EFault, bool, bool, std::size_t>;
 
 class FlushSweep : public testing::TestWithParam<Sweep> {};
 
 TEST_P(FlushSweep, LeavesOldOrNewWhicheverCallFails) {
-    const auto& [fault, forEver, replacesOpenFiles, size] = GetParam();
+    const auto& [type, fault, forEver, replacesOpenFiles, size] = GetParam();
     int n = 0;
     for (bool met = true; met && !HasFailure();) {
         SCOPED_TRACE(++n);
         FaultyFileSystem faults;
         faults.SetReplacesOpenFiles(replacesOpenFiles && faults.ReplacesOpenFiles());
-        Saving saving(size);
+        Saving saving(type, size);
         faults.FailCall(n, fault, forEver);
         const bool flushed = IsFlushed(saving.GetFile());
         faults.Heal();
@@ -145,11 +144,17 @@ TEST_P(FlushSweep, LeavesOldOrNewWhicheverCallFails) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, FlushSweep,
-                         testing::Combine(testing::Values(EFault::eIO, EFault::eNO_SPACE, EFault::eSHORT_WRITE,
+                         testing::Combine(testing::ValuesIn(testedTypes),
+                                          testing::Values(EFault::eIO, EFault::eNO_SPACE, EFault::eSHORT_WRITE,
                                                           EFault::eINTERRUPTED),
                                           testing::Bool(), testing::Bool(), testing::Values<std::size_t>(10, 200'000)));
 
-TEST(FlushFaults, ASerializerThatThrowsLeavesTheOldFile) {
+class FlushFaults : public testing::TestWithParam<TestedType> {};
+
+INSTANTIATE_TEST_SUITE_P(, FlushFaults, testing::ValuesIn(testedTypes),
+                         [](const auto& type) { return std::string(type.param.name); });
+
+TEST_P(FlushFaults, ASerializerThatThrowsLeavesTheOldFile) {
     const std::function<void()> faults[] = {
         [] { throw Core::LogicError("no"); },
         [] { throw std::runtime_error("no"); },
@@ -160,7 +165,7 @@ TEST(FlushFaults, ASerializerThatThrowsLeavesTheOldFile) {
         for (const bool whenWriting : {true, false})
             for (std::size_t position = 0; position < 6; ++position) {
                 SCOPED_TRACE(position);
-                Saving saving(100'000);
+                Saving saving(GetParam(), 100'000);
                 const auto foreign = std::make_shared<ForeignObject>();
                 foreign->written = "half";
                 foreign->announced = 8;
@@ -182,7 +187,7 @@ TEST(FlushFaults, ASerializerThatThrowsLeavesTheOldFile) {
             }
 }
 
-TEST(FlushFaults, AHandlerThatRefusesAWarningLeavesTheOldFile) {
+TEST_P(FlushFaults, AHandlerThatRefusesAWarningLeavesTheOldFile) {
     const std::pair<const char*, std::function<void(Saving&)>> provocations[] = {
         {"SkippingData",
          [](Saving& saving) {
@@ -198,7 +203,7 @@ TEST(FlushFaults, AHandlerThatRefusesAWarningLeavesTheOldFile) {
              foreign->written = std::string(foreign->announced = 4, 'w');
              alien.Put("alien", foreign);
              saving.GetFile().Close();
-             Core::Testing::WriteFileText(saving.GetPath(), FileWith(alien));
+             Core::Testing::WriteFileText(saving.GetPath(), saving.GetType().fileOf(alien));
              saving.Reopen();
              EXPECT_EQ(saving.GetFile().NumUnreadEntries(), 1u);
          }},
@@ -209,7 +214,7 @@ TEST(FlushFaults, AHandlerThatRefusesAWarningLeavesTheOldFile) {
     };
     for (const auto& [name, provoke] : provocations) {
         SCOPED_TRACE(name);
-        Saving saving(100'000);
+        Saving saving(GetParam(), 100'000);
         provoke(saving);
         {
             const Warnings warnings(true);
@@ -221,11 +226,11 @@ TEST(FlushFaults, AHandlerThatRefusesAWarningLeavesTheOldFile) {
     }
 }
 
-TEST(FlushFaults, OpenThatFailsLeavesAClosedFileAndTheContainer) {
+TEST_P(FlushFaults, OpenThatFailsLeavesAClosedFileAndTheContainer) {
     const TemporaryDirectory directory;
     const Core::PathName path = directory / "data.bin";
     const auto content = Content(1, 200'000);
-    Core::Testing::WriteFileText(path, FileWith(*content));
+    Core::Testing::WriteFileText(path, GetParam().fileOf(*content));
     for (const auto& [fault, forEver] : {std::pair(EFault::eIO, false),
                                          {EFault::eIO, true},
                                          {EFault::eDENIED, true},
@@ -235,7 +240,8 @@ TEST(FlushFaults, OpenThatFailsLeavesAClosedFileAndTheContainer) {
         for (bool met = true; met && !HasFailure();) {
             SCOPED_TRACE(++n);
             FaultyFileSystem faults;
-            BinaryDataFile file;
+            const auto owner = GetParam().make();
+            StreamedDataFile& file = *owner;
             const auto container = DataContainer::Create();
             container->PutValue("kept", 1);
             const auto kept = container->Get("kept");
@@ -263,13 +269,17 @@ namespace {
 
 /// What operations that run out of memory work on.
 struct Scene {
-    Scene() : file((directory / "data").ToString(), DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, container) {
+    explicit Scene(const TestedType& testedType)
+        : type(testedType),
+          owner(type.open((directory / "data").ToString(), DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, container)),
+          file(*owner) {
         file.Flush();
         above.Put("container", container);
         other->GetSubData({"n", "m"}, true)->PutValue("w", std::wstring(40, L'w'));
         other->PutValue("number", 5);
         other->PutValue("matrix", RowMajorMatrix<double>(2, 0));
         bytes = Stored(*other);
+        document = StoredXML(*other);
         container->PutValue("changed", 1);
     }
 
@@ -281,7 +291,7 @@ struct Scene {
         for (const std::string& key : keys)
             EXPECT_TRUE(container->Exists(key));
         EXPECT_EQ(container->NumDataObjects(), keys.size());
-        return seen + (ReadFileText(directory / "data") == FileWith(file) ? " saved" : " not saved");
+        return seen + (ReadFileText(directory / "data") == type.fileOf(file) ? " saved" : " not saved");
     }
 
     /// Whether the objects that stand there still tell their containers, each of them once.
@@ -294,22 +304,27 @@ struct Scene {
                 EXPECT_TRUE(file.IsModified()) << entry.key;
                 file.Flush();
             }
-        EXPECT_EQ(ReadFileText(directory / "data"), FileWith(file));
+        EXPECT_EQ(ReadFileText(directory / "data"), type.fileOf(file));
     }
 
+    const TestedType& type;
+    FaultyFileSystem files; ///< without faults; it does not wait for the disk
     TemporaryDirectory directory;
     std::shared_ptr<DataContainer> container = Content(1, 100);
     std::shared_ptr<DataContainer> empty = container->GetSubData({"empty"}, true);
-    BinaryDataFile file;
+    std::shared_ptr<StreamedDataFile> owner;
+    StreamedDataFile& file;
     DataContainer above;
     std::shared_ptr<DataContainer> other = DataContainer::Create();
     std::string bytes;
+    std::string document;
 };
 
 struct Operation {
     const char* name;
     void (*run)(Scene& scene);
     bool undoes = false; ///< what was done before the failure is undone, which may take memory
+    const TestedType& type = binaryType;
 };
 
 const Operation operations[] = {
@@ -342,12 +357,24 @@ const Operation operations[] = {
          Core::MemoryOutputStream stream;
          scene.container->OutputData(stream, true);
      }},
+    {"InputXML",
+     [](Scene& scene) {
+         Core::MemoryInputStream stream(scene.document.data(), scene.document.size());
+         scene.container->InputXML(stream);
+     },
+     true},
+    {"OutputXML",
+     [](Scene& scene) {
+         Core::MemoryOutputStream stream;
+         scene.container->OutputXML(stream);
+     }},
     {"Clone", [](Scene& scene) { EXPECT_TRUE(scene.container->Clone()); }},
     {"SetData",
      [](Scene& scene) {
          std::dynamic_pointer_cast<DataContainerWrapper>(scene.container->Get("nested"))->SetData(scene.other);
      }},
     {"Flush", [](Scene& scene) { scene.file.Flush(); }},
+    {"FlushXML", [](Scene& scene) { scene.file.Flush(); }, false, xmlType},
 };
 
 } // namespace
@@ -358,7 +385,7 @@ TEST_P(OutOfMemory, LeavesEverythingAsBeforeOrComplete) {
     std::string before;
     std::string after;
     {
-        Scene scene;
+        Scene scene(GetParam().type);
         before = scene.See();
         GetParam().run(scene);
         after = scene.See();
@@ -367,7 +394,7 @@ TEST_P(OutOfMemory, LeavesEverythingAsBeforeOrComplete) {
         int n = 0;
         for (bool failed = true; failed && !HasFailure() && n < 2000;) {
             SCOPED_TRACE(testing::Message() << "allocation " << ++n << (forEver ? " and all that follow" : ""));
-            Scene scene;
+            Scene scene(GetParam().type);
             bool finished = false;
             try {
                 const FailingHeap heap(n, forEver);

@@ -5,6 +5,8 @@
 
 #include "AlternatingContent.h"
 
+#include <Tivor/DataFile.h>
+
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -16,10 +18,12 @@ int main(int count, char** arguments) {
         return EXIT_FAILURE;
     try {
         const auto size = static_cast<std::size_t>(std::strtoull(arguments[2], nullptr, 10));
-        BinaryDataFile file(arguments[1], DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, nullptr);
+        const auto file = DataFile::Open(arguments[1], DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, "", nullptr);
+        if (!file)
+            return EXIT_FAILURE;
         for (bool longer = false;; longer = !longer) {
-            Testing::FillWithAlternative(file, size, longer);
-            file.Flush();
+            Testing::FillWithAlternative(*file, size, longer);
+            file->Flush();
             std::cout << "saved" << std::endl;
         }
     } catch (const std::exception& error) {

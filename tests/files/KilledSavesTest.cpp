@@ -1,6 +1,7 @@
 #include "AlternatingContent.h"
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
+#include "TestedTypes.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +21,7 @@
 
 namespace Qor::Tivor::Testing {
 
-class KilledSaves : public testing::TestWithParam<std::size_t> {};
+class KilledSaves : public testing::TestWithParam<std::tuple<TestedType, std::size_t>> {};
 
 #ifdef TIVOR_TEST_CAN_KILL
 
@@ -77,28 +78,29 @@ private:
 /// TIVOR_TEST_KILLS=100000 in the environment makes a night of it.
 int NumberOfKills() {
     const char* const number = std::getenv("TIVOR_TEST_KILLS");
-    return number != nullptr ? std::atoi(number) : 300;
+    return number != nullptr ? std::atoi(number) : 200;
 }
 
-std::string FileWithAlternative(std::size_t size, bool longer) {
+std::string FileWithAlternative(const TestedType& type, std::size_t size, bool longer) {
     DataContainer container;
     FillWithAlternative(container, size, longer);
-    return std::string("QOR DATA\x01\0\0A", 12) + Stored(container);
+    return type.fileOf(container);
 }
 
 } // namespace
 
 TEST_P(KilledSaves, LeaveOneOfTheTwoContents) {
+    const auto& [type, size] = GetParam();
     const TemporaryDirectory directory;
     const Core::PathName path = directory / "data.bin";
-    const std::string contents[] = {FileWithAlternative(GetParam(), false), FileWithAlternative(GetParam(), true)};
+    const std::string contents[] = {FileWithAlternative(type, size, false), FileWithAlternative(type, size, true)};
     WriteFileText(path, contents[0]);
     std::mt19937 random(7);
     std::uniform_int_distribution<int> delay_us(2'000, 10'000);
     int found[2] = {0, 0};
     int interrupted = 0;
     for (int kills = 0; kills < NumberOfKills() && !HasFailure(); ++kills) {
-        Saver saver(path.ToString(), GetParam());
+        Saver saver(path.ToString(), size);
         ASSERT_TRUE(saver.HasSaved());
         std::this_thread::sleep_for(std::chrono::microseconds(delay_us(random)));
         EXPECT_TRUE(saver.Kill());
@@ -113,9 +115,9 @@ TEST_P(KilledSaves, LeaveOneOfTheTwoContents) {
     }
     EXPECT_TRUE(found[0] != 0 && found[1] != 0) << "only one content was ever found";
     EXPECT_NE(interrupted, 0) << "no save was ever interrupted";
-    BinaryDataFile file(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, nullptr);
-    file.PutValue("more", 1);
-    file.Flush();
+    const auto file = type.open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, nullptr);
+    file->PutValue("more", 1);
+    file->Flush();
     EXPECT_EQ(directory.GetNames(), std::vector<std::string>{"data.bin"});
 }
 
@@ -125,6 +127,8 @@ TEST_P(KilledSaves, LeaveOneOfTheTwoContents) { GTEST_SKIP() << "Processes canno
 
 #endif
 
-INSTANTIATE_TEST_SUITE_P(, KilledSaves, testing::Values<std::size_t>(1'000, 20'000, 200'000));
+INSTANTIATE_TEST_SUITE_P(, KilledSaves,
+                         testing::Combine(testing::ValuesIn(testedTypes),
+                                          testing::Values<std::size_t>(1'000, 200'000)));
 
 } // namespace Qor::Tivor::Testing

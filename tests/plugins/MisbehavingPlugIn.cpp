@@ -1,7 +1,9 @@
 #include <QorCore/MemoryStreams.h>
+#include <QorCore/XMLWriter.h>
 #include <Tivor/DataContainer.h>
 #include <Tivor/DataObjectFactory.h>
 #include <Tivor/PlugIn.h>
+#include <Tivor/XMLContentHandler.h>
 
 #include <stdexcept>
 
@@ -59,6 +61,24 @@ private:
     std::string m_className;
 };
 
+/// Those that misbehave in XML have an XML form of their own, which is their text.
+bool HasOwnXML(const std::string& className) {
+    return className.ends_with(" at xml") || className.ends_with(" at handler") || className.ends_with(" at content");
+}
+
+class MisbehavingHandler final : public XMLContentHandler {
+public:
+    explicit MisbehavingHandler(Misbehaving& object) : m_object(object) {}
+
+    void OnTextContent(const std::string& text) override {
+        Misbehave(m_object.GetTypeName(), "content");
+        m_object.SetText(text);
+    }
+
+private:
+    Misbehaving& m_object;
+};
+
 class MisbehavingSerializer final : public Serializer {
 public:
     explicit MisbehavingSerializer(Misbehaving& object) : m_object(object), m_className(object.GetTypeName()) {}
@@ -87,6 +107,22 @@ public:
             m_object.SetText(m_object.text + "more");
         stream.Write(m_object.text.data(), m_object.text.size());
         return m_object.text.size();
+    }
+    std::string GetXMLEncoding() override { return HasOwnXML(m_className) ? "" : Serializer::GetXMLEncoding(); }
+    std::shared_ptr<XMLContentHandler>
+    GetXMLContentHandler(const std::unordered_map<std::string, std::string>& attributes) override {
+        Misbehave(m_className, "handler");
+        if (m_className == "nothing at handler")
+            return nullptr;
+        return HasOwnXML(m_className) ? std::make_shared<MisbehavingHandler>(m_object)
+                                      : Serializer::GetXMLContentHandler(attributes);
+    }
+    void DataToXML(std::ostream& stream, Core::XMLWriter& writer) override {
+        Misbehave(m_className, "xml");
+        if (HasOwnXML(m_className))
+            writer.Text(stream, m_object.text);
+        else
+            Serializer::DataToXML(stream, writer);
     }
 
 private:

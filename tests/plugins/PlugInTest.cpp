@@ -1,5 +1,6 @@
 #include "Alerts.h"
 #include "PlugInValues.h"
+#include "Samples.h"
 #include "StoredBytes.h"
 
 #include <QorCore/Context.h>
@@ -127,6 +128,9 @@ struct Misbehaviour {
     std::string write = "";
     std::string clone = "";
     std::string size = "";
+    // Where XML makes a difference.
+    std::optional<std::string> readXML = std::nullopt;
+    std::optional<std::string> writeXML = std::nullopt;
 };
 
 std::vector<Misbehaviour> AllMisbehaviours() {
@@ -140,6 +144,8 @@ std::vector<Misbehaviour> AllMisbehaviours() {
         {"little at read", "+SkippingData"},
         {"replacement at read"},
         {"replacement at write", "", "io"},
+        {"nothing at xml"},
+        {"nothing at handler", "", "", "", "", "error"},
     };
     for (const std::string what : {"error", "exception", "int", "reentry"}) {
         const std::string raised = what == "reentry" ? "" : what;
@@ -150,24 +156,53 @@ std::vector<Misbehaviour> AllMisbehaviours() {
         all.push_back({what + " at write", "", wrapped});
         all.push_back({what + " at clone", "", "", raised});
         all.push_back({what + " at size", "", wrapped, "", raised});
+        all.push_back({what + " at handler", "", "", "", "", raised});
+        all.push_back({what + " at content", "", "", "", "", raised});
+        all.push_back({what + " at xml", "", "", "", "", "", wrapped});
     }
     return all;
+}
+
+std::string Element(const std::string& className, const std::string& content) {
+    const bool isOwn = content.find_first_not_of("0123456789") != content.npos;
+    return "<Data key=\"odd\" typeid=\"0\" typename=\"" + className +
+           "\" module=\"MisbehavingPlugIn.dll\" version=\"1\" size=\"4\"" + (isOwn ? ">" : " encoding=\"def/hex64\">") +
+           content + "</Data>";
+}
+
+std::string Document(const std::string& element) {
+    return "<DataContainer><Data key='a' typeid='1' encoding='def/hex64'>1</Data>" + element +
+           "<Data key='b' typeid='6' encoding='def/hex64'>5</Data></DataContainer>";
+}
+
+void CheckReading(const Misbehaviour& row, const std::string& expected,
+                  const std::function<void(DataContainer& container)>& read) {
+    for (const std::string before : {"", "was "}) {
+        DataContainer container(true);
+        if (!before.empty())
+            container.PutValue("was", 1);
+        EXPECT_EQ(OutcomeOf([&] { read(container); }), expected);
+        const bool isRaised = !expected.empty() && expected[0] != '+';
+        const bool isSkipped = expected == "+DataObjectCreationFailed";
+        EXPECT_EQ(Keys(container), before + (isRaised ? "" : isSkipped ? "a b " : "a odd b "));
+        const auto odd = container.Remove("odd");
+        if (row.className == "plain" || row.className.ends_with(" at xml")) {
+            EXPECT_EQ(DataOf(*odd), "text");
+        }
+        ExpectUsable(container);
+    }
 }
 
 void CheckReading(const Misbehaviour& row) {
     const std::string bytes = Bytes("01000000 'a' 01 01") + Entry("odd", row.className, "1", misbehaving, "text") +
                               Bytes("01000000 'b' 06 05000000") + end;
-    for (const std::string before : {"", "was "}) {
-        DataContainer container(true);
-        if (!before.empty())
-            container.PutValue("was", 1);
-        EXPECT_EQ(OutcomeOf([&] { EXPECT_EQ(ReadInto(container, bytes), bytes.size()); }), row.read);
-        const bool isRaised = !row.read.empty() && row.read[0] != '+';
-        const bool isSkipped = row.read == "+DataObjectCreationFailed";
-        EXPECT_EQ(Keys(container), before + (isRaised ? "" : isSkipped ? "a b " : "a odd b "));
-        container.Remove("odd");
-        ExpectUsable(container);
-    }
+    CheckReading(row, row.read, [&](DataContainer& container) { EXPECT_EQ(ReadInto(container, bytes), bytes.size()); });
+    const bool isOwn = row.className.ends_with(" at xml") || row.readXML;
+    const std::string document = Document(Element(row.className, isOwn ? "text" : "74786574"));
+    CheckReading(row, row.readXML.value_or(row.read), [&](DataContainer& container) {
+        Core::MemoryInputStream stream(document.data(), document.size());
+        container.InputXML(stream);
+    });
 }
 
 void CheckTheOthers(const Misbehaviour& row) {
@@ -183,6 +218,7 @@ void CheckTheOthers(const Misbehaviour& row) {
     const std::pair<std::string, std::function<void()>> operations[] = {
         {isLeftOut ? "error" : row.write, [&] { SerializationManager::OutputDataBlock(stream, "odd", *object); }},
         {row.write, [&] { container->OutputData(stream, true); }},
+        {row.writeXML.value_or(row.write), [&] { container->OutputXML(stream); }},
         {row.clone, [&] { EXPECT_EQ(container->Clone()->NumDataObjects(), 3u); }},
         {row.size, [&] { EXPECT_GT(container->GetDataSize_bytes(), isLeftOut ? 10u : 40u); }},
     };
@@ -204,6 +240,39 @@ TEST(PlugIn, MisbehaviourCostsItsOperation) {
         CheckReading(row);
         if (row.read != "+DataObjectCreationFailed")
             CheckTheOthers(row);
+    }
+}
+
+// The content of an element is kept where nobody knows the class, in both forms of a container.
+TEST(PlugIn, AnXMLFormOfItsOwnOutlivesAPlaceWithoutIt) {
+    const std::string element = Element("nothing at xml", "some <b k=\"1\">more</b> text");
+    const auto isKept = [&](DataContainer& container) {
+        EXPECT_TRUE(IsUnbound(container.Get("odd")));
+        EXPECT_NE(StoredXML(container).find(element), std::string::npos) << StoredXML(container);
+    };
+    std::string text = Document(Element("nothing at xml", "text"));
+    std::string bytes;
+    {
+        Core::ReadLimits limits;
+        limits.moduleNames = Core::EModuleNames::none;
+        const Core::Context::ScopedLimits refusing(limits);
+        const Warnings warnings;
+        isKept(*DataContainer::FromXMLString(Document(element)));
+        const auto kept = DataContainer::FromXMLString(text);
+        bytes = Stored(*kept);
+        DataContainer again;
+        ReadInto(again, bytes);
+        EXPECT_TRUE(again == *kept);
+        text = StoredXML(again);
+        EXPECT_EQ(warnings.GetNames(), Names(3, "KeepingUnread"));
+    }
+    DataContainer fromBytes;
+    ReadInto(fromBytes, bytes);
+    const auto fromText = DataContainer::FromXMLString(text);
+    for (DataContainer* const container : {&fromBytes, fromText.get()}) {
+        EXPECT_FALSE(IsUnbound(container->Get("odd")));
+        EXPECT_EQ(DataOf(*container->Get("odd")), "text");
+        EXPECT_NE(StoredXML(*container).find(Element("nothing at xml", "text")), std::string::npos);
     }
 }
 

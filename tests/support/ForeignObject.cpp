@@ -2,6 +2,7 @@
 
 #include <QorCore/Stream.h>
 #include <Tivor/Serializer.h>
+#include <Tivor/XMLContentHandler.h>
 
 namespace Qor::Tivor::Testing {
 
@@ -26,6 +27,14 @@ public:
         if (m_object.onWrite)
             m_object.onWrite();
         return m_object.returned;
+    }
+    std::string GetXMLEncoding() override { return m_object.onWriteXML ? "" : Serializer::GetXMLEncoding(); }
+    std::shared_ptr<XMLContentHandler>
+    GetXMLContentHandler(const std::unordered_map<std::string, std::string>& attributes) override {
+        return m_object.onReadXML ? m_object.onReadXML() : Serializer::GetXMLContentHandler(attributes);
+    }
+    void DataToXML(std::ostream& stream, Core::XMLWriter& writer) override {
+        m_object.onWriteXML ? m_object.onWriteXML(stream, writer) : Serializer::DataToXML(stream, writer);
     }
 
 private:

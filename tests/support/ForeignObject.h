@@ -3,6 +3,8 @@
 #include <Tivor/DataObject.h>
 
 #include <functional>
+#include <iosfwd>
+#include <memory>
 #include <string>
 
 namespace Qor::Tivor::Testing {
@@ -25,6 +27,9 @@ public:
     std::function<void()> onSize;
     std::function<void()> onWrite;
     std::function<void(std::vector<std::shared_ptr<Core::Lock>>&)> onAcquireLocks;
+    // An XML form of its own; without them it has the default one.
+    std::function<void(std::ostream&, Core::XMLWriter&)> onWriteXML;
+    std::function<std::shared_ptr<XMLContentHandler>()> onReadXML;
 };
 
 } // namespace Qor::Tivor::Testing

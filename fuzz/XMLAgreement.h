@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QorCore/Context.h>
+#include <QorCore/MemoryStreams.h>
+#include <Tivor/DataContainer.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <span>
+
+// What the fuzzers of XML have in common.
+
+inline void Require(bool condition, const char* text) {
+    if (condition)
+        return;
+    std::cerr << text << '\n';
+    std::abort();
+}
+
+/// Lets no library be loaded from another directory.
+class BareModules {
+public:
+    BareModules() : m_limits(Bare()) {}
+
+private:
+    static Qor::Core::ReadLimits Bare() {
+        Qor::Core::ReadLimits limits;
+        limits.moduleNames = Qor::Core::EModuleNames::bare;
+        return limits;
+    }
+
+    Qor::Core::Context::ScopedLimits m_limits;
+};
+
+/// Writes the container in both forms, reads both, and writes what was read in both forms again.
+inline void RequireAgreement(const Qor::Tivor::DataContainer& container) {
+    using Qor::Core::MemoryInputStream;
+    using Qor::Core::MemoryOutputStream;
+    MemoryOutputStream text;
+    container.OutputXML(text);
+    MemoryOutputStream bytes;
+    const std::uint64_t size = container.OutputData(bytes, true);
+    Require(size == bytes.GetSize() && size == container.GetDataSize_bytes(), "sizes disagree");
+
+    Qor::Tivor::DataContainer fromText;
+    MemoryInputStream textStream(text.GetBytes());
+    fromText.InputXML(textStream);
+    Qor::Tivor::DataContainer fromBytes;
+    MemoryInputStream byteStream(bytes.GetBytes());
+    fromBytes.InputData(byteStream);
+    Require(fromText == container && fromBytes == container, "what was read again differs");
+
+    MemoryOutputStream again;
+    fromText.OutputXML(again);
+    Require(std::ranges::equal(text.GetBytes(), again.GetBytes()), "what is written to XML again differs");
+    again.Clear();
+    fromText.OutputData(again, false);
+    Require(std::ranges::equal(bytes.GetBytes(), again.GetBytes()), "the binary form of what XML held differs");
+}

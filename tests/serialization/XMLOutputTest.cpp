@@ -1,0 +1,255 @@
+#include "Alerts.h"
+#include "ForeignObject.h"
+#include "StoredBytes.h"
+#include "Watchdog.h"
+
+#include <QorCore/Base64.h>
+#include <QorCore/MemoryStreams.h>
+#include <QorCore/Mutex.h>
+#include <QorCore/XMLWriter.h>
+#include <Tivor/DataContainer.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+#include <streambuf>
+#include <thread>
+
+// Data of more than 4096 bytes is written into XML by a second thread: whoever writes sees no difference.
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using Core::Testing::RaisedBy;
+using Core::Testing::Warnings;
+using Core::Testing::Watchdog;
+
+constexpr std::size_t sizes[] = {9, 4096, 4097, 100'000};
+
+/// A medium of which the n-th write fails, and all that follow.
+class FailingBuffer final : public std::streambuf {
+public:
+    explicit FailingBuffer(int n) : m_writesLeft(n) {}
+
+    bool HasFailed() const { return m_writesLeft <= 0; }
+
+protected:
+    std::streamsize xsputn(const char*, std::streamsize size) override {
+        if (--m_writesLeft <= 0)
+            Core::Error::RaiseError(Core::IOError("The disk is full"), QOR_CODE_CONTEXT("Test"), "Test.Medium");
+        return size;
+    }
+    int_type overflow(int_type character) override {
+        const char c = traits_type::to_char_type(character);
+        xsputn(&c, 1);
+        return traits_type::not_eof(character);
+    }
+
+private:
+    int m_writesLeft;
+};
+
+std::shared_ptr<ForeignObject> Foreign(std::size_t size) {
+    auto object = std::make_shared<ForeignObject>();
+    object->announced = size;
+    for (std::size_t i = 0; i < size; ++i)
+        object->written += static_cast<char>(i * i >> 3);
+    return object;
+}
+
+void Write(const std::shared_ptr<ForeignObject>& object, std::ostream& stream) {
+    DataContainer container;
+    container.PutValue("before", 1);
+    container.GetSubData({"sub"}, true)->Put("odd", object);
+    Core::XMLWriter writer;
+    container.Output(stream, writer, "");
+}
+
+/// What writing the object raises, with its keys, and what it warns of.
+std::string OutcomeOf(const std::shared_ptr<ForeignObject>& object, bool refusesWarnings = false) {
+    const Warnings warnings(refusesWarnings);
+    std::string outcome;
+    try {
+        std::ostringstream stream;
+        Write(object, stream);
+        outcome = "written";
+    } catch (const Core::Error& error) {
+        outcome = error.GetTypeName() + ": " + error.GetText();
+        for (const auto& variable : error.GetVariables())
+            outcome += ' ' + variable.name + '=' + variable.value;
+    } catch (...) {
+        outcome = "no error of the library";
+    }
+    for (const Core::Warning& warning : warnings.seen)
+        outcome += ", " + warning.GetTypeName() + ' ' + warning.GetCategory();
+    return outcome;
+}
+
+std::string ExpectedSection(const std::string& bytes) {
+    const std::string text = Core::EncodeBase64(bytes);
+    std::string lines;
+    for (std::size_t i = 0; i < text.size(); i += 76)
+        lines += (i == 0 ? "" : "\r\n") + text.substr(i, 76);
+    return "<![CDATA[" + lines + "]]>";
+}
+
+} // namespace
+
+TEST(XMLOutput, IsTheSameTextFromOneThreadAndFromTwo) {
+    for (const std::size_t size : {9u, 56u, 57u, 58u, 114u, 4095u, 4096u, 4097u, 4104u, 6144u, 100'000u}) {
+        const auto object = Foreign(size);
+        std::thread::id thread;
+        object->onWrite = [&] { thread = std::this_thread::get_id(); };
+        std::ostringstream stream;
+        Write(object, stream);
+        const std::string text = stream.str();
+        EXPECT_EQ(thread == std::this_thread::get_id(), size <= 4096);
+        const std::size_t begin = text.find("<![CDATA[");
+        ASSERT_NE(begin, text.npos);
+        EXPECT_EQ(text.substr(begin, text.find("</Data>", begin) - begin), ExpectedSection(object->written)) << size;
+    }
+}
+
+TEST(XMLOutput, EndsWhereTheStreamFails) {
+    for (const std::size_t size : sizes)
+        for (const bool throws : {true, false}) {
+            int n = 0;
+            for (bool met = true; met && n < 2000;) {
+                SCOPED_TRACE(testing::Message() << size << " bytes, write " << ++n);
+                const Watchdog watchdog;
+                FailingBuffer buffer(n);
+                std::ostream stream(&buffer);
+                if (throws)
+                    stream.exceptions(std::ios_base::badbit | std::ios_base::failbit);
+                std::string text;
+                try {
+                    Write(Foreign(size), stream);
+                } catch (const Core::IOError& error) {
+                    text = error.GetCategory() + ": " + error.GetText();
+                } catch (...) {
+                    text = "something else";
+                }
+                met = buffer.HasFailed();
+                EXPECT_EQ(text, met && throws ? "Test.Medium: The disk is full" : "");
+                EXPECT_EQ(stream.good(), !met);
+            }
+            EXPECT_GT(n, 20) << "the object made hardly any write";
+        }
+}
+
+TEST(XMLOutput, PassesOnWhatSerializersDo) {
+    const std::string key = " Key=odd Key=sub";
+    const std::string skipping = "SkippingData Qor.Tivor.Serializer";
+    const std::string wrapped = " Data Type Name=Test.Foreign Module=absent.dll Key=sub";
+    struct Row {
+        std::function<void()> onWrite;
+        int more; ///< than announced
+        bool refuses;
+        std::string outcome;
+    };
+    const Row rows[] = {
+        {[] {}, 0, false, "written"},
+        {[] { throw Core::LogicError("mine"); }, 0, false, "LogicError: mine" + key},
+        {[] { throw std::runtime_error("out of paper"); }, 0, false,
+         "UnknownError: Writing a data object failed: out of paper" + wrapped},
+        {[] { throw 7; }, 0, false,
+         "UnknownError: Writing a data object failed: an exception of unknown type" + wrapped},
+        {[] {}, -2, false, "written, " + skipping},
+        {[] {}, -2, true, "Error: refused" + key + ", " + skipping},
+        {[] { throw Core::LogicError("mine"); }, -2, true, "LogicError: mine" + key},
+        {[] {}, 3, false, "IOError: "},
+    };
+    for (const std::size_t size : sizes)
+        for (const Row& row : rows) {
+            SCOPED_TRACE(testing::Message() << size << ": " << row.outcome);
+            const Watchdog watchdog;
+            const auto object = Foreign(size);
+            object->onWrite = row.onWrite;
+            object->announced -= static_cast<std::uint64_t>(row.more);
+            const std::string outcome = OutcomeOf(object, row.refuses);
+            if (row.more <= 0)
+                EXPECT_EQ(outcome, row.outcome);
+            else
+                EXPECT_TRUE(outcome.starts_with(row.outcome) && outcome.ends_with(key)) << outcome;
+        }
+}
+
+// A text node for up to 8 bytes, which are never written by another thread, has the same rules.
+TEST(XMLOutput, HasRulesForFewBytesToo) {
+    const auto contentOf = [](std::uint64_t announced, const std::string& written) {
+        const auto object = std::make_shared<ForeignObject>();
+        object->announced = announced;
+        object->written = written;
+        std::ostringstream stream;
+        Core::XMLWriter writer;
+        SerializationManager::OutputXML(stream, writer, "", *object);
+        const std::string text = stream.str();
+        return text.substr(text.find("size"));
+    };
+    const auto ending = [](const char* size, const char* number) {
+        return std::string("size=\"") + size + "\" encoding=\"def/hex64\">" + number + "</Data>";
+    };
+    EXPECT_EQ(contentOf(0, ""), ending("0", "0"));
+    EXPECT_EQ(contentOf(1, "\x0A"), ending("1", "A"));
+    EXPECT_EQ(contentOf(4, Bytes("EF BE AD 00")), ending("4", "ADBEEF"));
+    EXPECT_EQ(contentOf(8, Bytes("EF CD AB 89 67 45 23 F1")), ending("8", "F123456789ABCDEF"));
+    const Warnings warnings;
+    EXPECT_EQ(contentOf(3, "ab"), ending("3", "6261"));
+    EXPECT_EQ(warnings.GetNames(), std::vector<std::string>{"SkippingData"});
+    RaisedBy<Core::IOError>([&] { contentOf(1, "ab"); });
+}
+
+TEST(XMLOutput, LetsTheSecondThreadEnterWhatTheFirstHolds) {
+    const Watchdog watchdog;
+    Core::Mutex mutex;
+    const auto object = Foreign(100'000);
+    int entered = 0;
+    object->onWrite = [&] {
+        const Core::MutexGuard guard(mutex);
+        ++entered;
+    };
+    std::ostringstream stream;
+    {
+        const Core::MutexGuard guard(mutex);
+        Write(object, stream);
+    }
+    EXPECT_EQ(entered, 1);
+    // The locks of the container are held for the whole of it.
+    const auto container = DataContainer::Create(true);
+    container->Put("odd", object);
+    object->onWrite = [&] { entered += container->Exists("odd") ? 1 : 0; };
+    Core::XMLWriter writer;
+    container->Output(stream, writer, "");
+    EXPECT_EQ(entered, 2);
+}
+
+TEST(XMLThreads, WriteAndReadAtOnce) {
+    const Watchdog watchdog;
+    const auto shared = DataContainer::Create(true);
+    for (const char* const key : {"a", "b", "c"})
+        shared->GetSubData({"sub"}, true)->PutValue(key, RowMajorMatrix<double>(10, 70));
+    std::atomic<int> agreements{0};
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number)
+        threads.emplace_back([&, number] {
+            for (int round = 0; round < 25; ++round) {
+                auto& matrix =
+                    dynamic_cast<Data<RowMajorMatrix<double>>&>(*shared->GetSubData({"sub"}, false)->Get("a"));
+                matrix.SetValue(RowMajorMatrix<double>(10, static_cast<std::size_t>(60 + number)));
+                const auto read = DataContainer::FromXMLString(StoredXML(*shared));
+                EXPECT_EQ(Keys(*read->GetSubData({"sub"}, false)), "a b c ");
+                const auto own = DataContainer::Create();
+                own->PutValue("own", std::string(5000, static_cast<char>('\0' + number)));
+                agreements += *DataContainer::FromXMLString(StoredXML(*own)) == *own ? 1 : 0;
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(agreements, 100);
+}
+
+} // namespace Qor::Tivor::Testing
