@@ -69,7 +69,7 @@ void OutputOnTwoThreads(std::ostream& stream, Core::XMLWriter& writer, Serialize
 
 void OutputHex64(std::ostream& stream, Core::XMLWriter& writer, Serializer& serializer) {
     std::uint64_t number = 0;
-    Core::MemoryOutputStream bytes;
+    Core::MemoryOutputStream bytes(sizeof number); // there is memory, though there may be no bytes
     Core::BoundedOutputStream room(bytes, sizeof number);
     serializer.ToBinary(room);
     room.Flush();
