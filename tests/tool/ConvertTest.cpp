@@ -43,7 +43,7 @@ protected:
     }
 };
 
-/// Keeps nothing of an entry "g".
+/// Keeps nothing of an entry "g", and no sign of a zero "sub", "zero".
 class ForgetfulFile final : public StreamedDataFile {
 public:
     ForgetfulFile() : StreamedDataFile("Test.ForgetfulFile") {}
@@ -58,6 +58,10 @@ protected:
     void WriteContent(Core::BinaryOutputStream& stream) const override {
         DataContainer kept(*this);
         kept.Remove("g");
+        if (const auto below = kept.GetSubData({"sub"}, false)) {
+            kept.Put("sub", below->Clone());
+            kept.GetSubData({"sub"}, false)->PutValue("zero", 0.0);
+        }
         kept.OutputData(stream, true);
     }
 };
@@ -143,7 +147,7 @@ TEST_F(ConvertTest, RefusesWhatWouldHarm) {
     const std::string taken = Name("taken.qordml"), folder = Name("folder"), there = Name("there");
     WriteFileText(Core::PathName(taken), "old");
     WriteFileText(directory / "foreign.dataset", "PK");
-    Core::System::MakeDirectories(Core::PathName(folder));
+    Core::System::MakeDirectories(Core::PathName(Name("folder/a")));
     WriteFileText(directory / "folder/x.dataset", ReadFileText(Core::PathName(file)));
     const auto before = Everything();
     const struct {
@@ -285,6 +289,8 @@ TEST_F(ConvertTest, SavesNothingThatDoesNotComeBack) {
     ExpectError({"convert", file, Name("x.forgets")},
                 "x.forgets: expected to read what was written, found g to be different; nothing is saved");
     EXPECT_EQ(Everything(), before);
+    MakeFile("03000000 'sub' 7D 01 18 04000000 'zero' 0D 0000000000000080 00000000 7F FFFF");
+    ExpectError({"convert", file, Name("x.forgets")}, "found sub/zero to be different");
     MakeFile("01000000 'h' 06 05000000");
     EXPECT_EQ(RunWords({"convert", file, Name("x.forgets")}).status, 0);
 }

@@ -72,8 +72,8 @@ public:
         m_app.require_subcommand(1);
         m_app.footer("Keys are given one by one, from the outermost on. What follows \"--\" is taken as it is.\n"
                      "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.");
-        AddFile(Add("info", "What a file is, from its headers only", ShowInfo));
-        AddKeys(AddFile(Add("ls", "The entries of a file, or those below the keys, from the headers only", List)));
+        AddFile(Add("info", "What a file is; of a binary one only the headers are read", ShowInfo));
+        AddKeys(AddFile(Add("ls", "The entries of a file, or those below the keys, read in the same way", List)));
         AddKeys(AddFile(Add("get", "The value that the keys lead to, or all that is below them", Get)));
         AddSet();
         AddImport();
