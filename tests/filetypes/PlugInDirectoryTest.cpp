@@ -18,6 +18,7 @@ using Core::Testing::WriteFileText;
 using Lines = std::vector<std::string>;
 
 const std::string binary = "QOR Binary Data File";
+const std::string xml = "QOR XML Data File";
 const std::string plugIns = "Plugins/DataFiles/";
 
 /// A program that stands with its plug-ins and its configuration in a directory of its own.
@@ -115,7 +116,7 @@ TEST(PlugInDirectory, StandsWhateverPlugInsDo) {
         AddAll(installation, directory);
         const std::string there = installation.Path(directory.substr(0, directory.size() - 1));
         const Lines lines = installation.Run({"load", there, there, installation.Path("absent")});
-        Lines types = {binary};
+        Lines types = {binary, xml};
         Lines entered;
         std::map<std::string, std::string> outcomes;
         for (const PlugIn& plugIn : behaving) {
@@ -155,8 +156,9 @@ TEST(PlugInDirectory, MayBeMissing) {
     const Installation installation;
     fs::remove_all(installation.Path("Plugins"));
     fs::remove_all(installation.Path("Config"));
-    EXPECT_EQ(installation.Run(),
-              (Lines{"log Qor.Tivor.DataFile Registered DataFile type: " + binary, "type " + binary, "default "}));
+    EXPECT_EQ(installation.Run(), (Lines{"log Qor.Tivor.DataFile Registered DataFile type: " + binary,
+                                         "log Qor.Tivor.DataFile Registered DataFile type: " + xml, "type " + binary,
+                                         "type " + xml, "default "}));
 }
 
 TEST(PlugInConfiguration, IsReadAtFirstUse) {
@@ -228,10 +230,10 @@ TEST(FirstUseThreads, FindTheManagerComplete) {
         EXPECT_EQ(loaded, entered);
         EXPECT_EQ(After("opened ", lines), Lines{"d-plain"});
         for (const std::string& count : After("count ", lines))
-            EXPECT_TRUE(count >= "5" && count <= "7") << "types found: " << count;
+            EXPECT_TRUE(count >= "6" && count <= "8") << "types found: " << count;
         for (const std::string& type : After("default ", lines))
             EXPECT_EQ(type, "d-plain");
-        EXPECT_EQ(After("type ", lines).size(), 7u);
+        EXPECT_EQ(After("type ", lines).size(), 8u);
         EXPECT_EQ(After("plug-in ", lines).size(), 5u);
     }
 }
