@@ -161,6 +161,8 @@ void XMLHandler::OnCDataSection(Core::BinaryInputStream& section) {
 }
 
 void XMLHandler::OnEndTag(const std::string& tag, bool emptyElement) {
+    if (m_tags.empty())
+        return; // of an element that was forgotten
     m_tags.pop_back();
     if (m_skips && m_tags.size() < m_skippedDepth)
         m_skips = false;

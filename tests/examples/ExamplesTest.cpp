@@ -39,4 +39,27 @@ TEST(TypedValues, ComeBackWithTheirTypes) {
                               "the spacing is no plain float\n");
 }
 
+TEST(InstrumentSettings, AreGuardedSavedAndRestored) {
+    const TemporaryDirectory directory;
+    const auto outcome = RunProgram(directory.GetPath(), "instrument_settings");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output,
+              "one by one:\n"
+              "  Objective: 10 -> 50\n"
+              "  Range: 0.1 mm -> 250 um\n"
+              "exposure refused: Expected an exposure above 0 ms, found -1\n"
+              "range refused: Attempted to set the Range property to a value with invalid units of Second\n"
+              "together:\n"
+              "  Exposure: 4 -> 8\n"
+              "  Objective: 50 -> 10\n"
+              "Camera\n  Exposure (ms) = 8 *\n  Serial number = C-17 (fixed)\n"
+              "Optics\n  Objective = 10\n"
+              "Stage\n  Scan range = 250 um *\n"
+              "QOR Binary Data File: the same\nQOR XML Data File: the same\n"
+              "restored:\n"
+              "  Exposure: 8 -> 4\n"
+              "  Range: 250 um -> 0.1 mm\n"
+              "changed since: no\n");
+}
+
 } // namespace Qor::Tivor::Testing
