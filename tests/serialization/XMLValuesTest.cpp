@@ -87,18 +87,20 @@ Object OtherThan(DataObject& object) {
     return nullptr;
 }
 
-/// An object that keeps its serializer.
-template <class T>
-class OneSerializer final : public Data<T> {
+/// Stands for an object whose serializer it keeps.
+class OneSerializer final : public DataObject {
 public:
-    using Data<T>::Data;
-    std::shared_ptr<Serializer> GetSerializer() override {
-        if (!m_serializer)
-            m_serializer = Data<T>::GetSerializer();
-        return m_serializer;
-    }
+    explicit OneSerializer(const Object& object) : m_object(object), m_serializer(object->GetSerializer()) {}
+
+    ETypeID GetTypeID() override { return m_object->GetTypeID(); }
+    std::string GetTypeName() const override { return m_object->GetTypeName(); }
+    bool HoldsType(const std::type_info& type) const override { return m_object->HoldsType(type); }
+    bool HoldsSameTypeAs(const DataObject& other) const override { return m_object->HoldsSameTypeAs(other); }
+    std::shared_ptr<Serializer> GetSerializer() override { return m_serializer; }
+    std::shared_ptr<DataObject> Clone() override { return m_object->Clone(); }
 
 private:
+    Object m_object;
     std::shared_ptr<Serializer> m_serializer;
 };
 
@@ -366,9 +368,9 @@ TEST(XMLValues, KeepTheirValueWhenTheirElementIsFaulty) {
 }
 
 TEST(XMLValues, LeaveNothingBehindInASerializerThatReadsAgain) {
-    const Object text = std::make_shared<OneSerializer<std::string>>("x");
-    const Object unitized = std::make_shared<OneSerializer<UnitizedDouble>>(UnitizedDouble(77));
-    const Object error = std::make_shared<OneSerializer<Core::Error>>(Core::Error("other"));
+    const Object text = std::make_shared<OneSerializer>(Value("x"s));
+    const Object unitized = std::make_shared<OneSerializer>(Value(UnitizedDouble(77)));
+    const Object error = std::make_shared<OneSerializer>(Value(Core::Error("other")));
     const Object plain = Value(UnitizedDouble(1));
     const std::tuple<Object, std::string, std::string, Object> rows[] = {
         {text, "a&foo;", "b", Value("b"s)},
