@@ -247,6 +247,7 @@ TEST_P(DataFiles, AreSavedOnlyWhenTold) {
     file->Clear();
     file->Flush();
     EXPECT_EQ(open.Content(), Bytes(type.empty));
+    file->Close();
     EXPECT_TRUE(reopened()->IsOpen());
 }
 

@@ -229,22 +229,28 @@ TEST(XMLOutput, LetsTheSecondThreadEnterWhatTheFirstHolds) {
 
 TEST(XMLThreads, WriteAndReadAtOnce) {
     const Watchdog watchdog;
-    const auto shared = DataContainer::Create(true);
+    const auto shared = DataContainer::Create();
+    const auto lockable = DataContainer::Create(true);
     for (const char* const key : {"a", "b", "c"})
-        shared->GetSubData({"sub"}, true)->PutValue(key, RowMajorMatrix<double>(10, 70));
+        lockable->PutValue(key, RowMajorMatrix<double>(10, 70));
+    shared->Put("sub", lockable);
     std::atomic<int> agreements{0};
     std::vector<std::thread> threads;
     for (int number = 0; number < 4; ++number)
         threads.emplace_back([&, number] {
-            for (int round = 0; round < 25; ++round) {
-                auto& matrix =
-                    dynamic_cast<Data<RowMajorMatrix<double>>&>(*shared->GetSubData({"sub"}, false)->Get("a"));
-                matrix.SetValue(RowMajorMatrix<double>(10, static_cast<std::size_t>(60 + number)));
-                const auto read = DataContainer::FromXMLString(StoredXML(*shared));
-                EXPECT_EQ(Keys(*read->GetSubData({"sub"}, false)), "a b c ");
-                const auto own = DataContainer::Create();
-                own->PutValue("own", std::string(5000, static_cast<char>('\0' + number)));
-                agreements += *DataContainer::FromXMLString(StoredXML(*own)) == *own ? 1 : 0;
+            try {
+                for (int round = 0; round < 25; ++round) {
+                    auto& matrix =
+                        dynamic_cast<Data<RowMajorMatrix<double>>&>(*shared->GetSubData({"sub"}, false)->Get("a"));
+                    matrix.SetValue(RowMajorMatrix<double>(10, static_cast<std::size_t>(60 + number)));
+                    const auto read = DataContainer::FromXMLString(StoredXML(*shared));
+                    EXPECT_EQ(Keys(*read->GetSubData({"sub"}, false)), "a b c ");
+                    const auto own = DataContainer::Create();
+                    own->PutValue("own", std::string(5000, static_cast<char>('\0' + number)));
+                    agreements += *DataContainer::FromXMLString(StoredXML(*own)) == *own ? 1 : 0;
+                }
+            } catch (const std::exception& error) {
+                ADD_FAILURE() << error.what();
             }
         });
     for (std::thread& thread : threads)
