@@ -410,18 +410,23 @@ INSTANTIATE_TEST_SUITE_P(, DamagedFile, testing::Combine(testing::ValuesIn(allFo
                              return std::string(std::get<0>(row.param).name) + std::get<1>(row.param).name;
                          });
 
-// The golden files together hold every class.
-TEST(DamagedFiles, SoIsEveryClass) {
+class DamagedGoldenFile : public testing::TestWithParam<Form> {};
+
+// Together they hold every class.
+TEST_P(DamagedGoldenFile, IsAnObjectOrOneError) {
+    const Form& form = GetParam();
     for (const auto& file : std::filesystem::directory_iterator(TIVOR_TEST_DATA "/golden"))
-        if (const Core::PathName path(file.path().string()); path.GetExtension() == "qordata")
-            for (const Form& form : allForms) {
-                SCOPED_TRACE(path.GetFileName() + ' ' + form.name);
-                DataContainer container;
-                ReadInto(container, Core::Testing::ReadFileText(path).substr(12));
-                const std::string bytes = form.write(container);
-                EXPECT_GT(AcceptedAfterDamage(form, bytes, 1 + bytes.size() / (IsXML(form) ? 30 : 400)), 0);
-            }
+        if (const Core::PathName path(file.path().string()); path.GetExtension() == "qordata") {
+            SCOPED_TRACE(path.GetFileName());
+            DataContainer container;
+            ReadInto(container, Core::Testing::ReadFileText(path).substr(12));
+            const std::string bytes = form.write(container);
+            EXPECT_GT(AcceptedAfterDamage(form, bytes, 1 + bytes.size() / (IsXML(form) ? 30 : 400)), 0);
+        }
 }
+
+INSTANTIATE_TEST_SUITE_P(, DamagedGoldenFile, testing::ValuesIn(allForms),
+                         [](const auto& form) { return std::string(form.param.name); });
 
 TEST(DamagedFiles, NoClaimIsPaidForInAdvance) {
     for (const Form& form : allForms) {
