@@ -38,24 +38,24 @@ public:
         const auto positive = Core::MakeCallback(&RequirePositive);
         const auto objectives = Objectives();
         const Description table[] = {
-            {"Objective",
-             value(EObjective::eTIMES_10),
-             eREADABLE_WRITABLE,
-             "",
-             "Optics",
-             "The lens in use",
-             {},
-             objectives},
-            {"Exposure", value(4.0), eREADABLE_WRITABLE, "Exposure (ms)", "Camera", "", value(2.5), positive},
-            {"Range",
-             value(UnitizedDouble(0.1, "Millimeter")),
-             eREADABLE_WRITABLE,
-             "Scan range",
-             "Stage",
-             "",
-             {},
-             Lengths()},
-            {"Serial", value("C-17"), eREADABLE, "Serial number", "Camera"},
+            {.name = "Objective", .value = value(EObjective::eTIMES_10), .category = "Optics", .validator = objectives},
+            {.name = "Exposure",
+             .value = value(4.0),
+             .displayName = "Exposure (ms)",
+             .category = "Camera",
+             .defaultValue = value(2.5),
+             .validator = positive},
+            {.name = "Range",
+             .value = value(UnitizedDouble(0.1, "Millimeter")),
+             .displayName = "Scan range",
+             .category = "Stage",
+             .validator = Lengths()},
+            {.name = "Serial",
+             .value = value("C-17"),
+             .permissions = eREADABLE,
+             .displayName = "Serial number",
+             .category = "Camera",
+             .description = "As on the label"},
         };
         AddProperties(table);
     }
@@ -65,8 +65,9 @@ class Log final : public PropertyChangeListener {
 public:
     ~Log() override { Unregister(); }
     void PropertyChanged(const PropertyChangeEvent& event) override {
-        std::cout << "  " << event.GetPropertyName() << ": " << event.GetOldValue()->ToString() << " -> "
-                  << event.GetNewValue()->ToString() << '\n';
+        const std::string& name = event.GetPropertyName();
+        std::cout << "  " << name << ": now " << event.GetChangedObject().GetPropertyText(name) << ", was "
+                  << event.GetOldValue()->ToString() << '\n';
     }
 };
 
@@ -82,7 +83,7 @@ void ShowPage(const Instrument& instrument) {
     for (const std::string& name : names) {
         const std::string shown = AttributeOf(instrument, name, sPROPERTY_DISPLAY_NAME);
         page[GetPropertyCategory(AttributeOf(instrument, name, sPROPERTY_CATEGORY))] +=
-            "  " + (shown.empty() ? name : shown) + " = " + instrument.GetPropertyByName(name)->ToString() +
+            "  " + (shown.empty() ? name : shown) + " = " + instrument.GetPropertyText(name) +
             (instrument.IsWritable(name) ? "" : " (fixed)") + (instrument.IsDefault(name) ? "" : " *") + '\n';
     }
     for (const auto& [category, lines] : page)

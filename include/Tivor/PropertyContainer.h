@@ -136,7 +136,8 @@ private:
 /// Values are stored as they are given, and shared: whoever changes one in place goes past validators and listeners.
 ///
 /// Thread rule: every operation holds the container's lock, which is re-entrant; validators and handlers are called by
-/// the thread that makes the change while it is held, listeners and delegates after that.
+/// the thread that makes the change while it is held, listeners and delegates after that. All of them may use the
+/// container, and drop the last reference to one that is owned by a `std::shared_ptr`.
 class TIVOR_API PropertyContainer : public std::enable_shared_from_this<PropertyContainer> {
 public:
     enum EPermissions : std::uint32_t { eNO_PERMISSIONS = 0, eREADABLE = 1, eWRITABLE = 2, eREADABLE_WRITABLE = 3 };
@@ -224,6 +225,9 @@ public:
     EBrowsePermissions GetBrowsePermissions(const std::string& name) const;
     /// The value, or an empty pointer when there is none or it may not be read.
     Core::QorConstPtr<DataObject> GetPropertyByName(const std::string& name) const;
+    /// What a browser shows of the value: the text that names it among the selectable values, or else its own text;
+    /// empty where `GetPropertyByName` is. `SetProperty` accepts the former.
+    std::string GetPropertyText(const std::string& name) const;
     /// An attribute, or an empty pointer.
     std::shared_ptr<DataObject> GetAttributeByPropertyName(const std::string& name,
                                                            const std::string& attributeKey) const;
@@ -300,7 +304,8 @@ protected:
                                                            Core::QorConstPtr<DataObject> newValue,
                                                            Core::QorConstPtr<DataObject> oldValue);
     /// Shows the properties of another object as one property of this one. An empty category is "External", an empty
-    /// description "Properties for an external object aggregated by this object".
+    /// description "Properties for an external object aggregated by this object". Raises `NullPointerError`, and
+    /// `LogicError` for an object that is this one or shows it.
     void Aggregate(std::shared_ptr<PropertyContainer> subContainer, const std::string& name,
                    const std::string& displayName, const std::string& category, const std::string& description);
     void AllowSetOfNonExistingProperties(bool allow);
@@ -324,28 +329,36 @@ private:
     class PropertyAttributes;
     class Update;
     using Lock = Core::WriterLock;
-    using AttributeTable = std::unordered_map<std::string, std::shared_ptr<PropertyAttributes>>;
+    struct NameHash {
+        std::size_t operator()(const std::string& name) const;
+    };
+    using AttributeTable = std::unordered_map<std::string, std::shared_ptr<PropertyAttributes>, NameHash>;
 
     /// Whether the property may be read now.
     virtual bool VerifyPropertyRead(const std::string& name) const;
 
     PropertyAttributes* FindAttributes(const std::string& name) const;
+    std::shared_ptr<PropertyAttributes> ShareAttributes(const std::string& name) const;
     PropertyAttributes& RequireAttributes(const std::string& name, const char* operation) const;
     PropertyAttributes& MakeAttributes(const std::string& name);
     std::shared_ptr<DataObject> FindValue(const std::string& name) const { return m_propertyData->Get(name); }
+    std::shared_ptr<DataContainer> SelectableValues(const std::string& name) const;
     std::shared_ptr<DataObject> NamedValue(const std::string& name, const std::shared_ptr<DataObject>& value) const;
 
     void SetPropertyValue(const std::string& name, std::shared_ptr<DataObject> value);
     bool ValidateAndSetValue(const std::string& name, std::shared_ptr<DataObject> newValue,
-                             const std::shared_ptr<DataObject>& oldValue);
-    void Validate(OfferedValue& offered);
+                             std::shared_ptr<DataObject> oldValue, const PropertyAttributes* attributes);
+    bool Validate(OfferedValue& offered, const PropertyAttributes* attributes);
+    bool NobodyAsks(const std::shared_ptr<DataObject>& oldValue, const PropertyAttributes* attributes) const;
     bool SettleChange(const std::string& name, const std::shared_ptr<DataObject>& newValue,
-                      const std::shared_ptr<DataObject>& oldValue);
+                      const std::shared_ptr<DataObject>& oldValue, const PropertyAttributes* attributes);
+    EPropertyChangeResult AskForConsent(const PropertyChangeEvent& event, ChangeHandler* handler);
     void PutBack(const std::string& name, const std::shared_ptr<DataObject>& oldValue);
     void KeepDefault(const std::string& name, const std::shared_ptr<DataObject>& value);
     std::uint64_t MultiplePropertySet(const DataContainer& values, bool applyPermissions);
     bool TakesPart(const std::string& name) const;
-    std::uint64_t ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes);
+    std::uint64_t ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes,
+                                       std::size_t position);
     void Reorder(const DataContainer& order);
 
     bool SettleRemoval(const std::string& name, const std::shared_ptr<DataObject>& oldValue);
@@ -355,13 +368,19 @@ private:
     void BeginMultiPropertyUpdate();
     void EndMultiPropertyUpdate();
     void EndMultiPropertyUpdate(Lock& lock);
-    void Queue(std::shared_ptr<PropertyChangeEvent> event);
+    std::size_t NumPendingEvents() const { return (m_pendingEvent ? 1 : 0) + m_morePendingEvents.size(); }
+    void Queue(std::shared_ptr<PropertyChangeEvent> event) { Queue(std::move(event), NumPendingEvents()); }
+    void Queue(std::shared_ptr<PropertyChangeEvent> event, std::size_t position);
+    std::vector<std::shared_ptr<PropertyChangeEvent>> TakePendingEvents();
     void DropPendingEvents();
+    void DropPendingEvents(const std::string& name, std::size_t from);
     void Deliver(std::span<const std::shared_ptr<PropertyChangeEvent>> events);
     void SetActiveChangeEvent(const PropertyChangeEvent* event) {
         m_activeEvent.store(event, std::memory_order_relaxed);
     }
     void WarnOfSubProperties() const;
+    void CollectShown(std::vector<std::shared_ptr<PropertyContainer>>& shown) const;
+    void RequireDistinct(const PropertyContainer* other, const std::string& name) const;
 
     mutable Core::ReadersWriterMutex m_mutex;
     std::shared_ptr<DataContainer> m_propertyData;
@@ -412,7 +431,10 @@ public:
     void RestoreProperties();
 
 private:
+    RestorePoint(PropertyContainer& container, std::shared_ptr<PropertyContainer> shown);
+
     PropertyContainer* m_container;
+    std::shared_ptr<PropertyContainer> m_shown;  // keeps a nested one alive
     std::shared_ptr<const DataContainer> m_kept; // "Properties", and "Attributes" by property
     std::vector<RestorePoint> m_nested;
 };

@@ -105,8 +105,8 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
     if (IsObserved())
         Note(key, object, change);
     MarkStale(number);
-    if (former != nullptr)
-        change.m_takenOut.emplace_back(); // its place is made before anything changes
+    // Made before anything changes.
+    std::shared_ptr<const void>* const place = former != nullptr ? &change.PlaceForTakenOut() : nullptr;
     Link(number, reporting, object.use_count() == 1);
     try {
         if (arriving)
@@ -115,7 +115,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
         if (former == nullptr)
             m_table.Insert(key, hash, std::move(object));
         else
-            change.m_takenOut.back() = m_table.Replace(position, std::move(object));
+            *place = m_table.Replace(position, std::move(object));
     } catch (...) {
         Unlink(number, reporting);
         if (arriving)
@@ -157,7 +157,7 @@ void ContainerState::Clear(Change& change) {
             Note(entry.key, nullptr, change);
         MarkStale(entry.number);
     }
-    change.m_takenOut.emplace_back();
+    std::shared_ptr<const void>& place = change.PlaceForTakenOut();
     std::shared_ptr<EntryBlock> block;
     {
         const auto structure = LockStructure();
@@ -166,7 +166,7 @@ void ContainerState::Clear(Change& change) {
     for (const NumberedEntry& entry : block->entries)
         if (entry.object)
             Detach(entry.number, *entry.object);
-    change.m_takenOut.back() = std::move(block);
+    place = std::move(block);
     MarkAboveStale();
 }
 

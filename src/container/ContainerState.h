@@ -35,9 +35,15 @@ public:
 
     private:
         friend class ContainerState;
+        /// To be filled before the next one is asked for.
+        std::shared_ptr<const void>& PlaceForTakenOut() {
+            return m_firstTakenOut ? m_moreTakenOut.emplace_back() : m_firstTakenOut;
+        }
+
         std::shared_ptr<ContainerState> m_state; // empty: nobody wants to know
         std::vector<std::pair<std::string, std::shared_ptr<DataObject>>> m_changed;
-        std::vector<std::shared_ptr<const void>> m_takenOut;
+        std::shared_ptr<const void> m_firstTakenOut; // mostly there are no others
+        std::vector<std::shared_ptr<const void>> m_moreTakenOut;
     };
 
     /// What readers accept by default, writers and builders never exceed.

@@ -1,5 +1,7 @@
 #include "PropertyAttributes.h"
 
+#include "../container/KeyIndex.h"
+
 #include <Tivor/ScalarData.h>
 
 namespace Qor::Tivor {
@@ -39,11 +41,13 @@ std::int64_t GetScalarNumber(const DataObject* object) {
     }
 }
 
-bool PropertyValuesDiffer(const std::shared_ptr<DataObject>& one, const std::shared_ptr<DataObject>& other) {
+bool PropertyValuesDiffer(const Core::QorConstPtr<DataObject>& one, const Core::QorConstPtr<DataObject>& other) {
     if (one == other)
         return false;
     return !one || !other || !one->HoldsSameTypeAs(*other) || !bool(one->HoldsSameValueAs(*other));
 }
+
+std::size_t PropertyContainer::NameHash::operator()(const std::string& name) const { return HashOfKey(name); }
 
 PropertyContainer::PropertyAttributes::PropertyAttributes() { ReceiveChanges(); }
 PropertyContainer::PropertyAttributes::~PropertyAttributes() { StopChanges(); }

@@ -44,6 +44,6 @@ std::int64_t GetScalarNumber(const DataObject* object);
 
 /// Whether a property that had the one value and has the other has changed: objects that are not the same, unless
 /// their values surely are.
-bool PropertyValuesDiffer(const std::shared_ptr<DataObject>& one, const std::shared_ptr<DataObject>& other);
+bool PropertyValuesDiffer(const Core::QorConstPtr<DataObject>& one, const Core::QorConstPtr<DataObject>& other);
 
 } // namespace Qor::Tivor

@@ -3,6 +3,8 @@
 #include <QorCore/Message.h>
 #include <Tivor/PropertyHandlers.h>
 
+#include <algorithm>
+
 namespace Qor::Tivor {
 
 SetAttemptedForNonExistantProperty::~SetAttemptedForNonExistantProperty() = default;
@@ -86,30 +88,44 @@ void PropertyContainer::SetPropertyValue(const std::string& name, std::shared_pt
         Queue(CreateChangeEvent(name, std::move(value), former));
 }
 
+std::shared_ptr<DataContainer> PropertyContainer::SelectableValues(const std::string& name) const {
+    PropertyAttributes* const attributes = FindAttributes(name);
+    return attributes != nullptr ? attributes->GetPtr<DataContainer>(sSELECTABLE_PROPERTY_VALUES) : nullptr;
+}
+
 // What stands for the offered text among the values to select from, or else the offered value.
 std::shared_ptr<DataObject> PropertyContainer::NamedValue(const std::string& name,
                                                           const std::shared_ptr<DataObject>& value) const {
     const auto text = std::dynamic_pointer_cast<Data<std::string>>(value);
-    PropertyAttributes* const attributes = text ? FindAttributes(name) : nullptr;
-    if (attributes == nullptr)
-        return value;
-    const auto values = attributes->GetPtr<DataContainer>(sSELECTABLE_PROPERTY_VALUES);
+    const auto values = text ? SelectableValues(name) : nullptr;
     const std::shared_ptr<DataObject> named = values ? values->Get(text->GetValue()) : nullptr;
     return named ? named->Clone() : value;
+}
+
+std::string PropertyContainer::GetPropertyText(const std::string& name) const {
+    const Update update(Unconst(*this));
+    const Core::QorConstPtr<DataObject> value = GetPropertyByName(name);
+    if (!value)
+        return {};
+    if (const auto values = SelectableValues(name))
+        for (const auto& [text, named] : *values)
+            if (!PropertyValuesDiffer(named, value))
+                return text;
+    return value->ToString();
 }
 
 bool PropertyContainer::SetProperty(const std::string& name, std::shared_ptr<DataObject> value) {
     const Update update(*this);
     RequireValue(value, "p_spValue", category);
     const std::shared_ptr<DataObject> current = FindValue(name);
+    const PropertyAttributes* const attributes = FindAttributes(name);
     if (!current) {
         if (SettingNonExistentPropertiesIsAllowed())
-            return ValidateAndSetValue(name, std::move(value), current);
+            return ValidateAndSetValue(name, std::move(value), nullptr, attributes);
         Warn<SetAttemptedForNonExistantProperty>("Cannot Set the non-existant property <%1%>", name);
         return false;
     }
-    if (PropertyAttributes* const attributes = FindAttributes(name);
-        attributes != nullptr && (attributes->GetPermissions() & eWRITABLE) == 0) {
+    if (attributes != nullptr && (attributes->GetPermissions() & eWRITABLE) == 0) {
         Warn<SetReadOnlyProperty>("Cannot Set the read-only property <%1%>", name);
         return false;
     }
@@ -120,54 +136,74 @@ bool PropertyContainer::SetProperty(const std::string& name, std::shared_ptr<Dat
             PropertyTypeMismatch(Core::FormatText("Attempt to set property <%1%> of type <%2%> to type <%3%>",
                                                   {name, current->GetTypeName(), value->GetTypeName()})),
             QOR_CODE_CONTEXT("PropertyContainer"), category);
-    return ValidateAndSetValue(name, std::move(value), current);
+    return ValidateAndSetValue(name, std::move(value), current, attributes);
 }
 
-void PropertyContainer::Validate(OfferedValue& offered) {
-    const PropertyAttributes* const attributes = FindAttributes(offered.first);
+// Says whether there are validators.
+bool PropertyContainer::Validate(OfferedValue& offered, const PropertyAttributes* attributes) {
     if (attributes == nullptr || attributes->validators.empty())
-        return;
+        return false;
     for (const std::shared_ptr<Validator>& validator : PropertyAttributes::Validators(attributes->validators))
         validator->Execute(offered);
     RequireValue(offered.second, "the value that a validator has left", "Qor.Tivor.PropertyContainer.Validate");
+    return true;
 }
 
 bool PropertyContainer::ValidateAndSetValue(const std::string& name, std::shared_ptr<DataObject> newValue,
-                                            const std::shared_ptr<DataObject>& oldValue) {
+                                            std::shared_ptr<DataObject> oldValue,
+                                            const PropertyAttributes* attributes) {
     OfferedValue offered(name, std::move(newValue));
-    Validate(offered);
-    m_propertyData->Put(name, offered.second);
-    try {
-        return SettleChange(name, offered.second, oldValue);
-    } catch (...) {
-        PutBack(name, oldValue);
-        throw;
+    if (Validate(offered, attributes)) { // a validator may have changed both
+        oldValue = FindValue(name);
+        attributes = FindAttributes(name);
     }
+    if (NobodyAsks(oldValue, attributes)) {
+        m_propertyData->Put(name, std::move(offered.second));
+        return true;
+    }
+    m_propertyData->Put(name, offered.second);
+    return SettleChange(name, offered.second, oldValue, attributes);
 }
 
-// Asks whether a change that was made shall stand.
+bool PropertyContainer::NobodyAsks(const std::shared_ptr<DataObject>& oldValue,
+                                   const PropertyAttributes* attributes) const {
+    return oldValue && (attributes == nullptr || !attributes->changeHandler) && !HasPropertyChangeListeners();
+}
+
+// Asks whether a change that was made shall stand. What the handler itself does to the property came after the change:
+// its events follow, and are forgotten when the former value is put back over it.
 bool PropertyContainer::SettleChange(const std::string& name, const std::shared_ptr<DataObject>& newValue,
-                                     const std::shared_ptr<DataObject>& oldValue) {
-    const PropertyAttributes* const attributes = FindAttributes(name);
-    const std::shared_ptr<ChangeHandler> handler = attributes != nullptr ? attributes->changeHandler : nullptr;
-    const bool isHeard = HasPropertyChangeListeners();
-    if (!handler && oldValue && !isHeard)
+                                     const std::shared_ptr<DataObject>& oldValue,
+                                     const PropertyAttributes* attributes) {
+    if (NobodyAsks(oldValue, attributes))
         return true;
-    const auto event = CreateChangeEvent(name, newValue, oldValue);
-    EPropertyChangeResult result = eACCEPT_CHANGE;
-    if (handler) {
-        result = handler->Execute(*event);
-    } else if (!oldValue) {
-        KeepDefault(name, newValue);
-        result = OnExternalPropertyAdded(*event);
-    }
-    if (result == eREFUSE_CHANGE)
+    const std::shared_ptr<ChangeHandler> handler = attributes != nullptr ? attributes->changeHandler : nullptr;
+    const std::size_t position = NumPendingEvents();
+    try {
+        const auto event = CreateChangeEvent(name, newValue, oldValue);
+        const EPropertyChangeResult result = AskForConsent(*event, handler.get());
+        if (result != eREFUSE_CHANGE && result != eREMOVE_PROPERTY) {
+            if (result == eACCEPT_CHANGE && HasPropertyChangeListeners())
+                Queue(event, std::min(position, NumPendingEvents()));
+            return true;
+        }
+        PutBack(name, result == eREFUSE_CHANGE ? oldValue : nullptr);
+    } catch (...) {
         PutBack(name, oldValue);
-    else if (result == eREMOVE_PROPERTY)
-        RemoveProperty(name);
-    else if (result == eACCEPT_CHANGE && isHeard)
-        Queue(event);
-    return result != eREFUSE_CHANGE && result != eREMOVE_PROPERTY;
+        DropPendingEvents(name, position);
+        throw;
+    }
+    DropPendingEvents(name, position);
+    return false;
+}
+
+EPropertyChangeResult PropertyContainer::AskForConsent(const PropertyChangeEvent& event, ChangeHandler* handler) {
+    if (handler != nullptr)
+        return handler->Execute(event);
+    if (!event.IsNewProperty())
+        return eACCEPT_CHANGE;
+    KeepDefault(event.GetPropertyName(), FindValue(event.GetPropertyName()));
+    return OnExternalPropertyAdded(event);
 }
 
 void PropertyContainer::PutBack(const std::string& name, const std::shared_ptr<DataObject>& oldValue) {

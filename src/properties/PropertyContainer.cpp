@@ -41,6 +41,12 @@ PropertyContainer::PropertyAttributes* PropertyContainer::FindAttributes(const s
     return found != m_attributes.end() ? found->second.get() : nullptr;
 }
 
+std::shared_ptr<PropertyContainer::PropertyAttributes>
+PropertyContainer::ShareAttributes(const std::string& name) const {
+    const auto found = m_attributes.find(name);
+    return found != m_attributes.end() ? found->second : nullptr;
+}
+
 PropertyContainer::PropertyAttributes& PropertyContainer::RequireAttributes(const std::string& name,
                                                                             const char* operation) const {
     if (PropertyAttributes* const attributes = FindAttributes(name))
@@ -116,7 +122,7 @@ void PropertyContainer::AllowSetOfNonExistingProperties(bool allow) {
 }
 
 Core::QorConstPtr<DataObject> PropertyContainer::GetPropertyByName(const std::string& name) const {
-    const Lock lock(m_mutex);
+    const Update update(Unconst(*this));
     return VerifyPropertyRead(name) ? FindValue(name) : nullptr;
 }
 
@@ -174,7 +180,7 @@ void PropertyContainer::SetAttribute(const std::string& name, const std::string&
 }
 
 void PropertyContainer::SetAttribute(const std::string& name, const std::string& attributeKey, const char* text) {
-    SetAttribute(name, attributeKey, MakePropertyValue(text));
+    SetAttribute(name, attributeKey, text != nullptr ? MakePropertyValue(text) : nullptr);
 }
 
 void PropertyContainer::SetAttributes(const std::string& name, const DataContainer& added) {

@@ -1,5 +1,7 @@
 #include "PropertyUpdate.h"
 
+#include <QorCore/ObjectPool.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -27,6 +29,11 @@ public:
 private:
     std::exception_ptr m_first;
 };
+
+Core::ObjectPoolBase& EventPool() {
+    static auto* const pool = new Core::ObjectPoolBase(64, 256);
+    return *pool;
+}
 
 } // namespace
 
@@ -104,19 +111,39 @@ void PropertyContainer::RemovePropertyChangeDelegate(const std::string& name,
 std::shared_ptr<PropertyChangeEvent> PropertyContainer::CreateChangeEvent(const std::string& name,
                                                                           Core::QorConstPtr<DataObject> newValue,
                                                                           Core::QorConstPtr<DataObject> oldValue) {
-    return std::make_shared<PropertyChangeEvent>(*this, name, std::move(newValue), std::move(oldValue));
+    return std::allocate_shared<PropertyChangeEvent>(Core::PoolAllocator<PropertyChangeEvent, &EventPool>(), *this,
+                                                     name, std::move(newValue), std::move(oldValue));
 }
 
-void PropertyContainer::Queue(std::shared_ptr<PropertyChangeEvent> event) {
-    if (!m_pendingEvent)
-        m_pendingEvent = std::move(event);
-    else
-        m_morePendingEvents.push_back(std::move(event));
+void PropertyContainer::Queue(std::shared_ptr<PropertyChangeEvent> event, std::size_t position) {
+    if (position == 0)
+        std::swap(event, m_pendingEvent);
+    if (event)
+        m_morePendingEvents.insert(m_morePendingEvents.begin() +
+                                       static_cast<std::ptrdiff_t>(position == 0 ? 0 : position - 1),
+                                   std::move(event));
 }
 
 void PropertyContainer::DropPendingEvents() {
     m_pendingEvent.reset();
     m_morePendingEvents.clear();
+}
+
+// Those of one property, from a place in the list on.
+void PropertyContainer::DropPendingEvents(const std::string& name, std::size_t from) {
+    std::vector<std::shared_ptr<PropertyChangeEvent>> events = TakePendingEvents();
+    const auto first = events.begin() + static_cast<std::ptrdiff_t>(std::min(from, events.size()));
+    events.erase(std::remove_if(first, events.end(), [&](const auto& one) { return one->GetPropertyName() == name; }),
+                 events.end());
+    for (auto& event : events)
+        Queue(std::move(event));
+}
+
+std::vector<std::shared_ptr<PropertyChangeEvent>> PropertyContainer::TakePendingEvents() {
+    auto events = std::exchange(m_morePendingEvents, {});
+    if (auto first = std::exchange(m_pendingEvent, nullptr))
+        events.insert(events.begin(), std::move(first));
+    return events;
 }
 
 bool PropertyContainer::PerformingMultiPropertyUpdate() const {
@@ -130,6 +157,7 @@ void PropertyContainer::BeginMultiPropertyUpdate() {
 }
 
 void PropertyContainer::EndMultiPropertyUpdate() {
+    const std::shared_ptr<PropertyContainer> kept = weak_from_this().lock();
     Lock lock(m_mutex);
     EndMultiPropertyUpdate(lock);
 }
@@ -137,21 +165,19 @@ void PropertyContainer::EndMultiPropertyUpdate() {
 void PropertyContainer::EndMultiPropertyUpdate(Lock& lock) {
     if (--m_updateDepth != 0 || !m_pendingEvent)
         return;
-    const std::shared_ptr<PropertyChangeEvent> first = std::exchange(m_pendingEvent, nullptr);
     if (m_morePendingEvents.empty()) {
+        const std::shared_ptr<PropertyChangeEvent> only = std::exchange(m_pendingEvent, nullptr);
         lock.Release();
-        return Deliver({&first, 1});
+        return Deliver({&only, 1});
     }
-    auto events = std::exchange(m_morePendingEvents, {});
-    events.insert(events.begin(), first);
+    const auto events = TakePendingEvents();
     lock.Release();
     Deliver(events);
 }
 
-// A listener may end the container, unless somebody shares it.
+// A listener may end the container, unless it is shared: then the update keeps it.
 void PropertyContainer::Deliver(std::span<const std::shared_ptr<PropertyChangeEvent>> events) {
     const std::weak_ptr<const void> life = m_life;
-    const std::shared_ptr<PropertyContainer> kept = weak_from_this().lock();
     FirstException failures;
     for (const std::shared_ptr<PropertyChangeEvent>& event : events) {
         if (life.expired())

@@ -7,9 +7,10 @@
 namespace Qor::Tivor {
 
 bool PropertyContainer::AddValidator(const std::string& name, std::shared_ptr<Validator> validator) {
-    const Lock lock(m_mutex);
-    PropertyAttributes* const attributes = FindAttributes(name);
-    if (attributes == nullptr || !validator)
+    const Update update(*this);
+    const std::shared_ptr<PropertyAttributes> attributes =
+        ShareAttributes(name); // the validator may remove the property
+    if (!attributes || !validator)
         return false;
     if (auto* const attributed = dynamic_cast<AttributedValidator*>(validator.get()))
         attributed->StorePropertyAttributes(*attributes);
@@ -18,10 +19,13 @@ bool PropertyContainer::AddValidator(const std::string& name, std::shared_ptr<Va
 }
 
 void PropertyContainer::RemoveValidator(const std::string& name, std::shared_ptr<Validator> validator) {
-    const Lock lock(m_mutex);
-    PropertyAttributes* const attributes = FindAttributes(name);
-    if (attributes != nullptr && validator)
-        attributes->validators.remove_if([&](const auto& one) { return one->IsEqual(*validator); });
+    const Update update(*this);
+    const std::shared_ptr<PropertyAttributes> attributes = ShareAttributes(name);
+    if (!attributes || !validator)
+        return;
+    PropertyAttributes::Validators kept = attributes->validators;
+    kept.remove_if([&](const auto& one) { return one->IsEqual(*validator); });
+    attributes->validators = std::move(kept);
 }
 
 void PropertyContainer::GetValidators(const std::string& name,
@@ -54,10 +58,9 @@ std::shared_ptr<PropertyContainer::ChangeHandler> PropertyContainer::GetChangeHa
 
 bool PropertyContainer::VerifyPropertyRead(const std::string& name) const {
     const Lock lock(m_mutex);
-    const auto found = m_attributes.find(name);
-    if (found == m_attributes.end())
+    const std::shared_ptr<PropertyAttributes> attributes = ShareAttributes(name); // the handler may remove the property
+    if (!attributes)
         return true;
-    const std::shared_ptr<PropertyAttributes> attributes = found->second; // the handler may remove the property
     if ((attributes->GetPermissions() & eREADABLE) == 0)
         return false;
     if (!attributes->readHandler || attributes->isBeingRead)

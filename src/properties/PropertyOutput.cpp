@@ -2,18 +2,13 @@
 
 #include <QorCore/Message.h>
 
+#include <algorithm>
+
 namespace Qor::Tivor {
 
 OmittingSubProperties::~OmittingSubProperties() = default;
 
 template class GenericWrapper<PropertyContainer>;
-
-namespace {
-
-// Output only reads.
-PropertyContainer& Unconst(const PropertyContainer& container) { return const_cast<PropertyContainer&>(container); }
-
-} // namespace
 
 boost::logic::tribool ValueTraits<PropertyContainer>::Equal(const PropertyContainer& left,
                                                             const PropertyContainer& right) {
@@ -76,10 +71,43 @@ std::shared_ptr<PropertyContainer> PropertyContainer::GetSubProperties(const std
     return wrapper ? wrapper->GetData() : nullptr;
 }
 
+// All objects that are shown here, directly or by those that are shown.
+void PropertyContainer::CollectShown(std::vector<std::shared_ptr<PropertyContainer>>& shown) const {
+    std::vector<std::shared_ptr<PropertyContainer>> mine;
+    {
+        const Lock lock(m_mutex);
+        for (const auto& entry : *m_propertyData)
+            if (auto sub = Unconst(*this).GetSubProperties(entry.key))
+                mine.push_back(std::move(sub));
+    }
+    for (auto& sub : mine) {
+        if (sub.get() == this || std::find(shown.begin(), shown.end(), sub) != shown.end())
+            continue;
+        shown.push_back(sub);
+        sub->CollectShown(shown);
+    }
+}
+
+void PropertyContainer::RequireDistinct(const PropertyContainer* other, const std::string& name) const {
+    const auto raise = [](auto error) {
+        Core::Error::RaiseError(std::move(error), QOR_CODE_CONTEXT("PropertyContainer"),
+                                "Qor.Tivor.PropertyContainer.Aggregate");
+    };
+    if (other == nullptr)
+        raise(Core::NullPointerError("A container is needed; p_spSubContainer is null"));
+    std::vector<std::shared_ptr<PropertyContainer>> shown;
+    other->CollectShown(shown);
+    const auto isThis = [this](const auto& one) { return one.get() == this; };
+    if (other == this || std::any_of(shown.begin(), shown.end(), isThis))
+        raise(LogicError(Core::FormatText(
+            "Expected an object that does not show this one for the property <%1%>, found one that does", {name})));
+}
+
 void PropertyContainer::Aggregate(std::shared_ptr<PropertyContainer> subContainer, const std::string& name,
                                   const std::string& displayName, const std::string& category,
                                   const std::string& description) {
     const Update update(*this);
+    RequireDistinct(subContainer.get(), name);
     AddProperty(name, GenericWrapper<PropertyContainer>::Create(std::move(subContainer)), eREADABLE);
     PropertyAttributes& attributes = MakeAttributes(name);
     attributes.PutValue(sPROPERTY_DISPLAY_NAME, displayName);

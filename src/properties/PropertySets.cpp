@@ -19,6 +19,7 @@ std::uint64_t PropertyContainer::MultiplePropertySet(const DataContainer& values
     const Update update(*this);
     const DataContainer snapshot(*m_propertyData);
     const AttributeTable formerAttributes = m_attributes;
+    const std::size_t position = NumPendingEvents();
     try {
         DataContainer changes;
         for (const auto& [name, offered] : values) {
@@ -30,13 +31,13 @@ std::uint64_t PropertyContainer::MultiplePropertySet(const DataContainer& values
         }
         for (const auto& [name, value] : changes) {
             OfferedValue offered(name, value);
-            Validate(offered);
+            Validate(offered, FindAttributes(name));
             if (offered.second == value)
                 continue;
             m_propertyData->Put(name, offered.second);
             changes.Put(name, offered.second);
         }
-        const std::uint64_t count = ApplyPropertyChanges(snapshot, changes);
+        const std::uint64_t count = ApplyPropertyChanges(snapshot, changes, position);
         if (!applyPermissions)
             Reorder(values);
         return count;
@@ -46,16 +47,24 @@ std::uint64_t PropertyContainer::MultiplePropertySet(const DataContainer& values
     }
 }
 
-std::uint64_t PropertyContainer::ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes) {
+// What validators and handlers do to a property before its own turn is undone, with its events, which stand in the list
+// from `position` on.
+std::uint64_t PropertyContainer::ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes,
+                                                      std::size_t position) {
     std::uint64_t count = 0;
+    bool othersMadeEvents = NumPendingEvents() != position;
     for (const auto& [name, value] : changes) {
         const auto former = std::const_pointer_cast<DataObject>(current.Get(name));
         if (!PropertyValuesDiffer(former, value))
             continue;
         if (FindValue(name) != value)
             m_propertyData->Put(name, value);
-        if (SettleChange(name, value, former))
+        if (othersMadeEvents)
+            DropPendingEvents(name, position);
+        const std::size_t before = NumPendingEvents();
+        if (SettleChange(name, value, former, FindAttributes(name)))
             ++count;
+        othersMadeEvents = othersMadeEvents || NumPendingEvents() > before + 1;
     }
     return count;
 }

@@ -23,14 +23,21 @@ void CloseUpdate(int exceptionsBefore, End end) {
     }
 }
 
+/// Those operations are const which change nothing themselves.
+inline PropertyContainer& Unconst(const PropertyContainer& container) {
+    return const_cast<PropertyContainer&>(container);
+}
+
 /// Raises `NullPointerError` for a null argument.
 void RequireValue(const std::shared_ptr<DataObject>& value, const char* argument, const char* category);
 
-/// An operation that changes properties: holds the lock for its whole run, and closes its update in the end.
+/// An operation that changes properties, or asks handlers which may: holds the lock for its whole run, closes its
+/// update in the end, and keeps a shared container alive until then.
 class PropertyContainer::Update {
 public:
     explicit Update(PropertyContainer& container)
-        : m_container(container), m_lock(container.m_mutex), m_exceptions(std::uncaught_exceptions()) {
+        : m_container(container), m_kept(container.weak_from_this().lock()), m_lock(container.m_mutex),
+          m_exceptions(std::uncaught_exceptions()) {
         ++container.m_updateDepth;
     }
     Update(const Update&) = delete;
@@ -41,6 +48,7 @@ public:
 
 private:
     PropertyContainer& m_container;
+    std::shared_ptr<PropertyContainer> m_kept; // until after the lock
     Lock m_lock;
     int m_exceptions;
 };

@@ -13,7 +13,15 @@ const char* const attributesKey = "Attributes";
 
 } // namespace
 
-PropertyContainer::RestorePoint::RestorePoint(PropertyContainer& container) : m_container(&container) {
+PropertyContainer::RestorePoint::RestorePoint(PropertyContainer& container) : RestorePoint(container, nullptr) {
+    std::vector<std::shared_ptr<PropertyContainer>> shown;
+    container.CollectShown(shown);
+    for (std::shared_ptr<PropertyContainer>& sub : shown)
+        m_nested.push_back(RestorePoint(*sub, sub));
+}
+
+PropertyContainer::RestorePoint::RestorePoint(PropertyContainer& container, std::shared_ptr<PropertyContainer> shown)
+    : m_container(&container), m_shown(std::move(shown)) {
     const Lock lock(container.m_mutex);
     const auto kept = DataContainer::Create();
     kept->Put(propertiesKey, std::make_shared<DataContainer>(*container.m_propertyData));
@@ -22,9 +30,6 @@ PropertyContainer::RestorePoint::RestorePoint(PropertyContainer& container) : m_
         attributes->Put(name, std::make_shared<DataContainer>(*record));
     kept->Put(attributesKey, attributes);
     m_kept = kept;
-    for (const auto& entry : *container.m_propertyData)
-        if (const auto sub = container.GetSubProperties(entry.key))
-            m_nested.emplace_back(*sub);
 }
 
 PropertyContainer::RestorePoint::RestorePoint(const RestorePoint& other) = default;
@@ -32,7 +37,7 @@ PropertyContainer::RestorePoint& PropertyContainer::RestorePoint::operator=(cons
 PropertyContainer::RestorePoint::~RestorePoint() = default;
 
 bool PropertyContainer::RestorePoint::PropertiesChanged() const {
-    const RestorePoint now(*m_container);
+    const RestorePoint now(*m_container, nullptr);
     for (const char* const part : {propertiesKey, attributesKey}) {
         if (*m_kept->GetPtr<DataContainer>(part) == *now.m_kept->GetPtr<DataContainer>(part))
             continue;
@@ -53,6 +58,7 @@ void PropertyContainer::RestorePoint::RestoreProperties() {
 void PropertyContainer::RestoreFrom(const DataContainer& properties, const DataContainer& attributes) {
     const DataContainer snapshot(*m_propertyData);
     const AttributeTable formerAttributes = m_attributes;
+    const std::size_t position = NumPendingEvents();
     try {
         AttributeTable restored;
         for (const auto& entry : attributes) {
@@ -66,7 +72,7 @@ void PropertyContainer::RestoreFrom(const DataContainer& properties, const DataC
             if (!properties.Exists(name) && !SettleRemoval(name, value) && m_attributes.count(name) != 0)
                 restored.emplace(name, m_attributes[name]);
         m_attributes = std::move(restored);
-        ApplyPropertyChanges(snapshot, properties);
+        ApplyPropertyChanges(snapshot, properties, position);
         Reorder(properties);
     } catch (...) {
         RollBackTo(snapshot, formerAttributes);
@@ -77,7 +83,7 @@ void PropertyContainer::RestoreFrom(const DataContainer& properties, const DataC
 // Says whether the property is gone: its change handler may have it back.
 bool PropertyContainer::SettleRemoval(const std::string& name, const std::shared_ptr<DataObject>& oldValue) {
     m_propertyData->Remove(name);
-    const bool isGone = SettleChange(name, nullptr, oldValue);
+    const bool isGone = SettleChange(name, nullptr, oldValue, FindAttributes(name));
     return isGone || !m_propertyData->Exists(name);
 }
 

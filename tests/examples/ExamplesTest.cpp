@@ -45,21 +45,31 @@ TEST(InstrumentSettings, AreGuardedSavedAndRestored) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.output,
               "one by one:\n"
-              "  Objective: 10 -> 50\n"
-              "  Range: 0.1 mm -> 250 um\n"
+              "  Objective: now 50x, was 10\n"
+              "  Range: now 250 um, was 0.1 mm\n"
               "exposure refused: Expected an exposure above 0 ms, found -1\n"
               "range refused: Attempted to set the Range property to a value with invalid units of Second\n"
               "together:\n"
-              "  Exposure: 4 -> 8\n"
-              "  Objective: 50 -> 10\n"
+              "  Exposure: now 8, was 4\n"
+              "  Objective: now 10x, was 50\n"
               "Camera\n  Exposure (ms) = 8 *\n  Serial number = C-17 (fixed)\n"
-              "Optics\n  Objective = 10\n"
+              "Optics\n  Objective = 10x\n"
               "Stage\n  Scan range = 250 um *\n"
               "QOR Binary Data File: the same\nQOR XML Data File: the same\n"
               "restored:\n"
-              "  Exposure: 8 -> 4\n"
-              "  Range: 250 um -> 0.1 mm\n"
+              "  Exposure: now 4, was 8\n"
+              "  Range: now 0.1 mm, was 250 um\n"
               "changed since: no\n");
+    const std::string source = ReadFileText(project / "examples/instrument_settings.cpp");
+    const std::string page = ReadFileText(project / "docs/properties.md");
+    const std::string open = "```cpp\n";
+    int numBlocks = 0;
+    for (std::size_t at = page.find(open); at != std::string::npos; at = page.find(open, at + 1), ++numBlocks) {
+        const std::size_t begin = at + open.size();
+        const std::string block = page.substr(begin, page.find("```\n", begin) - begin);
+        EXPECT_NE(source.find(block), std::string::npos) << block;
+    }
+    EXPECT_GT(numBlocks, 3);
 }
 
 } // namespace Qor::Tivor::Testing

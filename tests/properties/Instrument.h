@@ -3,6 +3,7 @@
 #include <Tivor/PropertyHandlers.h>
 
 #include <functional>
+#include <thread>
 
 namespace Qor::Tivor::Testing {
 
@@ -48,10 +49,12 @@ public:
                     std::move(handler));
     }
 
-    EPropertyChangeResult resultForExternal = eACCEPT_CHANGE;
+    std::function<EPropertyChangeResult(const PropertyChangeEvent&)> onExternal;
 
 protected:
-    EPropertyChangeResult OnExternalPropertyAdded(const PropertyChangeEvent&) override { return resultForExternal; }
+    EPropertyChangeResult OnExternalPropertyAdded(const PropertyChangeEvent& event) override {
+        return onExternal ? onExternal(event) : PropertyContainer::OnExternalPropertyAdded(event);
+    }
 };
 
 /// Any function as a callback.
@@ -101,6 +104,11 @@ public:
     std::vector<std::string> events;
     std::function<void(const PropertyChangeEvent&)> action;
 };
+
+/// Waits for the container's lock on another thread: for ever if it was not released.
+inline void NeedTheLock(const PropertyContainer& container) {
+    std::thread([&] { container.NumProperties(); }).join();
+}
 
 using Events = std::vector<std::string>;
 

@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 namespace Qor::Tivor::Testing {
 
 namespace {
@@ -25,16 +23,6 @@ std::string TextOf(const PropertyContainer& container, const std::string& name) 
 std::string TextOf(const DataContainer& container, const std::string& key) {
     const auto value = container.Get(key);
     return value ? value->ToString() : "none";
-}
-
-/// Whether another thread gets the container's lock.
-bool LockIsFree(const PropertyContainer& container) {
-    bool isFree = false;
-    std::thread([&] {
-        container.NumProperties();
-        isFree = true;
-    }).join();
-    return isFree;
 }
 
 } // namespace
@@ -119,7 +107,7 @@ TEST(Properties, RefuseWhatTheyMust) {
     EXPECT_EQ(assertion.GetText(), "spCurrentDefault->HoldsSameTypeAs( *p_spDefaultValue )");
     EXPECT_EQ(TextOf(instrument, "Gain") + TextOf(instrument, "Serial"), "17");
     EXPECT_EQ(log.Take(), Events());
-    EXPECT_TRUE(LockIsFree(instrument));
+    NeedTheLock(instrument);
 }
 
 TEST(Properties, ThatComeFromOutside) {
@@ -130,12 +118,14 @@ TEST(Properties, ThatComeFromOutside) {
     EXPECT_EQ(instrument.GetPermissions("new"), Instrument::eREADABLE_WRITABLE);
     EXPECT_TRUE(instrument.SetValue("new", 6));
     EXPECT_EQ(log.Take(), (Events{"new: none -> 5", "new: 5 -> 6"}));
-    for (const auto result : {eREFUSE_CHANGE, eREMOVE_PROPERTY}) {
-        instrument.resultForExternal = result;
+    EPropertyChangeResult result = eREFUSE_CHANGE;
+    instrument.onExternal = [&](const PropertyChangeEvent&) { return result; };
+    for (const auto refusing : {eREFUSE_CHANGE, eREMOVE_PROPERTY}) {
+        result = refusing;
         EXPECT_FALSE(instrument.SetValue("other", 1));
         EXPECT_FALSE(instrument.PropertyExists("other"));
     }
-    instrument.resultForExternal = static_cast<EPropertyChangeResult>(9);
+    result = static_cast<EPropertyChangeResult>(9);
     EXPECT_TRUE(instrument.SetValue("other", 1) && instrument.PropertyExists("other"));
     EXPECT_EQ(log.Take(), Events());
 }
@@ -205,7 +195,7 @@ TEST(Properties, ReadHandlersMayReadTheirProperty) {
     RaisedBy<Core::Error>([&] { instrument.GetPropertyByName("p"); });
     instrument.SetReadHandler("p", nullptr);
     EXPECT_EQ(TextOf(instrument, "p"), "1");
-    EXPECT_TRUE(LockIsFree(instrument));
+    NeedTheLock(instrument);
 }
 
 TEST(Properties, AreSetTogetherOrNotAtAll) {
@@ -235,7 +225,7 @@ TEST(Properties, AreSetTogetherOrNotAtAll) {
     EXPECT_EQ(TextOf(instrument, "a") + ' ' + TextOf(instrument, "b"), "1 20");
     EXPECT_EQ(log.Take(), Events());
     EXPECT_FALSE(instrument.PerformingMultiPropertyUpdate());
-    EXPECT_TRUE(LockIsFree(instrument));
+    NeedTheLock(instrument);
 
     values.Remove("b");
     instrument.InputProperties(values);
@@ -263,6 +253,16 @@ TEST(Properties, GoThroughBothForms) {
     instrument.GetAttributes("sub", attributes);
     EXPECT_EQ(TextOf(attributes, sPROPERTY_CATEGORY) + ": " + TextOf(attributes, sPROPERTY_DESCRIPTION),
               "External: Properties for an external object aggregated by this object");
+
+    EXPECT_NE(RaisedBy<Core::NullPointerError>([&] { sub->Aggregate(nullptr, "x", "", "", ""); }).GetText(), "");
+    const auto middle = std::make_shared<Instrument>();
+    middle->Aggregate(sub, "sub", "", "", "");
+    const auto outer = std::make_shared<Instrument>();
+    outer->Aggregate(middle, "middle", "", "", "");
+    for (const auto& shown : {sub, middle, outer})
+        EXPECT_EQ(RaisedBy<LogicError>([&] { sub->Aggregate(shown, "x", "", "", ""); }).GetText(),
+                  "Expected an object that does not show this one for the property <x>, found one that does");
+    EXPECT_EQ(sub->NumProperties(), 1u);
 
     Warnings warnings;
     Core::MemoryOutputStream bytes;
@@ -302,6 +302,7 @@ TEST(Properties, AcceptWhatTheirValidatorsKnow) {
     EXPECT_TRUE(instrument.SetValue("Mode", EMode::fast));
     EXPECT_TRUE(instrument.SetValue("Mode", "Slow"));
     EXPECT_EQ(instrument.GetValue<EMode>("Mode"), EMode::slow);
+    EXPECT_EQ(instrument.GetPropertyText("Mode") + instrument.GetPropertyText("none"), "Slow");
     RaisedBy<PropertyTypeMismatch>([&] { instrument.SetValue("Mode", "slow"); });
     const auto illegal = RaisedBy<IllegalValueError>([&] { instrument.SetValue("Mode", EMode::odd); });
     EXPECT_EQ(illegal.GetText(), "Attempted to set the Mode property to an illegal value of 7.");

@@ -125,7 +125,7 @@ TEST(PropertyEvents, OfAFailedScopeAreLogged) {
 
 TEST(RestorePoints, BringBackWhatWasThere) {
     Instrument instrument(true);
-    const auto sub = std::make_shared<Instrument>();
+    auto sub = std::make_shared<Instrument>();
     sub->Add("inner", 1);
     instrument.Add("a", 1);
     instrument.Add("gone", 1);
@@ -145,6 +145,11 @@ TEST(RestorePoints, BringBackWhatWasThere) {
     log.Take();
     subLog.Take();
     const PropertyContainer::RestorePoint later(instrument);
+    const std::weak_ptr<Instrument> kept = sub;
+    std::dynamic_pointer_cast<GenericWrapper<PropertyContainer>>(Instrument::GetPropertyData(instrument)->Get("sub"))
+        ->SetData(std::make_shared<Instrument>());
+    sub.reset();
+    EXPECT_FALSE(kept.expired());
     EXPECT_TRUE(point.PropertiesChanged());
     point.RestoreProperties();
     EXPECT_FALSE(point.PropertiesChanged());

@@ -44,7 +44,8 @@ private:
     void Leave() {
         const std::lock_guard lock(m_mutex);
         m_callers.erase(std::find(m_callers.begin(), m_callers.end(), std::this_thread::get_id()));
-        m_left.notify_all();
+        if (m_isClosed)
+            m_left.notify_all();
     }
 
     const std::weak_ptr<State> m_state;
