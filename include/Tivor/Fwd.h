@@ -12,12 +12,18 @@ class XMLWriter;
 
 namespace Qor::Tivor {
 enum ETypeID : std::uint32_t;
+class ArrayPosition1D;
+class ArrayPosition2D;
 class BinaryDataFile;
 class DataContainer;
 class DataContainerWrapper;
 class DataFile;
 class DataObject;
+class FixedSpacing1D;
+class FixedSpacing2D;
 class MutexLockableDataObject;
+class Position1D;
+class Position2D;
 class ScalarData;
 class Serializer;
 class XMLContentHandler;
