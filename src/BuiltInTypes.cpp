@@ -3,6 +3,8 @@
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/CollectionSerialization.h>
 #include <Tivor/DataContainer.h>
+#include <Tivor/Position1D.h>
+#include <Tivor/Position2D.h>
 #include <Tivor/ScalarData.h>
 
 namespace Qor::Tivor {
@@ -30,7 +32,7 @@ std::shared_ptr<DataObject> CreateContainer(ETypeID, const std::string&) {
 constexpr auto creators = [] {
     std::array<BuiltInCreator, builtInTypeFacts.size()> byRow{};
 #define TIVOR_VALUE(T, id, name) byRow[rowOf<T>] = &CreateValue<T>;
-    TIVOR_BUILT_IN_VALUES TIVOR_COLLECTION_VALUES
+    TIVOR_BUILT_IN_VALUES TIVOR_COLLECTION_VALUES TIVOR_POSITION_1D_VALUES TIVOR_POSITION_2D_VALUES
 #undef TIVOR_VALUE
 #define TIVOR_ROW(T, STEM, code, position, name) byRow[FindTypeRow(eSCALAR_ARRAY, "Array_" name)] = &CreateArray<T>;
         TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW)

@@ -84,15 +84,15 @@ struct BuiltInTraits {
         return Details::MakePooled<facts.id, EPooled::value, T>(std::forward<Arguments>(arguments)...);
     }
     template <class... Arguments>
-    static std::shared_ptr<Data<T>> MakeData(Arguments&&... arguments) {
-        return Details::MakePooled<facts.id, EPooled::object, Data<T>>(std::forward<Arguments>(arguments)...);
+    static std::shared_ptr<DataOf<T>> MakeData(Arguments&&... arguments) {
+        return Details::MakePooled<facts.id, EPooled::object, DataOf<T>>(std::forward<Arguments>(arguments)...);
     }
 
     /// NaN equals NaN: a value that nobody changed is the same value.
     static boost::logic::tribool Equal(const T& left, const T& right);
     /// Of collections the first elements.
     static std::string ToString(const T& value);
-    static std::shared_ptr<Serializer> MakeSerializer(Data<T>& object);
+    static std::shared_ptr<Serializer> MakeSerializer(DataOf<T>& object);
 };
 
 /// The value types that are data objects by this header: expands TIVOR_VALUE(type, identifier, class name) for each.
@@ -130,6 +130,18 @@ struct BuiltInTraits {
     extern template class TIVOR_API GenericWrapper<T>;                                                                 \
     extern template class TIVOR_API Data<T>;
 
+/// The same of a class that is wrapped as its base; the base has a wrapper of its own.
+#define TIVOR_DECLARE_DERIVED_VALUE(Base, T, id, name)                                                                 \
+    template <>                                                                                                        \
+    inline constexpr std::size_t rowOf<T> = FindTypeRow(id, "" name);                                                  \
+    template <>                                                                                                        \
+    struct WrappedAs<T> : std::type_identity<Base> {};                                                                 \
+    extern template struct TIVOR_API BuiltInTraits<T>;                                                                 \
+    template <>                                                                                                        \
+    struct ValueTraits<T> : BuiltInTraits<T> {};                                                                       \
+    extern template class TIVOR_API Details::WrapperOfDerived<T, GenericWrapper<Base>>;                                \
+    extern template class TIVOR_API Data<T, GenericWrapper<Base>>;
+
 #define TIVOR_VALUE TIVOR_DECLARE_VALUE
 TIVOR_BUILT_IN_VALUES
 #undef TIVOR_VALUE
@@ -137,11 +149,11 @@ TIVOR_BUILT_IN_VALUES
 /// A new data object that holds the value, from the class's pool where it has one: a deep copy, or, of a temporary, the
 /// value itself.
 template <class T>
-std::shared_ptr<Data<T>> MakeData(const T& value) {
+std::shared_ptr<DataOf<T>> MakeData(const T& value) {
     return ValueTraits<T>::MakeData(ValueTraits<T>::Clone(value));
 }
 template <class T>
-requires(!std::is_reference_v<T> && !std::is_const_v<T>) std::shared_ptr<Data<T>> MakeData(T&& value) {
+requires(!std::is_reference_v<T> && !std::is_const_v<T>) std::shared_ptr<DataOf<T>> MakeData(T&& value) {
     return ValueTraits<T>::MakeData(ValueTraits<T>::MakeValue(std::move(value)));
 }
 

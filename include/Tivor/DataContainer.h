@@ -254,14 +254,10 @@ private:
 
     template <class T, class Object>
     static std::shared_ptr<T> GetPtrFrom(const std::shared_ptr<Object>& found) {
-        if constexpr (std::is_base_of_v<DataObject, T>) {
+        if constexpr (std::is_base_of_v<DataObject, T>)
             return std::dynamic_pointer_cast<T>(found);
-        } else {
-            using Wrapper = GenericWrapper<std::remove_const_t<T>>;
-            const auto object =
-                std::dynamic_pointer_cast<std::conditional_t<std::is_const_v<T>, const Wrapper, Wrapper>>(found);
-            return object ? object->GetData() : nullptr;
-        }
+        else
+            return Details::GetHeld<T>(found);
     }
 
     void PutMade(const std::string& key, std::shared_ptr<MutexLockableDataObject> object);

@@ -16,12 +16,21 @@ namespace Qor::Tivor {
 /// * `static std::shared_ptr<T> CreateDefault()`: the default value.
 /// * `static boost::logic::tribool Equal(const T&, const T&)`: indeterminate where values cannot be compared.
 /// * `static std::string ToString(const T&)`: the textual form.
-/// * `static std::shared_ptr<Serializer> MakeSerializer(Data<T>&)`.
-/// * `template <class... A> static std::shared_ptr<Data<T>> MakeData(A&&...)`: a new wrapper.
+/// * `static std::shared_ptr<Serializer> MakeSerializer(DataOf<T>&)`.
+/// * `template <class... A> static std::shared_ptr<DataOf<T>> MakeData(A&&...)`: a new wrapper.
 /// * where the base data type is not T itself: `static void GetBaseDataTypeInfo(ETypeID&, std::string&)`.
 /// * containers, which guard themselves against other threads: `static constexpr bool guardsItself = true`.
 template <class T>
 struct ValueTraits;
+
+/// The type of the wrapper that holds a T: T itself, or a base of it that was chosen by a specialisation, which stands
+/// in front of the traits.
+template <class T>
+struct WrappedAs : std::type_identity<T> {};
+
+/// The class of the data objects that hold a T.
+template <class T>
+using DataOf = Data<T, GenericWrapper<typename WrappedAs<T>::type>>;
 
 namespace Details {
 
@@ -217,6 +226,23 @@ private:
     template <class InPlace, class Make>
     void Change(InPlace inPlace, Make make);
 };
+
+namespace Details {
+
+/// The value that a data object holds, if that is a T; only const values of const objects.
+template <class T, class Object>
+std::shared_ptr<T> GetHeld(const std::shared_ptr<Object>& object) {
+    using Value = std::remove_const_t<T>;
+    using Wrapper = GenericWrapper<typename WrappedAs<Value>::type>;
+    const auto wrapper =
+        std::dynamic_pointer_cast<std::conditional_t<std::is_const_v<T>, const Wrapper, Wrapper>>(object);
+    if constexpr (std::is_same_v<Value, typename Wrapper::ValueType>)
+        return wrapper ? wrapper->GetData() : nullptr;
+    else
+        return wrapper ? std::dynamic_pointer_cast<T>(wrapper->GetData()) : nullptr;
+}
+
+} // namespace Details
 
 template <class T>
 boost::logic::tribool GenericWrapper<T>::HoldsSameValueAs(const DataObject& other) {

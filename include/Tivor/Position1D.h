@@ -100,4 +100,28 @@ private:
     bool m_spacingIsFixed = true;
 };
 
+/// The position functions of profiles that can be stored: expands TIVOR_VALUE(type, identifier, class name) for each.
+/// The class of their data objects is `Data<FixedSpacing1D, GenericWrapper<Position1D>>`, and so on.
+///
+/// Stored form: of a fixed spacing a unitized value, in XML in an element "Spacing"; of an array its unit, a 64-bit
+/// count and the positions.
+#define TIVOR_POSITION_1D_VALUES                                                                                       \
+    TIVOR_VALUE(FixedSpacing1D, eNAMED_CLASS, "FixedSpacing1D")                                                        \
+    TIVOR_VALUE(ArrayPosition1D, eNAMED_CLASS, "ArrayPosition1D")
+
+/// A position function of any class; without a class of its own it is not stored.
+template <>
+struct ValueTraits<Position1D> {
+    static ETypeID GetTypeID() { return ePOSITION_1D; }
+    static std::string GetTypeName() { return "Position1D"; }
+    /// Indeterminate for two of the same class that is not one of this library.
+    TIVOR_API static boost::logic::tribool Equal(const Position1D& left, const Position1D& right);
+    TIVOR_API static std::string ToString(const Position1D& value);
+};
+
+extern template class TIVOR_API GenericWrapper<Position1D>;
+#define TIVOR_VALUE(T, id, name) TIVOR_DECLARE_DERIVED_VALUE(Position1D, T, id, name)
+TIVOR_POSITION_1D_VALUES
+#undef TIVOR_VALUE
+
 } // namespace Qor::Tivor

@@ -156,4 +156,28 @@ private:
     Dimension m_dim2;
 };
 
+/// The position functions of maps that can be stored: expands TIVOR_VALUE(type, identifier, class name) for each. The
+/// class of their data objects is `Data<FixedSpacing2D, GenericWrapper<Position2D>>`, and so on.
+///
+/// Stored form, dimension 1 before dimension 2: of fixed spacings two unitized values, in XML in elements "Dim1Spacing"
+/// and "Dim2Spacing"; of arrays a unit, a 64-bit count and the positions of each.
+#define TIVOR_POSITION_2D_VALUES                                                                                       \
+    TIVOR_VALUE(FixedSpacing2D, eNAMED_CLASS, "FixedSpacing2D")                                                        \
+    TIVOR_VALUE(ArrayPosition2D, eNAMED_CLASS, "ArrayPosition2D")
+
+/// A position function of any class; without a class of its own it is not stored.
+template <>
+struct ValueTraits<Position2D> {
+    static ETypeID GetTypeID() { return ePOSITION_2D; }
+    static std::string GetTypeName() { return "Position2D"; }
+    /// Indeterminate for two of the same class that is not one of this library.
+    TIVOR_API static boost::logic::tribool Equal(const Position2D& left, const Position2D& right);
+    TIVOR_API static std::string ToString(const Position2D& value);
+};
+
+extern template class TIVOR_API GenericWrapper<Position2D>;
+#define TIVOR_VALUE(T, id, name) TIVOR_DECLARE_DERIVED_VALUE(Position2D, T, id, name)
+TIVOR_POSITION_2D_VALUES
+#undef TIVOR_VALUE
+
 } // namespace Qor::Tivor

@@ -460,8 +460,7 @@ std::optional<T> PropertyContainer::GetValue(const std::string& name) const {
         const auto* const scalar = dynamic_cast<const ScalarData*>(value.get());
         return scalar != nullptr ? GetEnum<T>(*scalar) : std::nullopt;
     } else {
-        const auto* const wrapper = dynamic_cast<const GenericWrapper<T>*>(value.get());
-        const std::shared_ptr<const T> held = wrapper != nullptr ? wrapper->GetData() : nullptr;
+        const std::shared_ptr<const T> held = Details::GetHeld<const T>(value);
         return held ? std::optional<T>(*ValueTraits<T>::Clone(*held)) : std::nullopt;
     }
 }

@@ -1,3 +1,4 @@
+#include "ArrayPositionSerializer.h"
 #include "PositionArrays.h"
 
 #include <QorCore/Message.h>
@@ -59,5 +60,15 @@ bool ArrayPosition1D::operator==(const ArrayPosition1D& other) const {
 }
 
 std::string ArrayPosition1D::ToString() const { return PositionArrays::Text(GetPositionArray(), *m_units); }
+
+template <>
+struct PositionStorage<ArrayPosition1D> {
+    static constexpr std::array rows = {
+        StoredPositions<ArrayPosition1D>{&ArrayPosition1D::GetPositionUnits, &ArrayPosition1D::GetPositionArray}};
+
+    static ArrayPosition1D Make(const ReadPositions& read) { return {read.positions, read.size, read.units}; }
+};
+
+TIVOR_DEFINE_DERIVED_VALUE(Position1D, ArrayPosition1D)
 
 } // namespace Qor::Tivor

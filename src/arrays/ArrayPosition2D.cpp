@@ -1,3 +1,4 @@
+#include "ArrayPositionSerializer.h"
 #include "PositionArrays.h"
 
 #include <QorCore/Message.h>
@@ -120,5 +121,18 @@ std::string ArrayPosition2D::ToString() const {
     return PositionArrays::Text(GetDim1PositionArray(), *m_dim1.units) + " x " +
            PositionArrays::Text(GetDim2PositionArray(), *m_dim2.units);
 }
+
+template <>
+struct PositionStorage<ArrayPosition2D> {
+    static constexpr std::array rows = {
+        StoredPositions<ArrayPosition2D>{&ArrayPosition2D::GetDim1Units, &ArrayPosition2D::GetDim1PositionArray},
+        StoredPositions<ArrayPosition2D>{&ArrayPosition2D::GetDim2Units, &ArrayPosition2D::GetDim2PositionArray}};
+
+    static ArrayPosition2D Make(const ReadPositions& dim1, const ReadPositions& dim2) {
+        return {dim1.positions, dim2.positions, dim1.size, dim2.size, dim1.units, dim2.units};
+    }
+};
+
+TIVOR_DEFINE_DERIVED_VALUE(Position2D, ArrayPosition2D)
 
 } // namespace Qor::Tivor

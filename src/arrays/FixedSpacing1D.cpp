@@ -1,4 +1,4 @@
-#include "../serialization/ValueOperations.h"
+#include "FixedSpacingSerializer.h"
 
 #include <Tivor/Position1D.h>
 
@@ -17,5 +17,12 @@ bool FixedSpacing1D::operator==(const FixedSpacing1D& other) const {
 }
 
 std::string FixedSpacing1D::ToString() const { return m_spacing.ToString(); }
+
+template <>
+struct StoredSpacings<FixedSpacing1D> {
+    static constexpr std::array rows = {StoredSpacing<FixedSpacing1D>{"Spacing", &FixedSpacing1D::GetSpacing}};
+};
+
+TIVOR_DEFINE_DERIVED_VALUE(Position1D, FixedSpacing1D)
 
 } // namespace Qor::Tivor

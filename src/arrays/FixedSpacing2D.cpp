@@ -1,4 +1,4 @@
-#include "../serialization/ValueOperations.h"
+#include "FixedSpacingSerializer.h"
 
 #include <QorCore/Message.h>
 #include <Tivor/Position2D.h>
@@ -79,5 +79,13 @@ bool FixedSpacing2D::operator==(const FixedSpacing2D& other) const {
 }
 
 std::string FixedSpacing2D::ToString() const { return m_dim1Spacing.ToString() + " x " + m_dim2Spacing.ToString(); }
+
+template <>
+struct StoredSpacings<FixedSpacing2D> {
+    static constexpr std::array rows = {StoredSpacing<FixedSpacing2D>{"Dim1Spacing", &FixedSpacing2D::GetDim1Spacing},
+                                        StoredSpacing<FixedSpacing2D>{"Dim2Spacing", &FixedSpacing2D::GetDim2Spacing}};
+};
+
+TIVOR_DEFINE_DERIVED_VALUE(Position2D, FixedSpacing2D)
 
 } // namespace Qor::Tivor

@@ -11,6 +11,10 @@
     template struct BuiltInTraits<T>;                                                                                  \
     template class GenericWrapper<T>;                                                                                  \
     template class Data<T>;
+#define TIVOR_DEFINE_DERIVED_VALUE(Base, T)                                                                            \
+    template struct BuiltInTraits<T>;                                                                                  \
+    template class Details::WrapperOfDerived<T, GenericWrapper<Base>>;                                                 \
+    template class Data<T, GenericWrapper<Base>>;
 
 namespace Qor::Tivor {
 

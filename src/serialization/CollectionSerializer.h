@@ -150,7 +150,7 @@ private:
 };
 
 template <class T>
-std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(DataOf<T>& object) {
     return std::make_shared<CollectionSerializer<T>>(object);
 }
 

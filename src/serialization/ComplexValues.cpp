@@ -42,7 +42,7 @@ public:
 } // namespace
 
 template <class T>
-std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(DataOf<T>& object) {
     return std::make_shared<ComplexSerializer<T>>(object);
 }
 

@@ -97,7 +97,7 @@ static_assert(Core::Elapse::GetSerializedSize() == BuiltInTraits<Core::Elapse>::
 } // namespace
 
 template <class T>
-std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(DataOf<T>& object) {
     return Details::MakePooled<facts.id, EPooled::serializer, StoredValueSerializer<T>>(object);
 }
 

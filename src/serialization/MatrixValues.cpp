@@ -53,7 +53,7 @@ public:
 } // namespace
 
 template <class T>
-std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(DataOf<T>& object) {
     return std::make_shared<MatrixSerializer<T>>(object);
 }
 

@@ -47,7 +47,7 @@ private:
 } // namespace
 
 template <class T>
-std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(DataOf<T>& object) {
     static_assert(sizeof(T) == facts.constantSize);
     return Details::MakePooled<facts.id, EPooled::serializer, NumberSerializer<T>>(object);
 }

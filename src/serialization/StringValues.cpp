@@ -86,7 +86,7 @@ private:
 } // namespace
 
 template <class T>
-std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(Data<T>& object) {
+std::shared_ptr<Serializer> BuiltInTraits<T>::MakeSerializer(DataOf<T>& object) {
     return Details::MakePooled<facts.id, EPooled::serializer, StringSerializer<T>>(object);
 }
 

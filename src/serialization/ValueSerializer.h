@@ -9,12 +9,12 @@ namespace Qor::Tivor {
 template <class T>
 class ValueSerializer : public BuiltInSerializerBase {
 public:
-    explicit ValueSerializer(Data<T>& object) : m_object(object) {}
+    explicit ValueSerializer(DataOf<T>& object) : m_object(object) {}
 
     DataObject& GetDataObject() final { return m_object; }
 
 protected:
-    Data<T>& m_object;
+    DataOf<T>& m_object;
 };
 
 } // namespace Qor::Tivor
