@@ -3,9 +3,12 @@
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/CollectionSerialization.h>
+#include <Tivor/Position1D.h>
+#include <Tivor/Position2D.h>
 #include <Tivor/ScalarData.h>
 
 #include <algorithm>
+#include <bit>
 #include <functional>
 #include <limits>
 #include <string>
@@ -78,6 +81,52 @@ inline std::vector<Core::Error> SamplesOf(As<Core::Error>) {
     return {Core::Error(), diskFull};
 }
 
+inline std::vector<FixedSpacing1D> SamplesOf(As<FixedSpacing1D>) {
+    const auto spacings = SamplesOf(As<UnitizedDouble>());
+    return {spacings.begin(), spacings.end()};
+}
+inline std::vector<FixedSpacing2D> SamplesOf(As<FixedSpacing2D>) {
+    const auto spacings = SamplesOf(As<UnitizedDouble>());
+    std::vector<FixedSpacing2D> pairs;
+    for (std::size_t i = 0; i < spacings.size(); ++i)
+        pairs.emplace_back(spacings[i], spacings[spacings.size() - 1 - i]);
+    pairs.emplace_back(UnitizedDouble(1.0, "Millimeter"), UnitizedDouble(1000.0, "Micrometer"));
+    return pairs;
+}
+
+inline boost::shared_array<double> ArrayOf(const std::vector<double>& numbers) {
+    boost::shared_array<double> array(new double[numbers.size()]);
+    std::copy(numbers.begin(), numbers.end(), array.get());
+    return array;
+}
+inline ArrayPosition1D PositionsOf(const std::vector<double>& numbers, const Core::UnitDescriptor& units) {
+    return {ArrayOf(numbers), numbers.size(), units.Clone()};
+}
+inline ArrayPosition2D PositionsOf(const std::vector<double>& dim1, const Core::UnitDescriptor& dim1Units,
+                                   const std::vector<double>& dim2, const Core::UnitDescriptor& dim2Units) {
+    return {ArrayOf(dim1), ArrayOf(dim2), dim1.size(), dim2.size(), dim1Units.Clone(), dim2Units.Clone()};
+}
+
+/// All doubles that there are samples of, and two odd NaNs, which no copy may turn into the usual one.
+inline std::vector<double> SamplePositions() {
+    std::vector<double> numbers = SamplesOf(As<double>());
+    for (const std::uint64_t bits : {0x7FF0000000000001u, 0xFFFFFFFFFFFFFFFFu})
+        numbers.push_back(std::bit_cast<double>(bits));
+    return numbers;
+}
+inline std::vector<ArrayPosition1D> SamplesOf(As<ArrayPosition1D>) {
+    const auto units = SamplesOf(As<Core::UnitDescriptor>());
+    return {{}, PositionsOf({1}, units[3]), PositionsOf(SamplePositions(), {})};
+}
+inline std::vector<ArrayPosition2D> SamplesOf(As<ArrayPosition2D>) {
+    const auto units = SamplesOf(As<Core::UnitDescriptor>());
+    const Core::UnitDescriptor furlong("Furlong", "fur", 201.168, 0, {1});
+    const std::vector<double> numbers = SamplePositions();
+    return {{},
+            PositionsOf({1}, units[3], {}, units[1]),
+            PositionsOf({numbers.begin(), numbers.begin() + 3}, {}, numbers, furlong)};
+}
+
 /// The numbers from 0 on, or their texts.
 template <class T>
 std::vector<T> FirstOf(std::size_t count) {
@@ -106,6 +155,8 @@ concept AnyMatrix = requires(const T& value) {
 };
 template <class T>
 concept AnyText = std::is_same_v<T, std::string> || std::is_same_v<T, std::wstring>;
+template <class T>
+concept AnyPositionArray = std::is_same_v<T, ArrayPosition1D> || std::is_same_v<T, ArrayPosition2D>;
 template <class T>
 concept AnyCollection = !AnyText<T> && (requires(T & value) { value.begin(); } || std::is_base_of_v<DataObject, T>);
 
@@ -157,6 +208,9 @@ NamedObjects ObjectsOf() {
         return {{"empty", CollectionOf<T>(decltype(samples)())},
                 {"one", CollectionOf<T>(std::vector(samples.begin() + 1, samples.begin() + 2))},
                 {"many", CollectionOf<T>(samples)}};
+    } else if constexpr (AnyPositionArray<T>) {
+        const auto samples = SamplesOf(As<T>());
+        return {{"empty", MakeData(samples[0])}, {"one", MakeData(samples[1])}, {"many", MakeData(samples[2])}};
     } else {
         NamedObjects objects;
         for (auto&& sample : SamplesOf(As<T>()))
@@ -176,6 +230,10 @@ NamedObjects LargeObjectsOf() {
             objects.emplace_back("large", MakeData(T(count, 'x')));
         else if constexpr (AnyCollection<T>)
             objects.emplace_back("large", CollectionOf<T>(FirstOf<typename ElementOf<T>::Type>(count)));
+        else if constexpr (std::is_same_v<T, ArrayPosition1D>)
+            objects.emplace_back("large", MakeData(PositionsOf(FirstOf<double>(count), {})));
+        else if constexpr (std::is_same_v<T, ArrayPosition2D>)
+            objects.emplace_back("large", MakeData(PositionsOf(FirstOf<double>(count), {}, FirstOf<double>(5), {})));
     return objects;
 }
 

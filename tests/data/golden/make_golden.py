@@ -24,10 +24,11 @@ FAMILY = "int8 uint8 int16 uint16 int32 uint32 int64 uint64 float double complex
 ARRAYS = "int8 uint8 int16 uint16 int32 uint32 long ulong float double int64 uint64 bool".split()
 
 WITHOUT_SIZE = (*SCALARS.values(), 23, 24)
-WITH_CLASS_NAME = (14, 15, 16, 20, 64, 65, 66, 67, 68)
+WITH_CLASS_NAME = (14, 15, 16, 20, 64, 65, 66, 67, 68, 124)
 
 NO_UNIT = Unit("", "", 1.0, 0.0, (0, 0, 0, 0, 0, 0, 0, 0))
 MILLIMETER = Unit("Millimeter", "mm", 1e-3, 0.0, (1, 0, 0, 0, 0, 0, 0, 0))
+MICROMETER = Unit("Micrometer", "um", 1e-6, 0.0, (1, 0, 0, 0, 0, 0, 0, 0))
 CELSIUS = Unit("Celsius", "degC", 1.0, 273.15, (0, 0, 0, 0, 1, 0, 0, 0))
 FURLONG = Unit("Furlong", "fur", 201.168, 0.0, (1, 0, 0, 0, 0, 0, 0, 0))
 MADE_UP = Unit("Üb", "ü", -0.5, float("inf"), (-128, 127, 1, -1, 2, -2, 3, -3))
@@ -128,6 +129,28 @@ def matrix(values, size1, size2, by_columns):
     return Value(pack("QQ", size1, size2) + b"".join(map(joined, lines)), words.rstrip(": "))
 
 
+def positions(values, one):
+    return Value(unit(one).data + pack("Q", len(values)) + joined(values), f"{listed(values)} of {unit(one).words}")
+
+
+def crossed(pair):
+    return Value(joined(pair), " x ".join(value.words for value in pair))
+
+
+def position_functions():
+    spacings = samples("UnitizedValue")
+    yield 124, "FixedSpacing1D", numbered(spacings)
+    pairs = [*zip(spacings, reversed(spacings)), (unitized(1.0, MILLIMETER), unitized(1000.0, MICROMETER))]
+    yield 124, "FixedSpacing2D", numbered(map(crossed, pairs))
+    odd = [Value(pack("Q", bits), f"nan of bits {bits:X}") for bits in (0x7FF0000000000001, 2**64 - 1)]
+    one, many = samples("double")[1:2], samples("double") + odd
+    yield 124, "ArrayPosition1D", {"empty": positions([], NO_UNIT), "one": positions(one, MADE_UP),
+                                   "many": positions(many, NO_UNIT)}  # fmt: skip
+    grids = dict(empty=[positions([], NO_UNIT)] * 2, one=[positions(one, MADE_UP), positions([], MILLIMETER)],
+                 many=[positions(many[:3], NO_UNIT), positions(many, FURLONG)])  # fmt: skip
+    yield 124, "ArrayPosition2D", {key: crossed(pair) for key, pair in grids.items()}
+
+
 def place(signature, function, source, line):
     return text(signature) + text(function) + text(source) + pack("I", line)
 
@@ -210,6 +233,7 @@ def rows():
     for element in STRINGS:
         for prefix in ("StdMap_", "StdUnorderedMap_"):
             yield 67, prefix + element, by_count(sorted_map, samples(element))
+    yield from position_functions()
     yield 125, "DataContainer", containers()
 
 
