@@ -10,7 +10,7 @@ namespace {
 /// Empty where units of the same dimensions are not divided.
 std::optional<double> Ratio(const UnitizedDouble& dividend, const UnitizedDouble& divisor) {
     try {
-        return (dividend / divisor).GetValue();
+        return (dividend / divisor).GetSIValue(); // 50 % under the plain number 2 are 25 %
     } catch (const Core::IllegalUnitConversion&) {
         return std::nullopt;
     }
