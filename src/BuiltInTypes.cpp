@@ -2,6 +2,8 @@
 
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/CollectionSerialization.h>
+#include <Tivor/Data1D.h>
+#include <Tivor/Data2D.h>
 #include <Tivor/DataContainer.h>
 #include <Tivor/Position1D.h>
 #include <Tivor/Position2D.h>
@@ -40,6 +42,8 @@ constexpr auto creators = [] {
             for (const ETypeID kind : {eSIGNED_INTEGRAL_TYPE, eUNSIGNED_INTEGRAL_TYPE, eFLOATING_POINT_TYPE})
                 byRow[FindTypeRow(kind, "")] = &CreateScalar;
     byRow[FindTypeRow(eDATA_CONTAINER, "")] = &CreateContainer;
+    byRow[rowOf<Data1D>] = &CreateValue<Data1D>;
+    byRow[rowOf<Data2D>] = &CreateValue<Data2D>;
     return byRow;
 }();
 

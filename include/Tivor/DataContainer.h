@@ -248,6 +248,7 @@ protected:
     void Unbind();
 
 private:
+    friend class ContainerState;
     friend class DataContainerWrapper;
     friend class DataContainerSerializer;
     class HookCaller;

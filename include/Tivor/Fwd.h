@@ -15,6 +15,8 @@ enum ETypeID : std::uint32_t;
 class ArrayPosition1D;
 class ArrayPosition2D;
 class BinaryDataFile;
+class Data1D;
+class Data2D;
 class DataContainer;
 class DataContainerWrapper;
 class DataFile;

@@ -4,6 +4,7 @@
 #include <Tivor/DataObject.h>
 #include <Tivor/Serializer.h>
 
+#include <functional>
 #include <utility>
 
 namespace Qor::Tivor {
@@ -20,6 +21,9 @@ namespace Qor::Tivor {
 /// * `template <class... A> static std::shared_ptr<DataOf<T>> MakeData(A&&...)`: a new wrapper.
 /// * where the base data type is not T itself: `static void GetBaseDataTypeInfo(ETypeID&, std::string&)`.
 /// * containers, which guard themselves against other threads: `static constexpr bool guardsItself = true`.
+/// * where the parts of a value stand in a container: `static std::shared_ptr<DataContainer> GetContent(const T&)`,
+///   the same one for the whole life of the value. The object then counts as a container in all that concerns
+///   nesting, change reports and locks.
 template <class T>
 struct ValueTraits;
 
@@ -38,6 +42,48 @@ namespace Details {
 TIVOR_API std::vector<std::shared_ptr<Core::Lock>> LockBoth(const DataObject& one, const DataObject& other);
 [[noreturn]] TIVOR_API void RaiseNoValue(const DataObject& object);
 
+/// A data object whose value has its parts in a container.
+class TIVOR_API ContentHolder {
+public:
+    virtual std::shared_ptr<DataContainer> GetContent() const = 0;
+    /// The locks of the content and of all that is in it.
+    virtual void AcquireContentLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const = 0;
+
+protected:
+    ~ContentHolder() = default;
+};
+
+/// Carries out `exchange`, by which the holder gets other content. Raises `LogicError`, changing nothing, where that
+/// must not stand in the containers in which the holder stands.
+TIVOR_API void ExchangeContent(const MutexLockableDataObject& holder, const std::shared_ptr<DataContainer>& former,
+                               const std::shared_ptr<DataContainer>& next, const std::function<void()>& exchange);
+
+template <class T>
+concept HasContent = requires(const T& value) {
+    ValueTraits<T>::GetContent(value);
+};
+
+template <class T>
+class WrapperWithContent : public MutexLockableDataObject, public ContentHolder {
+public:
+    std::shared_ptr<DataContainer> GetContent() const override {
+        const auto& wrapper = static_cast<const GenericWrapper<T>&>(*this);
+        return wrapper.m_data ? ValueTraits<T>::GetContent(*wrapper.m_data) : nullptr;
+    }
+    void AcquireContentLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const override {
+        if (const auto content = GetContent())
+            content->AcquireLocks(locks);
+    }
+
+protected:
+    WrapperWithContent() = default;
+    WrapperWithContent(const WrapperWithContent&) = default;
+    ~WrapperWithContent() override = default;
+};
+
+template <class T>
+using WrapperBase = std::conditional_t<HasContent<T>, WrapperWithContent<T>, MutexLockableDataObject>;
+
 } // namespace Details
 
 /// Holds a T by shared pointer and gives it the protocol of a data object, but no serializer. Empty means no value.
@@ -45,7 +91,7 @@ TIVOR_API std::vector<std::shared_ptr<Core::Lock>> LockBoth(const DataObject& on
 /// Thread rule: with locking enabled every operation here holds the object's lock; what `GetData` hands out is the
 /// caller's to guard by `GetDataLock`.
 template <class T>
-class GenericWrapper : public MutexLockableDataObject {
+class GenericWrapper : public Details::WrapperBase<T> {
 public:
     using ValueType = T;
 
@@ -54,7 +100,7 @@ public:
     }
 
     explicit GenericWrapper(std::shared_ptr<T> data = nullptr) : m_data(std::move(data)) {
-        m_holdsContainer = guardsItself;
+        this->m_holdsContainer = guardsItself || Details::HasContent<T>;
     }
     /// The copy holds a copy of the value; of an abstract T, which is only read through this class, it shares the
     /// value.
@@ -95,16 +141,21 @@ public:
 protected:
     /// The settings of the other object, and this value.
     GenericWrapper(const GenericWrapper& other, std::shared_ptr<T> data)
-        : MutexLockableDataObject(other), m_data(std::move(data)) {
-        m_holdsContainer = guardsItself;
+        : Details::WrapperBase<T>(other), m_data(std::move(data)) {
+        this->m_holdsContainer = guardsItself || Details::HasContent<T>;
     }
 
-    /// Exchanges the pointer and does nothing else: no lock, no report.
+    /// Exchanges the pointer and does nothing else: no lock, no report. Of values with content it raises where that
+    /// must not stand, and then changes nothing.
     std::shared_ptr<T> ExchangeData(std::shared_ptr<T> data) {
-        if constexpr (guardsItself)
-            return std::atomic_exchange(&m_data, std::move(data));
+        if constexpr (Details::HasContent<T>)
+            Details::ExchangeContent(*this, this->GetContent(), data ? ValueTraits<T>::GetContent(*data) : nullptr,
+                                     [&] { m_data.swap(data); });
+        else if constexpr (guardsItself)
+            data = std::atomic_exchange(&m_data, std::move(data));
         else
-            return std::exchange(m_data, std::move(data));
+            m_data.swap(data);
+        return data;
     }
 
     /// Gives an empty object the default value of its class; a bare wrapper has none.
@@ -132,6 +183,8 @@ protected:
 private:
     template <class, class>
     friend class Data;
+    template <class>
+    friend class Details::WrapperWithContent;
 
     static constexpr bool guardsItself = requires { ValueTraits<T>::guardsItself; };
 
@@ -216,7 +269,7 @@ public:
 protected:
     void CreateDefaultData() override {
         if (this->IsEmpty())
-            this->m_data = ValueTraits<T>::CreateDefault();
+            this->ExchangeData(ValueTraits<T>::CreateDefault());
     }
 
 private:
@@ -269,11 +322,11 @@ std::string GenericWrapper<T>::ToString() {
 template <class T>
 bool GenericWrapper<T>::SetData(std::shared_ptr<T> data) {
     {
-        const auto lock = GetDataLock();
-        m_data.swap(data);
-        NoteChange();
+        const auto lock = this->GetDataLock();
+        data = ExchangeData(std::move(data));
+        this->NoteChange();
     }
-    ReportChange(EDataChange::reference);
+    this->ReportChange(EDataChange::reference);
     return true;
 }
 

@@ -31,6 +31,8 @@ QOR_DECLARE_ALERT(TIVOR_API, SetAttemptedForNonExistantProperty, Core::Warning);
 QOR_DECLARE_ALERT(TIVOR_API, SetReadOnlyProperty, Core::Warning);
 /// The properties of another object stand among those that are written, and are left out.
 QOR_DECLARE_ALERT(TIVOR_API, OmittingSubProperties, Core::Warning);
+/// A value that cannot be stored stands among those that are written, and is left out.
+QOR_DECLARE_ALERT(TIVOR_API, OmittingProperty, Core::Warning);
 
 /// The keys of the attributes. Whatever else a program stores beside them is kept.
 extern TIVOR_API const std::string sPROPERTY_PERMISSIONS;       ///< scalar `PropertyContainer::EPermissions`
@@ -188,7 +190,8 @@ public:
     /// order becomes that of the values.
     virtual void InputProperties(const DataContainer& values);
     /// Write the values in the form of a `DataContainer`; nothing when there are no properties. Properties of other
-    /// objects are left out, with the warning `OmittingSubProperties`.
+    /// objects are left out, with the warning `OmittingSubProperties`, and values that cannot be stored, with
+    /// `OmittingProperty`.
     virtual void OutputProperties(std::ostream& stream, Core::XMLWriter& writer) const;
     virtual std::uint64_t OutputProperties(Core::BinaryOutputStream& stream) const;
     virtual void Output(std::ostream& stream, Core::XMLWriter& writer, const std::string& name) const;
@@ -313,7 +316,9 @@ protected:
     void Clear();
     /// Replaces all properties by clones of the other container's: values and attributes are cloned, validators shared,
     /// handlers left out, since they act on the other container. Listeners stay.
-    void CloneContents(const PropertyContainer& other);
+    void CloneContents(const PropertyContainer& other) { CopyContents(other, true); }
+    /// The same, sharing the values with the other container unless they are to be cloned.
+    void CopyContents(const PropertyContainer& other, bool cloneValues);
     /// Makes a property that is a clone of another one, in the place of what had its name; false when the source does
     /// not exist.
     bool CloneProperty(const std::string& sourceName, const std::string& targetName);
@@ -324,10 +329,14 @@ protected:
     /// The values, which are read and changed past permissions, validators and listeners.
     static std::shared_ptr<DataContainer> GetPropertyData(PropertyContainer& container);
 
+    /// Holds the lock and is an update, from its construction to its end: for operations of derived classes.
+    class Update;
+    /// Warns of each value that cannot be stored.
+    void WarnOfOmissions() const;
+
 private:
     friend class PropertyChangeEvent;
     class PropertyAttributes;
-    class Update;
     using Lock = Core::WriterLock;
     struct NameHash {
         std::size_t operator()(const std::string& name) const;
@@ -378,12 +387,11 @@ private:
     void SetActiveChangeEvent(const PropertyChangeEvent* event) {
         m_activeEvent.store(event, std::memory_order_relaxed);
     }
-    void WarnOfSubProperties() const;
     void CollectShown(std::vector<std::shared_ptr<PropertyContainer>>& shown) const;
     void RequireDistinct(const PropertyContainer* other, const std::string& name) const;
 
     mutable Core::ReadersWriterMutex m_mutex;
-    std::shared_ptr<DataContainer> m_propertyData;
+    const std::shared_ptr<DataContainer> m_propertyData;
     AttributeTable m_attributes;
     bool m_allowsSetOfNonExisting;
     std::uint32_t m_updateDepth = 0;

@@ -24,6 +24,10 @@ std::recursive_mutex& NestingMutex() {
 std::shared_ptr<ContainerState> ContainerState::HeldBy(const MutexLockableDataObject* object) {
     if (!HoldsContainer(object))
         return nullptr;
+    if (const auto* const holder = dynamic_cast<const Details::ContentHolder*>(object)) {
+        const std::shared_ptr<DataContainer> content = holder->GetContent();
+        return content ? Of(*content) : nullptr;
+    }
     const auto* const wrapper = dynamic_cast<const DataContainerWrapper*>(object);
     if (wrapper == nullptr)
         RaiseNesting("A container stands in another one by a DataContainerWrapper only");
@@ -116,24 +120,39 @@ void ContainerState::ExchangeHeld(const MutexLockableDataObject& holder, const s
     for (const ChangeLinks::Link& link : holder.m_links.GetAll())
         if (const std::shared_ptr<ChangeParent> parent = link.parent.lock())
             places.emplace_back(std::static_pointer_cast<ContainerState>(parent), link.entry);
-    for (const auto& [place, number] : places)
-        RequireNestable(*place, *next);
     if (former != next) {
-        std::size_t nested = 0;
-        try {
-            for (; nested < places.size(); ++nested)
-                places[nested].first->Nest(places[nested].second, *next);
-        } catch (...) {
-            for (std::size_t i = 0; i <= nested; ++i) {
-                next->m_links.Remove(places[i].first.get(), places[i].second);
-                places[i].first->m_nesting->children[places[i].second] = former;
-            }
-            throw;
-        }
-        for (const auto& [place, number] : places)
-            place->Unnest(number, *former);
+        if (next)
+            NestInAll(places, *next, former);
+        if (former)
+            for (const auto& [place, number] : places)
+                place->Unnest(number, *former);
     }
     exchange();
+}
+
+// In all these places, or, when something fails, in none.
+void ContainerState::NestInAll(const std::vector<std::pair<std::shared_ptr<ContainerState>, std::uint64_t>>& places,
+                               ContainerState& next, const std::shared_ptr<ContainerState>& former) {
+    for (const auto& [place, number] : places)
+        RequireNestable(*place, next);
+    std::size_t nested = 0;
+    try {
+        for (; nested < places.size(); ++nested)
+            places[nested].first->Nest(places[nested].second, next);
+    } catch (...) {
+        for (std::size_t i = 0; i <= nested; ++i) {
+            next.m_links.Remove(places[i].first.get(), places[i].second);
+            if (places[i].first->m_nesting)
+                places[i].first->m_nesting->children[places[i].second] = former;
+        }
+        throw;
+    }
+}
+
+void Details::ExchangeContent(const MutexLockableDataObject& holder, const std::shared_ptr<DataContainer>& former,
+                              const std::shared_ptr<DataContainer>& next, const std::function<void()>& exchange) {
+    const auto stateOf = [](const auto& content) { return content ? ContainerState::Of(*content) : nullptr; };
+    ContainerState::ExchangeHeld(holder, stateOf(former), stateOf(next), exchange);
 }
 
 } // namespace Qor::Tivor

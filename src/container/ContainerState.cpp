@@ -61,7 +61,8 @@ void ContainerState::Detach(std::uint64_t number, DataObject& object) {
     }
     const std::lock_guard graph(NestingMutex());
     reporting->m_links.Remove(this, number);
-    Unnest(number, *HeldBy(reporting));
+    if (const std::shared_ptr<ContainerState> held = HeldBy(reporting))
+        Unnest(number, *held);
 }
 
 void ContainerState::Link(std::uint64_t number, MutexLockableDataObject* object, bool unshared) {

@@ -81,10 +81,11 @@ public:
     static bool HoldsContainer(const MutexLockableDataObject* object) {
         return object != nullptr && object->m_holdsContainer;
     }
+    static const std::shared_ptr<ContainerState>& Of(const DataContainer& container) { return container.m_state; }
     /// The state that a data object holds, or an empty pointer.
     static std::shared_ptr<ContainerState> HeldBy(const MutexLockableDataObject* object);
-    /// Makes `holder`, wherever it stands, hold `next` instead of `former`; `exchange` carries it out. Raises
-    /// `LogicError`, changing nothing, where `next` must not stand there.
+    /// Makes `holder`, wherever it stands, hold `next` instead of `former`, either of which may be empty; `exchange`
+    /// carries it out. Raises `LogicError`, changing nothing, where `next` must not stand there.
     static void ExchangeHeld(const MutexLockableDataObject& holder, const std::shared_ptr<ContainerState>& former,
                              const std::shared_ptr<ContainerState>& next, const std::function<void()>& exchange);
 
@@ -121,6 +122,8 @@ private:
     static void RequireNestable(const ContainerState& parent, const ContainerState& child);
     void Nest(std::uint64_t number, ContainerState& child);
     void Unnest(std::uint64_t number, ContainerState& child);
+    static void NestInAll(const std::vector<std::pair<std::shared_ptr<ContainerState>, std::uint64_t>>& places,
+                          ContainerState& next, const std::shared_ptr<ContainerState>& former);
     std::vector<std::shared_ptr<ContainerState>> GetParents() const;
     std::uint32_t CountLevelsAbove(const ContainerState& forbidden,
                                    std::unordered_map<const ContainerState*, std::uint32_t>& known) const;

@@ -9,7 +9,7 @@ namespace Qor::Tivor {
 
 /// Reads the entries of a container: the elements "Data" and "DataContainer", each with its key. An entry is stored
 /// when its element ends. Other elements are passed over, with the warning `SkippingUnknownTag`.
-class DataContainerXMLHandler final : public XMLContentHandler {
+class DataContainerXMLHandler : public XMLContentHandler {
 public:
     explicit DataContainerXMLHandler(std::shared_ptr<DataContainer> container);
 
@@ -20,10 +20,13 @@ public:
     void OnEndTag(const std::string& tag, bool emptyElement) override;
     void OnEndContent() override;
 
+protected:
+    const std::shared_ptr<DataContainer>& GetContainer() const { return m_container; }
+
 private:
     void ResetCurrentData();
 
-    std::shared_ptr<DataContainer> m_container;
+    const std::shared_ptr<DataContainer> m_container;
     bool m_lockable;
     std::optional<NestingLevel> m_level;
     // Of the entry whose element is open.

@@ -1,5 +1,5 @@
 #include <QorCore/LockSet.h>
-#include <Tivor/DataObject.h>
+#include <Tivor/GenericWrapper.h>
 
 #include <utility>
 
@@ -47,6 +47,12 @@ bool MutexLockableDataObject::EnableDataLocking() {
 }
 
 void MutexLockableDataObject::AcquireLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const {
+    if (const auto* const holder = m_holdsContainer ? dynamic_cast<const Details::ContentHolder*>(this) : nullptr)
+        return Core::LockSet::Acquire(locks, [&] {
+            if (m_mutex)
+                Core::LockSet::Collecting()->Add(m_mutex);
+            holder->AcquireContentLocks(locks);
+        });
     if (!m_mutex)
         return;
     if (Core::LockSet* const set = Core::LockSet::Collecting())

@@ -206,8 +206,8 @@ void PropertyContainer::Clear() {
     m_propertyData->Clear();
 }
 
+// Without the lock: it is the same one always, and whoever writes the values holds its locks already.
 std::shared_ptr<DataContainer> PropertyContainer::GetPropertyData(PropertyContainer& container) {
-    const Lock lock(container.m_mutex);
     return container.m_propertyData;
 }
 

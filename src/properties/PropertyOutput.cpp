@@ -7,6 +7,7 @@
 namespace Qor::Tivor {
 
 OmittingSubProperties::~OmittingSubProperties() = default;
+OmittingProperty::~OmittingProperty() = default;
 
 template class GenericWrapper<PropertyContainer>;
 
@@ -25,18 +26,24 @@ bool PropertyContainer::HoldsSameProperties(const PropertyContainer& other) cons
     return mine == theirs || *mine == *theirs;
 }
 
-void PropertyContainer::WarnOfSubProperties() const {
-    for (const auto& entry : *m_propertyData)
-        if (IsSubPropertyContainer(entry.key))
-            Core::Warning::RaiseWarning(
-                OmittingSubProperties(Core::FormatText(
-                    "The property <%1%> stands for the properties of another object, and is left out", {entry.key})),
-                QOR_CODE_CONTEXT("PropertyContainer"), "Qor.Tivor.PropertyContainer.OutputProperties");
+void PropertyContainer::WarnOfOmissions() const {
+    const auto warn = [](auto warning) {
+        Core::Warning::RaiseWarning(std::move(warning), QOR_CODE_CONTEXT("PropertyContainer"),
+                                    "Qor.Tivor.PropertyContainer.OutputProperties");
+    };
+    for (const auto& [name, value] : *m_propertyData)
+        if (IsSubPropertyContainer(name))
+            warn(OmittingSubProperties(Core::FormatText(
+                "The property <%1%> stands for the properties of another object, and is left out", {name})));
+        else if (!value->GetSerializer())
+            warn(OmittingProperty(
+                Core::FormatText("The value of the property <%1%>, of type <%2%>, cannot be stored, and is left out",
+                                 {name, value->GetTypeName()})));
 }
 
 void PropertyContainer::OutputProperties(std::ostream& stream, Core::XMLWriter& writer) const {
     const Lock lock(m_mutex);
-    WarnOfSubProperties();
+    WarnOfOmissions();
     GetPropertyData(Unconst(*this))->OutputData(stream, writer, true);
 }
 
@@ -44,7 +51,7 @@ std::uint64_t PropertyContainer::OutputProperties(Core::BinaryOutputStream& stre
     const Lock lock(m_mutex);
     if (m_propertyData->IsEmpty())
         return 0;
-    WarnOfSubProperties();
+    WarnOfOmissions();
     return GetPropertyData(Unconst(*this))->OutputData(stream, true);
 }
 
@@ -52,7 +59,7 @@ void PropertyContainer::Output(std::ostream& stream, Core::XMLWriter& writer, co
     const Lock lock(m_mutex);
     if (m_propertyData->IsEmpty())
         return;
-    WarnOfSubProperties();
+    WarnOfOmissions();
     GetPropertyData(Unconst(*this))->Output(stream, writer, name);
 }
 

@@ -105,12 +105,12 @@ bool PropertyContainer::CloneProperty(const std::string& sourceName, const std::
     return true;
 }
 
-void PropertyContainer::CloneContents(const PropertyContainer& other) {
+void PropertyContainer::CopyContents(const PropertyContainer& other, bool cloneValues) {
     DataContainer values;
     AttributeTable attributes;
     {
         const Lock lock(other.m_mutex);
-        values.CloneContents(*other.m_propertyData);
+        cloneValues ? values.CloneContents(*other.m_propertyData) : values.Assign(*other.m_propertyData);
         for (const auto& [name, record] : other.m_attributes)
             attributes.emplace(name, record->CloneRecord());
     }
