@@ -3,6 +3,8 @@
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/CollectionSerialization.h>
+#include <Tivor/Data1D.h>
+#include <Tivor/Data2D.h>
 #include <Tivor/Position1D.h>
 #include <Tivor/Position2D.h>
 #include <Tivor/ScalarData.h>
@@ -235,6 +237,30 @@ NamedObjects LargeObjectsOf() {
         else if constexpr (std::is_same_v<T, ArrayPosition2D>)
             objects.emplace_back("large", MakeData(PositionsOf(FirstOf<double>(count), {}, FirstOf<double>(5), {})));
     return objects;
+}
+
+/// Without samples; with fixed spacings; with positions in arrays.
+inline NamedObjects Profiles() {
+    const auto units = SamplesOf(As<UnitizedDouble>());
+    const auto spaced = Data1D::CreateFrom(CollectionOf<Array<short>>(SamplesOf(As<short>())));
+    spaced->SetDataKind("Height");
+    spaced->SetDataScale(units[1]);
+    spaced->SetFixedSpacing(UnitizedDouble(0.5, "Millimeter"));
+    const std::vector<double> numbers = SamplesOf(As<double>());
+    const auto uneven = Data1D::CreateFrom(CollectionOf<Array<double>>(numbers));
+    uneven->SetPositionFunction(std::make_shared<ArrayPosition1D>(PositionsOf(numbers, *units[3].GetUnits())));
+    return {{"empty", MakeData(Data1D())}, {"one", MakeData(*spaced)}, {"many", MakeData(*uneven)}};
+}
+inline NamedObjects Surfaces() {
+    const std::vector<double> numbers = SamplesOf(As<double>());
+    const auto spaced = Data2D::Create(MatrixOf<RowMajorMatrix<short>>(2, 3, SamplesOf(As<short>())));
+    spaced->SetOrigin(Data2D::eLOWER_RIGHT);
+    spaced->SetFixedSpacing(UnitizedDouble(1.0, "Millimeter"), UnitizedDouble(1000.0, "Micrometer"));
+    const auto uneven = Data2D::Create(MatrixOf<ColumnMajorMatrix<double>>(2, 3, numbers));
+    uneven->SetPositionFunction(std::make_shared<ArrayPosition2D>(
+        PositionsOf({numbers.begin(), numbers.begin() + 2}, SamplesOf(As<Core::UnitDescriptor>())[3],
+                    {numbers.begin(), numbers.begin() + 3}, {})));
+    return {{"empty", MakeData(Data2D())}, {"one", MakeData(*spaced)}, {"many", MakeData(*uneven)}};
 }
 
 /// An object's data, without what stands in front of it in a file.

@@ -185,6 +185,66 @@ def containers():
     return {"empty": Value(container(), "{}"), "nested": Value(nested, words)}
 
 
+def plain(code, number):
+    return Value(pack(code, number), str(number))
+
+
+def word(content):
+    return Value(content.encode(), f'"{content}"')
+
+
+def described(*properties):
+    """An object that is stored as its properties: (key, code, class, value) each."""
+    words = ", ".join(f'"{key}": {name or code} {value.words}' for key, code, name, value in properties)
+    return Value(container(*((key, code, name, value.data) for key, code, name, value in properties)), f"{{{words}}}")
+
+
+def profile(samples_of, kind, scale, *positions_of):
+    array = []
+    element, values = samples_of or (None, [])
+    if element:
+        in_front = pack("I", len(values[0].data))
+        array = [("Array", 64, "Array_" + element, sequence(values, in_front))]
+    type_id = {"int16": 4, "double": 13, None: 0}[element]
+    return described(*array, ("DataKind", 21, "", word(kind)), ("DataScale", 27, "", scale),
+                     ("NumPoints", 11, "", plain("Q", len(values))), ("ValueTypeID", 14, "ETypeID", plain("i", type_id)),
+                     ("ValueTypeName", 21, "", word(element or "Unknown Type")), ("Version", 21, "", word("1.0")),
+                     *positions_of)  # fmt: skip
+
+
+def surface(samples_of, sizes, aspect, origin, *positions_of):
+    matrix_of = [("Matrix", samples_of[0], "", samples_of[1])] if samples_of else []
+    return described(*matrix_of, ("Dimension1Points", 7, "", plain("I", sizes[0])),
+                     ("Dimension2Points", 7, "", plain("I", sizes[1])),
+                     ("MatrixType", 14, "EMatrixTypeID", plain("i", samples_of[0] if samples_of else 0)),
+                     ("Aspect", 12, "", plain("f", aspect)), ("DataScale", 27, "", unitized(1.0, NO_UNIT)),
+                     ("DataKind", 21, "", word("Unknown")), ("Version", 21, "", word("1.0")),
+                     ("Origin", 14, "Data2D::EOrigin", plain("i", origin)), *positions_of)  # fmt: skip
+
+
+def measured_arrays():
+    numbers = samples("double")
+    half = unitized(0.5, MILLIMETER)
+    fixed = [("PositionFunction", 124, "FixedSpacing1D", half), ("Extent", 27, "", unitized(1.5, MILLIMETER))]
+    uneven = positions(numbers, FURLONG)
+    yield 124, "Data1D", {
+        "empty": profile(None, "Unknown", unitized(1.0, NO_UNIT)),
+        "one": profile(("int16", samples("int16")), "Height", unitized(2.5, MILLIMETER), *fixed),
+        "many": profile(("double", numbers), "Unknown", unitized(1.0, NO_UNIT),
+                        ("PositionFunction", 124, "ArrayPosition1D", uneven)),
+    }  # fmt: skip
+    pair = unitized(1.0, MILLIMETER), unitized(1000.0, MICROMETER)
+    spaced = [("PositionFunction", 124, "FixedSpacing2D", crossed(pair)), ("Dimension1Extent", 27, "", pair[0]),
+              ("Dimension2Extent", 27, "", unitized(2000.0, MICROMETER))]  # fmt: skip
+    grid = crossed([positions(numbers[:2], MADE_UP), positions(numbers[:3], NO_UNIT)])
+    yield 124, "Data2D", {
+        "empty": surface(None, (0, 0), 1.0, 0),
+        "one": surface((82, matrix(samples("int16"), 2, 3, False)), (2, 3), 1.0, 3, *spaced),
+        "many": surface((105, matrix(numbers, 2, 3, True)), (2, 3), 1.0, 0,
+                        ("PositionFunction", 124, "ArrayPosition2D", grid)),
+    }  # fmt: skip
+
+
 def numbered(values):
     return {str(i): value for i, value in enumerate(values)}
 
@@ -234,6 +294,7 @@ def rows():
         for prefix in ("StdMap_", "StdUnorderedMap_"):
             yield 67, prefix + element, by_count(sorted_map, samples(element))
     yield from position_functions()
+    yield from measured_arrays()
     yield 125, "DataContainer", containers()
 
 
