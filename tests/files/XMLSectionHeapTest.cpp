@@ -3,6 +3,7 @@
 
 #include <QorCore/Stream.h>
 #include <QorCore/XMLParser.h>
+#include <Tivor/Data2D.h>
 #include <Tivor/XMLDataFile.h>
 
 #include <gtest/gtest.h>
@@ -82,7 +83,7 @@ TEST(XMLSectionHeap, SurfacesAreSavedAndOpenedWithoutACopy) {
     for (std::size_t i = 0; i < matrix.size(); ++i)
         matrix.data()[i] = static_cast<double>(i) * 0.37;
     const auto content = DataContainer::Create();
-    content->PutValue("Height", matrix);
+    content->PutValue("Height", Data2D(MakeData(matrix)));
     XMLDataFile file(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, content);
     {
         const HeapWatch watch(64 * 1024 * 1024);
@@ -95,7 +96,7 @@ TEST(XMLSectionHeap, SurfacesAreSavedAndOpenedWithoutACopy) {
         file.Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
         EXPECT_LE(watch.GetPeak(), matrix.size() * sizeof(double) + 1024u * 1024);
     }
-    const auto read = file.GetPtr<Matrix>("Height");
+    const auto read = file.GetPtr<Data2D>("Height")->GetContent()->GetPtr<Matrix>("Matrix");
     ASSERT_TRUE(read && read->size() == matrix.size());
     EXPECT_TRUE(std::equal(matrix.data(), matrix.data() + matrix.size(), read->data()));
 }
