@@ -11,6 +11,14 @@ OmittingProperty::~OmittingProperty() = default;
 
 template class GenericWrapper<PropertyContainer>;
 
+namespace {
+
+bool IsSubProperties(const std::shared_ptr<DataObject>& value) {
+    return dynamic_cast<const GenericWrapper<PropertyContainer>*>(value.get()) != nullptr;
+}
+
+} // namespace
+
 boost::logic::tribool ValueTraits<PropertyContainer>::Equal(const PropertyContainer& left,
                                                             const PropertyContainer& right) {
     return left.HoldsSameProperties(right);
@@ -26,13 +34,14 @@ bool PropertyContainer::HoldsSameProperties(const PropertyContainer& other) cons
     return mine == theirs || *mine == *theirs;
 }
 
+// Without the lock: who writes holds that of the property data, which comes after it.
 void PropertyContainer::WarnOfOmissions() const {
     const auto warn = [](auto warning) {
         Core::Warning::RaiseWarning(std::move(warning), QOR_CODE_CONTEXT("PropertyContainer"),
                                     "Qor.Tivor.PropertyContainer.OutputProperties");
     };
     for (const auto& [name, value] : *m_propertyData)
-        if (IsSubPropertyContainer(name))
+        if (IsSubProperties(value))
             warn(OmittingSubProperties(Core::FormatText(
                 "The property <%1%> stands for the properties of another object, and is left out", {name})));
         else if (!value->GetSerializer())
@@ -65,7 +74,7 @@ void PropertyContainer::Output(std::ostream& stream, Core::XMLWriter& writer, co
 
 bool PropertyContainer::IsSubPropertyContainer(const std::string& name) const {
     const Lock lock(m_mutex);
-    return std::dynamic_pointer_cast<GenericWrapper<PropertyContainer>>(FindValue(name)) != nullptr;
+    return IsSubProperties(FindValue(name));
 }
 
 Core::QorConstPtr<PropertyContainer> PropertyContainer::GetSubProperties(const std::string& name) const {

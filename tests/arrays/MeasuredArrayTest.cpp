@@ -1,6 +1,7 @@
 #include "../properties/Instrument.h"
 #include "Alerts.h"
 #include "StoredBytes.h"
+#include "Watchdog.h"
 
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/Data1D.h>
@@ -8,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <thread>
 
 namespace Qor::Tivor::Testing {
 
@@ -328,6 +329,36 @@ TEST(MeasuredArrays, StandInContainersAsContainersDo) {
     EXPECT_EQ(outer->GetDataSize_bytes(), Stored(*outer).size());
     EXPECT_TRUE(surface->SetProperty("all", std::make_shared<DataContainerWrapper>(outer)));
     surface->Clone();
+}
+
+TEST(MeasuredArraysStress, AreReadAndWrittenWhileTheyChange) {
+    const Core::Testing::Watchdog watchdog;
+    const auto surface = Data2D::Create(Heights(3, 5));
+    const auto container = DataContainer::Create(true);
+    const auto object = ValueTraits<Data2D>::MakeData(surface);
+    object->EnableDataLocking();
+    container->Put("surface", object);
+    const std::function<void(int)> works[] = {
+        [&](int i) { surface->SetFixedSpacing(Mm(i), 2.0F); },
+        [&](int i) { surface->SetMatrixDataObject(Heights(3, 5 + static_cast<std::size_t>(i % 2))); },
+        [&](int) {
+            UnitizedDouble dim1;
+            UnitizedDouble dim2;
+            if (std::as_const(*surface).GetFixedSpacing(dim1, dim2)) {
+                EXPECT_EQ(dim1.GetValue() * 2, dim2.GetValue());
+            }
+            EXPECT_EQ(surface->Clone()->GetNumDimension1Points(), 3u);
+        },
+        [&](int) { EXPECT_FALSE(Stored(*container).empty()); }, [&](int) { surface->RemovePositionInfo(); }};
+    std::vector<std::thread> threads;
+    for (const auto& work : works)
+        threads.emplace_back([&work] {
+            for (int i = 1; i <= 200; ++i)
+                work(i);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(surface->GetMatrixDataObject()->GetTypeName(), "Matrix");
 }
 
 // Whatever a file brings, getters answer.
