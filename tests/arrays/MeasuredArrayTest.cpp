@@ -1,5 +1,6 @@
 #include "../properties/Instrument.h"
 #include "Alerts.h"
+#include "Samples.h"
 #include "StoredBytes.h"
 #include "Watchdog.h"
 
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <thread>
 
 namespace Qor::Tivor::Testing {
@@ -303,6 +305,32 @@ TEST(MeasuredArrays, ComeBackAsTheyWere) {
     EXPECT_EQ(copy->GetDataScale().ToString(), "0.001 mm");
     RaisedBy<Core::IllegalUnitConversion>([&] { copy->ConvertDataScale("Second"); });
     EXPECT_EQ(copy->GetDataScale().ToString(), "0.001 mm");
+}
+
+TEST(MeasuredArrays, HoldEveryElementType) {
+    const std::set<std::string> withoutName{"bool", "long", "ulong"};
+    const auto check = [&](const auto& measured, const std::string& name, const std::string& described) {
+        EXPECT_EQ(measured->ToString(), described + (withoutName.count(name) != 0 ? "Unknown Type" : name));
+        for (const auto& read : ReadBack(*measured))
+            EXPECT_EQ(Stored(*read->GetContent()), Stored(*measured->GetContent())) << name;
+    };
+#define TIVOR_ROW(T, STEM, code, position, name)                                                                       \
+    check(Data1D::CreateFrom(CollectionOf<Array<T>>(SamplesOf(As<T>()))), name,                                        \
+          "Data1D of " + std::to_string(SamplesOf(As<T>()).size()) + ' ');
+    TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW)
+#undef TIVOR_ROW
+#define TIVOR_VALUE(T, id, unused)                                                                                     \
+    {                                                                                                                  \
+        ETypeID type = eNO_TYPE;                                                                                       \
+        std::string name;                                                                                              \
+        ValueTraits<T>::GetBaseDataTypeInfo(type, name);                                                               \
+        const auto surface = Data2D::Create(MatrixOf<T>(2, 3, SamplesOf(As<T::value_type>())));                        \
+        EXPECT_TRUE(static_cast<std::uint32_t>(surface->GetMatrixType()) == id && surface->GetValueType() == type);    \
+        EXPECT_EQ(surface->GetMatrixTypeName(), id < eFORTRAN_MATRIX_INT8 ? "Matrix" : "FortranMatrix");               \
+        check(surface, type == eCOMPLEX ? "complex" : name, "Data2D of 2 x 3 ");                                       \
+    }
+    TIVOR_MATRIX_VALUES
+#undef TIVOR_VALUE
 }
 
 TEST(MeasuredArrays, StandInContainersAsContainersDo) {
