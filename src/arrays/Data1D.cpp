@@ -10,10 +10,10 @@ namespace Qor::Tivor {
 
 namespace {
 
-const char* const arrayKey = "Array";
-const char* const numPointsKey = "NumPoints";
-const char* const valueTypeIDKey = "ValueTypeID";
-const char* const valueTypeNameKey = "ValueTypeName";
+constexpr const char* arrayKey = "Array";
+constexpr const char* numPointsKey = "NumPoints";
+constexpr const char* valueTypeIDKey = "ValueTypeID";
+constexpr const char* valueTypeNameKey = "ValueTypeName";
 
 std::optional<std::uint64_t> CountOf(const DataObject& object) {
 #define TIVOR_ROW(T, STEM, code, position, name)                                                                       \

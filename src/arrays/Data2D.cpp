@@ -13,12 +13,12 @@ namespace Qor::Tivor {
 
 namespace {
 
-const char* const matrixKey = "Matrix";
-const char* const dim1PointsKey = "Dimension1Points";
-const char* const dim2PointsKey = "Dimension2Points";
-const char* const matrixTypeKey = "MatrixType";
-const char* const aspectKey = "Aspect";
-const char* const originKey = "Origin";
+constexpr const char* matrixKey = "Matrix";
+constexpr const char* dim1PointsKey = "Dimension1Points";
+constexpr const char* dim2PointsKey = "Dimension2Points";
+constexpr const char* matrixTypeKey = "MatrixType";
+constexpr const char* aspectKey = "Aspect";
+constexpr const char* originKey = "Origin";
 
 std::optional<std::pair<std::size_t, std::size_t>> SizesOf(const DataObject& object) {
 #define TIVOR_VALUE(T, id, name)                                                                                       \
