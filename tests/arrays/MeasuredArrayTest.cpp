@@ -101,7 +101,7 @@ TEST(Data1D, DescribesItsSamples) {
     for (const auto& [object, condition] :
          {std::pair<std::shared_ptr<DataObject>, const char*>(nullptr, "(p_spArrayData != nullptr)"),
           std::pair<std::shared_ptr<DataObject>, const char*>(MakeData(1), "IsScalarArrayData( *p_spArrayData )")}) {
-        const auto error = RaisedBy<Core::AssertionError>([&] { Data1D::CreateFrom(object); });
+        const auto error = RaisedBy<Core::AssertionError>([&given = object] { Data1D::CreateFrom(given); });
         EXPECT_EQ(error.GetText(), condition);
         EXPECT_EQ(error.GetContext().source, "Data1D");
     }
@@ -216,8 +216,10 @@ TEST(Data2D, DescribesItsSamples) {
     for (const auto& [object, condition] :
          {std::pair<std::shared_ptr<DataObject>, const char*>(nullptr, "(p_spMatrixData!= nullptr)"),
           std::pair<std::shared_ptr<DataObject>, const char*>(Samples<int>({1}), "IsMatrixData( *p_spMatrixData )")}) {
-        EXPECT_EQ(RaisedBy<Core::AssertionError>([&] { Data2D::Create(object); }).GetText(), condition);
-        EXPECT_EQ(RaisedBy<Core::AssertionError>([&] { surface->SetMatrixDataObject(object); }).GetText(), condition);
+        EXPECT_EQ(RaisedBy<Core::AssertionError>([&given = object] { Data2D::Create(given); }).GetText(), condition);
+        EXPECT_EQ(
+            RaisedBy<Core::AssertionError>([&, &given = object] { surface->SetMatrixDataObject(given); }).GetText(),
+            condition);
     }
     EXPECT_EQ(surface->GetNumDimension1Points(), 3u);
 }
@@ -258,7 +260,7 @@ TEST(Data2D, KeepsOneTruthOfPositions) {
     EXPECT_EQ(surface->GetPositionFunction(), nullptr);
 
     // Dimensions of one point and of none.
-    for (const std::size_t count : {1, 0}) {
+    for (const std::size_t count : {1u, 0u}) {
         DataContainer values;
         values.Put("Matrix", Heights(count, 3));
         values.PutValue("Dimension1Extent", Mm(4));
