@@ -36,7 +36,8 @@ FACTORY_HEADER = "include/Tivor/DataObjectFactory.h"
 ROOTS = {"Tivor": "include/Tivor", "QorCore": "suite/core/include/QorCore", "Nalix": "suite/nalix/include/Nalix"}
 PUBLIC = tuple(root + "/" for root in ROOTS.values())
 # Nalix stands alone, so its one question to the system is not in the platform layer of the core.
-PLATFORM = ("suite/core/src/platform/", "suite/nalix/src/PlatformMemory.cpp")
+# The kernels of surfaces ask the processor only, by its compilers' own header.
+PLATFORM = ("suite/core/src/platform/", "suite/nalix/src/PlatformMemory.cpp", "src/arrays/SampleKernels.cpp")
 MAY_ASK_FOR_PLATFORM = PLATFORM + tuple(root + "/Export.h" for root in ROOTS.values())
 
 STANDARD = re.compile(r"[a-z_0-9]+")

@@ -28,6 +28,9 @@ public:
     /// As the constructor.
     static std::shared_ptr<Data2D> Create(std::shared_ptr<DataObject> matrixData);
 
+    /// As the constructor, with the kind and the scale of the data of another surface.
+    static std::shared_ptr<Data2D> CreateLike(const Data2D& other, std::shared_ptr<DataObject> matrixData);
+
     /// Without samples.
     Data2D();
     /// A surface of these samples, which are shared. Fails an assertion for null and for anything but a matrix; raises
@@ -85,6 +88,12 @@ public:
     std::string ToString() const;
 
 private:
+    template <class>
+    friend class Data2DOperation;
+    friend TIVOR_API std::shared_ptr<Data2D> CreateSubregion(const Data2D& data, std::uint64_t begin1,
+                                                             std::uint64_t end1, std::uint64_t begin2,
+                                                             std::uint64_t end2);
+
     const Layout& GetLayout() const override;
     bool AreSamples(const DataObject& object) const override;
     std::optional<Counts> CountSamples(const DataObject& samples) const override;
@@ -99,6 +108,7 @@ private:
     void InitProperties(std::shared_ptr<DataObject> matrixData);
     void UpdateProperties(std::shared_ptr<DataObject> matrixData);
     void StoreFixedSpacing(const FixedSpacing2D& spacing);
+    void SetCustomPositionFunction(std::shared_ptr<Position2D> positions, const Data2D& source);
     std::shared_ptr<Position2D> FindPositionFunction() const;
 };
 

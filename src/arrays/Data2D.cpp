@@ -54,6 +54,14 @@ std::shared_ptr<Data2D> Data2D::Create(std::shared_ptr<DataObject> matrixData) {
 }
 std::shared_ptr<Data2D> Data2D::Clone() const { return Create(*this); }
 
+std::shared_ptr<Data2D> Data2D::CreateLike(const Data2D& other, std::shared_ptr<DataObject> matrixData) {
+    auto surface = Create(std::move(matrixData));
+    for (const char* const key : {Layout::dataKind.key, Layout::dataScale.key})
+        if (const auto value = other.FindValue(key))
+            surface->Store(key, value->Clone());
+    return surface;
+}
+
 Data2D::Data2D() { InitProperties(nullptr); }
 
 Data2D::Data2D(std::shared_ptr<DataObject> matrixData) {
@@ -259,6 +267,15 @@ void Data2D::SetPositionFunction(std::shared_ptr<Position2D> positions) {
         StoreFixedSpacing(*fixed);
     else
         StorePositions(MeasuredPositions::Wrap<ArrayPosition2D>(std::move(positions)));
+}
+
+// In the data object of the source where it is the same: whoever made that may have given it a stored form.
+void Data2D::SetCustomPositionFunction(std::shared_ptr<Position2D> positions, const Data2D& source) {
+    const auto former = source.FindValue(Layout::positionFunction);
+    if (former && MeasuredPositions::Of<Position2D>(*former) == positions)
+        StorePositions(former);
+    else
+        StorePositions(MeasuredPositions::Wrap<FixedSpacing2D, ArrayPosition2D>(std::move(positions)));
 }
 
 bool Data2D::GetFixedSpacing(UnitizedDouble& dim1, UnitizedDouble& dim2) const {

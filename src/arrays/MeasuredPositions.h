@@ -19,15 +19,19 @@ std::shared_ptr<T> As(const DataObject& object) {
     return std::dynamic_pointer_cast<T>(Of<typename WrappedAs<T>::type>(object));
 }
 
-/// A data object that holds the position function, and stores it if it is of the class `Stored`.
-template <class Stored, class Position>
+/// A data object that holds the position function, and stores it if it is of one of the classes `Stored`.
+template <class... Stored, class Position>
 std::shared_ptr<DataObject> Wrap(std::shared_ptr<Position> positions) {
     if (!positions)
         Core::Error::RaiseError(Core::NullPointerError("A position function is needed; it is null"),
                                 QOR_CODE_CONTEXT("MeasuredArray"), "Qor.Tivor.MeasuredArray");
-    if (auto stored = std::dynamic_pointer_cast<Stored>(positions))
-        return ValueTraits<Stored>::MakeData(std::move(stored));
-    return GenericWrapper<Position>::Create(std::move(positions));
+    std::shared_ptr<DataObject> object;
+    const auto wrapAs = [&]<class T>(std::type_identity<T>) {
+        if (auto stored = std::dynamic_pointer_cast<T>(positions))
+            object = ValueTraits<T>::MakeData(std::move(stored));
+    };
+    (wrapAs(std::type_identity<Stored>()), ...);
+    return object ? object : GenericWrapper<Position>::Create(std::move(positions));
 }
 
 using List = MeasuredArray::PositionList;

@@ -1,0 +1,261 @@
+#include "SampleKernels.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#if defined(__x86_64__) && defined(__GNUC__)
+#define TIVOR_X86
+#include <immintrin.h>
+#endif
+
+namespace Qor::Tivor::SampleKernels {
+
+namespace {
+
+constexpr std::size_t cacheLine = 64;
+constexpr std::size_t vectorBytes = 16;
+
+template <class T>
+inline constexpr std::size_t width = vectorBytes / sizeof(T);
+/// Elements along one side of a block whose lines are lines of the cache.
+template <class T>
+inline constexpr std::size_t blockSide = cacheLine / sizeof(T);
+
+template <class T>
+struct VectorOf {
+    typedef T Type __attribute__((vector_size(vectorBytes)));
+};
+template <class T>
+using Vector = typename VectorOf<T>::Type;
+
+// What is larger than the caches is written past them, where it would only displace what is still to be read.
+bool IsLarge(std::size_t bytes) { return bytes >= std::size_t{4} << 20; }
+bool IsAligned(const void* address, std::size_t bytesBetween, std::size_t bytes) {
+    return (reinterpret_cast<std::uintptr_t>(address) | bytesBetween) % bytes == 0;
+}
+
+// --- Transposition
+
+/// The first or the second halves of two vectors, their elements in turn.
+template <class T, bool second, std::size_t... i>
+Vector<T> Interleaved(Vector<T> one, Vector<T> other, std::index_sequence<i...>) {
+    return __builtin_shufflevector(one, other, (i / 2 + (second ? width<T> / 2 : 0) + i % 2 * width<T>)...);
+}
+
+/// Transposes a tile of as many vectors as each has elements: each round doubles how many neighbours came together.
+template <class T>
+void TransposeTile(Vector<T>* tile) {
+    constexpr auto indices = std::make_index_sequence<width<T>>();
+    for (std::size_t round = 1; round < width<T>; round *= 2) {
+        Vector<T> next[width<T>];
+        for (std::size_t i = 0; i < width<T> / 2; ++i) {
+            next[2 * i] = Interleaved<T, false>(tile[i], tile[i + width<T> / 2], indices);
+            next[2 * i + 1] = Interleaved<T, true>(tile[i], tile[i + width<T> / 2], indices);
+        }
+        std::copy(next, next + width<T>, tile);
+    }
+}
+
+template <class T>
+struct Transposition {
+    const T* Line(std::size_t line) const { return source + (reverseLines ? lines - 1 - line : line) * length; }
+    T* TargetLine(std::size_t line) const { return target + (reverseElements ? length - 1 - line : line) * lines; }
+
+    const T* source;
+    T* target;
+    std::size_t lines;
+    std::size_t length;
+    bool reverseLines;
+    bool reverseElements;
+};
+
+template <class T>
+void TransposePlainly(const Transposition<T>& work, std::size_t firstLine, std::size_t endLine, std::size_t first,
+                      std::size_t end) {
+    for (std::size_t line = firstLine; line < endLine; ++line)
+        for (std::size_t i = first; i < end; ++i)
+            work.TargetLine(i)[line] = work.Line(line)[i];
+}
+
+template <bool past>
+void WriteCacheLine(void* target, const void* line) {
+#ifdef TIVOR_X86
+    if constexpr (past) {
+        for (std::size_t i = 0; i < cacheLine / vectorBytes; ++i)
+            _mm_stream_si128(static_cast<__m128i*>(target) + i, _mm_load_si128(static_cast<const __m128i*>(line) + i));
+        return;
+    }
+#endif
+    std::memcpy(target, line, cacheLine);
+}
+
+template <class T, bool past>
+void TransposeBlock(const Transposition<T>& work, std::size_t line, std::size_t element) {
+    alignas(cacheLine) T block[blockSide<T>][blockSide<T>];
+    for (std::size_t r = 0; r < blockSide<T>; r += width<T>)
+        for (std::size_t c = 0; c < blockSide<T>; c += width<T>) {
+            Vector<T> tile[width<T>];
+            for (std::size_t i = 0; i < width<T>; ++i)
+                std::memcpy(&tile[i], work.Line(line + r + i) + element + c, vectorBytes);
+            TransposeTile<T>(tile);
+            for (std::size_t i = 0; i < width<T>; ++i)
+                std::memcpy(&block[c + i][r], &tile[i], vectorBytes);
+        }
+    for (std::size_t c = 0; c < blockSide<T>; ++c)
+        WriteCacheLine<past>(work.TargetLine(element + c) + line, block[c]);
+}
+
+template <class T, bool past>
+void TransposeBlocks(const Transposition<T>& work) {
+    const std::size_t lines = work.lines / blockSide<T> * blockSide<T>;
+    const std::size_t length = work.length / blockSide<T> * blockSide<T>;
+    for (std::size_t line = 0; line < lines; line += blockSide<T>)
+        for (std::size_t i = 0; i < length; i += blockSide<T>)
+            TransposeBlock<T, past>(work, line, i);
+    TransposePlainly(work, 0, lines, length, work.length);
+    TransposePlainly(work, lines, work.lines, 0, work.length);
+}
+
+// --- Lines
+
+#ifdef TIVOR_X86
+
+/// The bytes of sixteen, elements of so many bytes in opposite order.
+template <class T>
+constexpr std::array<std::int8_t, vectorBytes> MakeOrder() {
+    std::array<std::int8_t, vectorBytes> order{};
+    for (std::size_t i = 0; i < vectorBytes; ++i)
+        order[i] = static_cast<std::int8_t>((width<T> - 1 - i / sizeof(T)) * sizeof(T) + i % sizeof(T));
+    return order;
+}
+template <class T>
+__m128i GetOrder() {
+    static constexpr auto order = MakeOrder<T>();
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(order.data()));
+}
+
+template <class T>
+__attribute__((target("ssse3"))) std::size_t ReverseBySsse3(const T* source, T* target, std::size_t count, bool past) {
+    const __m128i order = GetOrder<T>();
+    std::size_t i = 0;
+    for (; i + width<T> <= count; i += width<T>) {
+        const __m128i vector =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(source + count - i - width<T>)), order);
+        past ? _mm_stream_si128(reinterpret_cast<__m128i*>(target + i), vector)
+             : _mm_storeu_si128(reinterpret_cast<__m128i*>(target + i), vector);
+    }
+    return i;
+}
+
+template <class T>
+__attribute__((target("avx2"))) std::size_t ReverseByAvx2(const T* source, T* target, std::size_t count, bool past) {
+    constexpr std::size_t step = 2 * width<T>;
+    const __m256i order = _mm256_broadcastsi128_si256(GetOrder<T>());
+    std::size_t i = 0;
+    for (; i + step <= count; i += step) {
+        const auto* const place = reinterpret_cast<const __m256i*>(source + count - i - step);
+        const __m256i halves = _mm256_shuffle_epi8(_mm256_loadu_si256(place), order);
+        const __m256i vector = _mm256_permute4x64_epi64(halves, 0x4E);
+        past ? _mm256_stream_si256(reinterpret_cast<__m256i*>(target + i), vector)
+             : _mm256_storeu_si256(reinterpret_cast<__m256i*>(target + i), vector);
+    }
+    return i;
+}
+
+template <class T>
+std::size_t ReverseVectors(const T* source, T* target, std::size_t count, bool past) {
+    static const bool hasAvx2 = __builtin_cpu_supports("avx2");
+    static const bool hasSsse3 = __builtin_cpu_supports("ssse3");
+    if (hasAvx2)
+        return ReverseByAvx2(source, target, count, past);
+    return hasSsse3 ? ReverseBySsse3(source, target, count, past) : 0;
+}
+
+void CopyPast(const void* source, void* target, std::size_t bytes) {
+    const auto* const from = static_cast<const __m128i*>(source);
+    auto* const to = static_cast<__m128i*>(target);
+    const std::size_t count = bytes / vectorBytes;
+    for (std::size_t i = 0; i < count; ++i)
+        _mm_stream_si128(to + i, _mm_loadu_si128(from + i));
+}
+
+void EndWritingPast() { _mm_sfence(); }
+
+#else
+
+template <class T>
+std::size_t ReverseVectors(const T*, T*, std::size_t, bool) {
+    return 0;
+}
+void CopyPast(const void* source, void* target, std::size_t bytes) { std::memcpy(target, source, bytes); }
+void EndWritingPast() {}
+
+#endif
+
+template <class T>
+void ReverseLine(const T* source, T* target, std::size_t count, bool past) {
+    for (std::size_t i = ReverseVectors(source, target, count, past); i < count; ++i)
+        target[i] = source[count - 1 - i];
+}
+
+template <class T, class SourceLine>
+void CopyEachLine(SourceLine sourceLine, T* target, std::size_t lines, std::size_t length) {
+    const std::size_t bytes = length * sizeof(T);
+    const bool past = IsLarge(lines * bytes) && IsAligned(target, bytes, vectorBytes);
+    for (std::size_t i = 0; i < lines; ++i)
+        past ? CopyPast(sourceLine(i), target + i * length, bytes)
+             : static_cast<void>(std::memcpy(target + i * length, sourceLine(i), bytes));
+    if (past)
+        EndWritingPast();
+}
+
+} // namespace
+
+template <class T>
+void ReverseLines(const T* source, T* target, std::size_t lines, std::size_t length) {
+    if (length != 0)
+        CopyEachLine([=](std::size_t i) { return source + (lines - 1 - i) * length; }, target, lines, length);
+}
+
+template <class T>
+void CopyLines(const T* source, std::size_t stride, T* target, std::size_t lines, std::size_t length) {
+    if (length != 0)
+        CopyEachLine([=](std::size_t i) { return source + i * stride; }, target, lines, length);
+}
+
+template <class T>
+void ReverseElements(const T* source, T* target, std::size_t lines, std::size_t length) {
+    constexpr std::size_t alignment = 2 * vectorBytes;
+    const bool past = IsLarge(lines * length * sizeof(T)) && IsAligned(target, length * sizeof(T), alignment);
+    for (std::size_t i = 0; i < lines; ++i)
+        ReverseLine(source + i * length, target + i * length, length, past);
+    if (past)
+        EndWritingPast();
+}
+
+template <class T>
+void Transpose(const T* source, T* target, std::size_t lines, std::size_t length, bool reverseLines,
+               bool reverseElements) {
+    const Transposition<T> work{source, target, lines, length, reverseLines, reverseElements};
+    if (IsLarge(lines * length * sizeof(T)) && IsAligned(target, lines * sizeof(T), vectorBytes)) {
+        TransposeBlocks<T, true>(work);
+        EndWritingPast();
+    } else {
+        TransposeBlocks<T, false>(work);
+    }
+}
+
+#define TIVOR_INSTANTIATE(T)                                                                                           \
+    template void ReverseLines(const T*, T*, std::size_t, std::size_t);                                                \
+    template void ReverseElements(const T*, T*, std::size_t, std::size_t);                                             \
+    template void Transpose(const T*, T*, std::size_t, std::size_t, bool, bool);                                       \
+    template void CopyLines(const T*, std::size_t, T*, std::size_t, std::size_t);
+TIVOR_INSTANTIATE(std::uint8_t)
+TIVOR_INSTANTIATE(std::uint16_t)
+TIVOR_INSTANTIATE(std::uint32_t)
+TIVOR_INSTANTIATE(std::uint64_t)
+
+} // namespace Qor::Tivor::SampleKernels
