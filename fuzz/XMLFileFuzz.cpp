@@ -1,6 +1,6 @@
 // A file of any type in memory, with and without the type's name. What opens is changed, saved and opened again.
 
-#include "XMLAgreement.h"
+#include "Agreement.h"
 
 #include <Tivor/DataFile.h>
 

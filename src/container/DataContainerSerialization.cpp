@@ -24,12 +24,7 @@ std::uint64_t OutputEndMarker(Core::BinaryOutputStream& binaryStream) {
 
 std::uint64_t DataContainer::OutputData(Core::BinaryOutputStream& stream, bool lock) const {
     const NestingLevel level;
-    std::optional<FramedWrite> outermost;
-    if (lock && FramedWrite::Current() == nullptr) {
-        std::vector<std::shared_ptr<Core::Lock>> locks;
-        AcquireLocks(locks);
-        outermost.emplace(std::move(locks));
-    }
+    const LockedWrite locked(*this, lock);
     std::uint64_t size = 0;
     for (const Entry& entry : *this)
         size += OutputBlockIfSerializable(stream, entry.key, *entry.object).value_or(0);

@@ -29,12 +29,7 @@ namespace {
 
 void DataContainer::OutputData(std::ostream& stream, Core::XMLWriter& writer, bool lock) const {
     const NestingLevel level;
-    std::optional<FramedWrite> outermost;
-    if (lock && FramedWrite::Current() == nullptr) {
-        std::vector<std::shared_ptr<Core::Lock>> locks;
-        AcquireLocks(locks);
-        outermost.emplace(std::move(locks));
-    }
+    const LockedWrite locked(*this, lock);
     for (const Entry& entry : *this)
         OutputXMLIfSerializable(stream, writer, entry.key, *entry.object);
 }

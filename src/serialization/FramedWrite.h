@@ -40,4 +40,20 @@ private:
     void* m_outer;
 };
 
+/// Holds the locks below an object or a container while it is written, unless it is part of a framed write already.
+class LockedWrite {
+public:
+    template <class Written>
+    explicit LockedWrite(const Written& written, bool lock = true) {
+        if (!lock || FramedWrite::Current() != nullptr)
+            return;
+        std::vector<std::shared_ptr<Core::Lock>> locks;
+        written.AcquireLocks(locks);
+        m_outermost.emplace(std::move(locks));
+    }
+
+private:
+    std::optional<FramedWrite> m_outermost;
+};
+
 } // namespace Qor::Tivor

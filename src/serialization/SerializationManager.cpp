@@ -34,12 +34,7 @@ void SkipBlock(Core::BinaryInputStream& stream, const DataObjectHeader& header, 
 // Holds the object's locks while `write` works with its serializer; false when it has none.
 template <class Write>
 bool WriteFramed(DataObject& object, const std::string& dataName, Write write) {
-    std::optional<FramedWrite> outermost;
-    if (FramedWrite::Current() == nullptr) {
-        std::vector<std::shared_ptr<Core::Lock>> locks;
-        object.AcquireLocks(locks);
-        outermost.emplace(std::move(locks));
-    }
+    const LockedWrite locked(object);
     std::shared_ptr<Serializer> serializer;
     try {
         serializer = object.GetSerializer();

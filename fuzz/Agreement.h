@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Trickle.h"
+
 #include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/DataContainer.h>
@@ -7,9 +9,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <span>
 
-// What the fuzzers of XML have in common.
+// What the fuzzers of containers have in common.
 
 inline void Require(bool condition, const char* text) {
     if (condition)
@@ -32,6 +35,32 @@ private:
 
     Qor::Core::Context::ScopedLimits m_limits;
 };
+
+/// Reads a container by `input(container, stream)`; empty when that is refused. For an eighth of all sizes, because
+/// strings then take a mebibyte at once, a stream that gives a few bytes at a time must do the same.
+template <class Input>
+std::optional<Qor::Tivor::DataContainer> ReadContainer(std::span<const std::byte> bytes, Input input) {
+    const auto read = [&](Qor::Tivor::DataContainer& container, Qor::Core::BinaryInputStream& stream) {
+        try {
+            input(container, stream);
+            return true;
+        } catch (const Qor::Core::Error&) {
+            Require(container.IsEmpty(), "a failed read left entries");
+            return false;
+        }
+    };
+    std::optional<Qor::Tivor::DataContainer> container(std::in_place);
+    Qor::Core::MemoryInputStream stream(bytes);
+    const bool accepted = read(*container, stream);
+    if (bytes.size() % 8 == 0) {
+        Qor::Tivor::DataContainer trickled;
+        Qor::Core::Testing::Trickle trickle(bytes, 3);
+        Require(read(trickled, trickle) == accepted && trickled == *container, "the kind of stream matters");
+    }
+    if (!accepted)
+        container.reset();
+    return container;
+}
 
 /// Writes the container in both forms, reads both, and writes what was read in both forms again.
 inline void RequireAgreement(const Qor::Tivor::DataContainer& container) {
