@@ -1,6 +1,7 @@
 #include "Platform.h"
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
+#include "Threads.h"
 #include "Watchdog.h"
 
 #include <QorCore/MemoryStreams.h>
@@ -9,13 +10,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <functional>
 #include <random>
 #include <set>
-#include <thread>
 
 namespace Qor::Tivor::Testing {
 
@@ -24,12 +23,11 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto duration = 1500ms;
-constexpr std::size_t numThreads = 4;
 
 /// Random numbers of one thread.
 class Dice {
 public:
-    explicit Dice(std::size_t seed) : m_engine(static_cast<unsigned>(seed)) {}
+    explicit Dice(int seed) : m_engine(static_cast<unsigned>(seed)) {}
     std::size_t Below(std::size_t end) { return std::uniform_int_distribution<std::size_t>(0, end - 1)(m_engine); }
     std::string Key() { return "k" + std::to_string(Below(8)); }
 
@@ -44,22 +42,15 @@ void RunTogether(const std::vector<Action>& actions) {
     const Core::Testing::Watchdog watchdog;
     const auto end = std::chrono::steady_clock::now() + duration;
     std::atomic<int> done{0};
-    std::vector<std::thread> threads;
-    for (std::size_t number = 0; number < numThreads; ++number)
-        threads.emplace_back([&, number] {
-            Dice dice(number);
-            while (std::chrono::steady_clock::now() < end)
-                try {
-                    ++done;
-                    actions[dice.Below(actions.size())](dice);
-                } catch (const Core::LogicError&) {
-                } catch (const std::exception& error) {
-                    ADD_FAILURE() << error.what();
-                    return;
-                }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    Core::Testing::OnThreads(4, [&](int number) {
+        Dice dice(number);
+        while (std::chrono::steady_clock::now() < end)
+            try {
+                ++done;
+                actions[dice.Below(actions.size())](dice);
+            } catch (const Core::LogicError&) {
+            }
+    });
     EXPECT_GT(done, 100) << "the threads only waited";
 }
 
@@ -139,52 +130,6 @@ TEST(ContainerStress, OneContainerForAll) {
     });
     ExpectSound(container);
     ExpectSound(other);
-}
-
-// All objects have one value, whoever looks: a set of locks is a set.
-TEST(ContainerStress, SameObjectsInOppositeOrder) {
-    constexpr int count = 12;
-    std::array<DataContainer, 2> containers;
-    std::vector<std::shared_ptr<Data<int>>> numbers;
-    for (int i = 0; i < count; ++i)
-        numbers.push_back(LockableNumber(0));
-    for (int i = 0; i < count; ++i) {
-        containers[0].GetSubData({"nested"}, true)->Put(std::to_string(i), numbers[static_cast<std::size_t>(i)]);
-        containers[1].Put(std::to_string(i), numbers[static_cast<std::size_t>(count - 1 - i)]);
-    }
-    containers[0].Put("other", std::make_shared<DataContainer>(containers[1]));
-    const auto expectOne = [](const DataContainer& written) {
-        std::set<int> values;
-        for (const DataContainer::Entry& entry : written)
-            if (const auto number = std::dynamic_pointer_cast<Data<int>>(entry.object))
-                values.insert(number->GetValue());
-        EXPECT_EQ(values.size(), 1u);
-    };
-    RunTogether({
-        [&](Dice& dice) {
-            std::vector<std::shared_ptr<Core::Lock>> locks;
-            containers[dice.Below(2)].AcquireLocks(locks);
-            const int value = static_cast<int>(dice.Below(1000));
-            for (const auto& number : numbers)
-                number->SetValue(value);
-        },
-        [&](Dice& dice) {
-            const std::size_t which = dice.Below(2);
-            Core::MemoryOutputStream stream;
-            containers[which].OutputData(stream, true);
-            DataContainer again;
-            Core::MemoryInputStream input(stream.GetBytes());
-            again.InputData(input);
-            expectOne(which == 0 ? *again.GetSubData({"nested"}, false) : again);
-        },
-        [&](Dice& dice) { static_cast<void>(containers[dice.Below(2)] == containers[dice.Below(2)]); },
-        [&](Dice& dice) {
-            static_cast<void>(numbers[dice.Below(count)]->HoldsSameValueAs(*numbers[dice.Below(count)]));
-        },
-        [&](Dice& dice) { EXPECT_GT(containers[dice.Below(2)].GetDataSize_bytes(), 0u); },
-        [&](Dice& dice) { containers[dice.Below(2)].Clone(); },
-    });
-    EXPECT_TRUE(*containers[0].GetSubData({"nested"}, false)->Clone() == *containers[0].GetSubData({"nested"}, false));
 }
 
 TEST(ContainerStress, ContainersMoveBetweenParents) {

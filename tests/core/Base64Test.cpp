@@ -104,16 +104,6 @@ TEST(Base64Kernels, EachByteAtEachPlaceIsTakenOrRefusedAlike) {
         }
 }
 
-TEST(Base64Kernels, LinesOfAllLengthsAreDecodedAlike) {
-    for (std::size_t size = 0; size <= 400; ++size) {
-        ExpectSameDecoding(Expected(RandomBytes(size)), 400);
-        for (const std::string separator : {"\n", "\r\n", " \t\r\n"})
-            ExpectSameDecoding(Lines(600, size + 1, separator), 700);
-    }
-    for (std::size_t room = 0; room < 400; ++room)
-        ExpectSameDecoding(Lines(400, 76, "\r\n"), room);
-}
-
 TEST(Base64Kernels, LinesThatChangeAreDecodedAlike) {
     for (int round = 0; round < 8'000; ++round) {
         std::string text = Lines(Below(600), 4 * (1 + Below(30)), round % 2 == 0 ? "\n" : "\r\n");

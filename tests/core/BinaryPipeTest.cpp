@@ -1,10 +1,8 @@
 #include "Alerts.h"
 #include "Watchdog.h"
 
-#include <QorCore/Base64.h>
 #include <QorCore/BinaryPipe.h>
 #include <QorCore/BufferedStreams.h>
-#include <QorCore/Thread.h>
 
 #include <gtest/gtest.h>
 
@@ -208,57 +206,6 @@ TEST(BinaryPipeThreads, WhatIsFlushedReachesThoseWhoReadAhead) {
         ASSERT_EQ(Read(ahead, 3), "abc");
     }
     echo.join();
-}
-
-/// Writes bytes as Base64 into a pipe that it closes.
-class Producer final : public Task {
-public:
-    Producer(BinaryPipe& pipe, std::string bytes, bool fails)
-        : m_pipe(pipe), m_bytes(std::move(bytes)), m_fails(fails) {}
-
-    void Run() override {
-        try {
-            Base64EncoderStream encoder(m_pipe.GetWriter());
-            encoder.Write(m_bytes.data(), m_bytes.size());
-            if (m_fails)
-                throw LogicError("The producer failed");
-            encoder.Finish();
-            m_pipe.CloseWrite();
-        } catch (...) {
-            m_pipe.CloseWrite(std::current_exception());
-            throw;
-        }
-    }
-
-private:
-    BinaryPipe& m_pipe;
-    std::string m_bytes;
-    bool m_fails;
-};
-
-TEST(BinaryPipeThreads, AProducerOnItsOwnThreadAndItsFailureAreRead) {
-    const Testing::Watchdog watchdog;
-    const std::string bytes = Numbered(1'000'000);
-    for (const bool fails : {false, true}) {
-        BinaryPipe pipe(2048);
-        Thread thread("Producer", std::make_shared<Producer>(pipe, bytes, fails));
-        thread.Start();
-        Base64DecoderStream decoder(pipe.GetReader());
-        if (fails) {
-            EXPECT_THROW(Read(decoder, bytes.size()), LogicError);
-            EXPECT_THROW(thread.Join(), LogicError);
-        } else {
-            EXPECT_TRUE(Read(decoder, bytes.size() + 1) == bytes);
-            thread.Join();
-        }
-    }
-    // A reader that goes away.
-    BinaryPipe pipe(2048);
-    Thread thread("Producer", std::make_shared<Producer>(pipe, bytes, false));
-    thread.Start();
-    EXPECT_EQ(Read(pipe, 10).size(), 10u);
-    pipe.CloseRead();
-    EXPECT_EQ(Testing::RaisedBy<IOError>([&] { thread.Join(); }).GetText(), "The reading end of a pipe was closed");
 }
 
 } // namespace

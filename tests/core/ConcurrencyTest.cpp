@@ -1,4 +1,5 @@
 #include "Alerts.h"
+#include "Threads.h"
 
 #include <QorCore/Context.h>
 #include <QorCore/LockSet.h>
@@ -23,14 +24,7 @@ namespace {
 
 using namespace Qor::Core;
 using namespace std::chrono_literals;
-
-void OnThreads(int count, const std::function<void(int)>& work) {
-    std::vector<std::thread> threads;
-    for (int index = 0; index < count; ++index)
-        threads.emplace_back(work, index);
-    for (std::thread& thread : threads)
-        thread.join();
-}
+using Testing::OnThreads;
 
 bool IsFreeForOthers(Mutex& mutex) {
     bool isFree = false;

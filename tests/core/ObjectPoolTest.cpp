@@ -1,4 +1,5 @@
 #include "Platform.h"
+#include "Threads.h"
 
 #include <QorCore/ObjectPool.h>
 
@@ -115,18 +116,14 @@ TEST(ObjectPoolThreads, CellsTravelBetweenThreads) {
     static PoolOf40 pool(16, 20);
     std::mutex mutex;
     Cells pot;
-    std::vector<std::thread> threads;
-    while (threads.size() < 4)
-        threads.emplace_back([&] {
-            for (std::size_t round = 0; round < 300; ++round) {
-                Cells cells = pool.Take(round % 40);
-                const std::lock_guard lock(mutex);
-                std::swap(cells, pot);
-                pool.Give(cells);
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    Qor::Core::Testing::OnThreads(4, [&](int) {
+        for (std::size_t round = 0; round < 300; ++round) {
+            Cells cells = pool.Take(round % 40);
+            const std::lock_guard lock(mutex);
+            std::swap(cells, pot);
+            pool.Give(cells);
+        }
+    });
     pool.Give(pot);
     const Cells cells = pool.Take(2000);
     EXPECT_EQ(CountDistinct(cells), 2000u);

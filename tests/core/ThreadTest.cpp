@@ -3,7 +3,6 @@
 #include "Watchdog.h"
 
 #include <QorCore/Context.h>
-#include <QorCore/Message.h>
 #include <QorCore/Mutex.h>
 #include <QorCore/Thread.h>
 
@@ -83,9 +82,7 @@ TEST(TaskThreads, TheTaskWorksOnBehalfOfTheStarter) {
     Testing::Warnings warnings;
     Mutex mutex;
     const MutexGuard guard(mutex);
-    ReadLimits limits;
-    limits.nesting = 17;
-    const Context::ScopedLimits scope(limits);
+    const Context::ScopedLimits scope({.nesting = 17});
     std::thread::id worker;
     std::string name;
     Thread thread("A name of 15 bytes or more", MakeTask([&] {

@@ -1,4 +1,5 @@
 #include "Alerts.h"
+#include "Threads.h"
 
 #include <QorCore/MemoryStreams.h>
 #include <QorCore/UnitizedValue.h>
@@ -6,12 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <barrier>
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <regex>
-#include <thread>
 #ifdef TIVOR_TEST_UDUNITS
 #include <udunits2.h>
 #endif
@@ -211,9 +210,7 @@ TEST(Units, StoredFormIsTheNumberAndAllOfTheUnit) {
 }
 
 TEST(UnitsThreads, SomeFindWhatOthersAdd) {
-    std::barrier start(4);
-    const auto work = [&](int thread) {
-        start.arrive_and_wait();
+    Testing::OnThreads(4, [&](int thread) {
         for (int i = 0; i < 600; ++i) {
             const std::string name = "Unit" + std::to_string(i);
             if (thread % 2 == 0)
@@ -223,12 +220,7 @@ TEST(UnitsThreads, SomeFindWhatOthersAdd) {
             EXPECT_TRUE(found ? found->GetName() == name : thread % 2 == 1) << name;
             EXPECT_EQ(Value(1, "Kilometer").ConvertTo("Meter").GetValue(), 1000);
         }
-    };
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back(work, thread);
-    for (std::thread& thread : threads)
-        thread.join();
+    });
 }
 
 } // namespace

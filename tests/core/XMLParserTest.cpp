@@ -11,7 +11,6 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -19,12 +18,12 @@ namespace {
 using namespace Qor::Core;
 using Testing::Deliver;
 using Testing::Joined;
+using Testing::pieceSize;
 using Testing::RaisedBy;
 using Testing::Recorder;
+using Testing::Repeated;
 using Testing::Trickle;
 using Parser = XMLParser<Recorder>;
-
-constexpr std::size_t pieceSize = 64 * 1024;
 
 // As many bytes as anyone asks for, up to a size; keeps how many that were each time.
 class Endless final : public BinaryInputStream {
@@ -63,13 +62,6 @@ std::string FaultOf(const std::string& document) {
     EXPECT_EQ(error.GetText().find("line " + error.GetVariable("Line") + ", column " + error.GetVariable("Column")),
               0u);
     return error.GetText();
-}
-
-std::string Repeated(std::size_t count, const std::string& text) {
-    std::string repeated;
-    for (; count != 0; --count)
-        repeated += text;
-    return repeated;
 }
 
 const std::string everything = "<?xml version='1.0' encoding='UTF-8'?><!--c--><a x='1' y=\"&lt;2\">t&amp;u<b/>"
@@ -191,11 +183,7 @@ TEST(XMLParser, FaultsAreReportedWithTheirPlace) {
 }
 
 TEST(XMLParser, LimitsOfTheThreadHold) {
-    ReadLimits limits;
-    limits.nesting = 2;
-    limits.nameBytes = 5;
-    limits.keyBytes = 10;
-    const Context::ScopedLimits scope(limits);
+    const Context::ScopedLimits scope({.nesting = 2, .nameBytes = 5, .keyBytes = 10});
     const auto withAttributes = [](std::size_t count) {
         std::string tag = "<a";
         for (; count != 0; --count)
@@ -226,9 +214,7 @@ TEST(XMLParser, LimitsOfTheThreadHold) {
 }
 
 TEST(XMLParser, DepthTakesNoStack) {
-    ReadLimits limits;
-    limits.nesting = 200'000;
-    const Context::ScopedLimits scope(limits);
+    const Context::ScopedLimits scope({.nesting = 200'000});
     const std::size_t depth = 600'000;
     EXPECT_EQ(CallsOf(Repeated(depth, "<a>") + Repeated(depth, "</a>")).size(), 10 + depth * (3 + 2 + 5) + 3);
 }

@@ -59,6 +59,15 @@ inline Trickle Deliver(std::string_view document, bool fails = false, std::uint6
     return {std::as_bytes(std::span(document)), step, fails ? document.size() : Trickle::never, true};
 }
 
+constexpr std::size_t pieceSize = 64 * 1024;
+
+inline std::string Repeated(std::size_t count, const std::string& text) {
+    std::string repeated;
+    for (; count != 0; --count)
+        repeated += text;
+    return repeated;
+}
+
 inline std::string Joined(const std::vector<std::string>& calls) {
     std::string joined;
     for (const std::string& call : calls)

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <Alerts.h>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -17,18 +16,11 @@ namespace {
 using namespace Qor::Core;
 using Testing::Deliver;
 using Testing::Joined;
+using Testing::pieceSize;
 using Testing::RaisedBy;
 using Testing::Recorder;
+using Testing::Repeated;
 using Testing::Trickle;
-
-constexpr std::size_t pieceSize = 64 * 1024;
-
-std::string Repeated(std::size_t count, const std::string& text) {
-    std::string repeated;
-    for (; count != 0; --count)
-        repeated += text;
-    return repeated;
-}
 
 // In this encoding, sections are read by expat and stand in memory: what comes from the source is compared with that.
 std::string Utf16(const std::string& utf8) {
@@ -151,27 +143,28 @@ TEST(XMLSection, AnyTextIsReadInAnyPieces) {
 }
 
 TEST(XMLSection, WhatIsNoCharacterIsAFaultWhereItStands) {
-    const std::string invalid = "line 1, column 16: not well-formed (invalid token)";
-    const std::pair<std::string, std::string> rows[] = {
-        {"\x80]]></a>", invalid},
-        {"\xC0\x80]]></a>", invalid},
-        {"\xC1\xBF]]></a>", invalid},
-        {"\xC3(]]></a>", invalid},
-        {"\xE0\x9F\xBF]]></a>", invalid},
-        {"\xE2\x82(]]></a>", invalid},
-        {"\xED\xA0\x80]]></a>", invalid},
-        {"\xEF\xBF\xBE]]></a>", invalid},
-        {"\xEF\xBF\xBF]]></a>", invalid},
-        {"\xF0\x8F\xBF\xBF]]></a>", invalid},
-        {"\xF4\x90\x80\x80]]></a>", invalid},
-        {"\xF5\x80\x80\x80]]></a>", invalid},
-        {"\xFF]]></a>", invalid},
-        {"\x1F]]></a>", invalid},
-        {std::string("\0]]></a>", 8), invalid},
-        {"\x80", invalid},
-        {"\xF0\x9F\x98", "line 1, column 16: partial character"},
-    };
-    for (const auto& [bytes, text] : rows) {
+    using namespace std::string_literals;
+    const std::string rows[] = {"\x80",
+                                "\xC0\x80",
+                                "\xC1\xBF",
+                                "\xC3(",
+                                "\xE0\x9F\xBF",
+                                "\xE2\x82(",
+                                "\xED\xA0\x80",
+                                "\xEF\xBF\xBE",
+                                "\xEF\xBF\xBF",
+                                "\xF0\x8F\xBF\xBF",
+                                "\xF4\x90\x80\x80",
+                                "\xF5\x80\x80\x80",
+                                "\xFF",
+                                "\x1F",
+                                "\0"s,
+                                "\xF0\x9F\x98"};
+    for (const std::string& row : rows) {
+        const bool isCut = row == "\xF0\x9F\x98";
+        const std::string bytes = isCut ? row : row + "]]></a>";
+        const std::string text =
+            "line 1, column 16: "s + (isCut ? "partial character" : "not well-formed (invalid token)");
         for (const std::uint64_t cDataRead : {0u, 1u, 3u, 1000u})
             EXPECT_EQ(FaultOf("<a><![CDATA[123" + bytes, cDataRead), text) << bytes;
         for (std::size_t size = 33; size < 140; ++size)

@@ -1,7 +1,6 @@
 #include "Alerts.h"
 
 #include <QorCore/MemoryStreams.h>
-#include <QorCore/Utf8.h>
 #include <QorCore/XMLParser.h>
 #include <QorCore/XMLWriter.h>
 

@@ -9,9 +9,7 @@
 
 namespace Qor::Tivor::Testing {
 
-using Core::Testing::ReadFileText;
-using Core::Testing::RunProgram;
-using Core::Testing::TemporaryDirectory;
+using namespace Core::Testing;
 
 namespace {
 

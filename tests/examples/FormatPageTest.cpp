@@ -14,9 +14,7 @@
 
 namespace Qor::Tivor::Testing {
 
-using Core::Testing::ReadFileText;
-using Core::Testing::TemporaryDirectory;
-using Core::Testing::WriteFileText;
+using namespace Core::Testing;
 
 namespace {
 

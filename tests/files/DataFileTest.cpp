@@ -9,19 +9,13 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 
 namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::FaultyFileSystem;
-using Core::Testing::RaisedBy;
-using Core::Testing::ReadFileText;
-using Core::Testing::TemporaryDirectory;
-using Core::Testing::Warnings;
-using Core::Testing::WriteFileText;
+using namespace Core::Testing;
 using Names = std::vector<std::string>;
 
 /// Entries at three levels.
@@ -182,30 +176,17 @@ TEST_P(DataFiles, DoNothingWhileClosed) {
 
 TEST_P(DataFiles, NoticeEveryChange) {
     using Change = std::function<void(DataContainer&)>;
-    const auto sub = [](DataContainer& c) { return c.GetSubData({"sub"}, false); };
     const auto deep = [](DataContainer& c) { return c.GetSubData({"sub", "deep"}, false); };
     // Whether it marks the file when it is made by the file, and by the container to which the file is bound.
     const std::tuple<const char*, Change, bool, bool> rows[] = {
         {"put", [](auto& c) { c.PutValue("x", 1); }, true, true},
         {"put the same", [](auto& c) { c.Put("n", c.Get("n")); }, true, false},
         {"put nothing", [](auto& c) { c.Put("n", std::shared_ptr<DataObject>()); }, false, false},
-        {"remove", [](auto& c) { c.Remove("n"); }, true, true},
         {"remove nothing", [](auto& c) { c.Remove("x"); }, false, false},
         {"clear", [](auto& c) { c.Clear(); }, true, true},
         {"set value", [](auto& c) { At<int>(c, "n").SetValue(8); }, true, true},
-        {"set data", [](auto& c) { At<int>(c, "n").SetData(nullptr); }, true, true},
-        {"switch off", [](auto& c) { c.Get("n")->EnableSerialization(false); }, true, true},
-        {"nested put", [&](auto& c) { sub(c)->PutValue("x", 1); }, true, true},
         {"deep value", [&](auto& c) { At<std::string>(*deep(c), "t").SetValue("x"); }, true, true},
-        {"deep clear", [&](auto& c) { deep(c)->Clear(); }, true, true},
-        {"new path",
-         [](auto& c) {
-             c.GetSubData({"sub", "x"}, true);
-         },
-         true, true},
-        {"append", [](auto& c) { c.Append(*Entries()); }, true, true},
         {"assign", [](auto& c) { c = *Entries(); }, true, true},
-        {"clone contents", [](auto& c) { c.CloneContents(*Entries()); }, true, true},
         {"look", [](auto& c) { Stored(*c.Clone()); }, false, false}};
     for (const auto& [name, change, inFile, inContainer] : rows)
         for (const bool bound : {false, true}) {
@@ -233,7 +214,11 @@ TEST_P(DataFiles, NoticeEveryChange) {
 TEST_P(DataFiles, AreSavedOnlyWhenTold) {
     const TestedType& type = GetParam();
     const std::string content = type.fileOf(*Entries()) + type.behind;
-    OpenFile open(type, content, nullptr, DataFile::eREAD_WRITE, "H\xC3\xB6he \xE6\xB8\xAC \xF0\x9F\x98\x80.qor");
+    // In any language, and longer than what Windows takes without further ado.
+    OpenFile open(type, content, nullptr, DataFile::eREAD_WRITE,
+                  std::string(225, 'f') + "H\xC3\xB6he \xE6\xB8\xAC \xF0\x9F\x98\x80");
+    EXPECT_GT(open.path.ToString().size(), 260u);
+    EXPECT_TRUE(type.recognizes(open.path.ToString()));
     open.file.PutValue("n", 8);
     open.file.Close();
     EXPECT_EQ(open.Content(), content);
@@ -321,16 +306,17 @@ TEST_P(DataFiles, LeaveTheContainerWhenTheyCannotBeRead) {
 /// An entry and a container, in which are two and a number, and behind that a number; what is odd is of no known class.
 std::string OddFileOf(const TestedType& type) {
     if (type.make == xmlType.make) {
-        const std::string odd = "<Data key='x' typeid='19' size='3' encoding='def/base64'><![CDATA[b2Rk]]></Data>";
+        const std::string odd = "<Data key='x' typeid='0' typename='Odd' version='1a' module='absent.dll' size='3' "
+                                "encoding='def/base64'><![CDATA[b2Rk]]></Data>";
         return "<DataContainer>" + odd + "<DataContainer key='sub' typeid='125'>" + odd + odd +
                "<Data key='y' typeid='1' encoding='def/hex64'>1</Data></DataContainer>"
                "<Data key='n' typeid='6' encoding='def/hex64'>5</Data></DataContainer>";
     }
     const std::string end = Bytes("00000000 7F FFFF");
-    const std::string odd = Bytes("01 000000 'x' 13 01 03 'odd'");
-    const std::string nested = odd + odd + Bytes("01 000000 'y' 01 01") + end;
-    return Bytes("'QOR DATA' 01 0000 'A'") + odd + Bytes("03 000000 'sub' 7D 01") + static_cast<char>(nested.size()) +
-           nested + Bytes("01 000000 'n' 06 05000000") + end;
+    const std::string odd = Bytes("01000000 'x' 00 03000000 'Odd' 02000000 '1a' 0A000000 'absent.dll' 01 03 'odd'");
+    const std::string nested = odd + odd + Bytes("01000000 'y' 01 01") + end;
+    return Bytes("'QOR DATA' 01 0000 'A'") + odd + Bytes("03000000 'sub' 7D 01") + static_cast<char>(nested.size()) +
+           nested + Bytes("01000000 'n' 06 05000000") + end;
 }
 
 TEST_P(DataFiles, SayWhatTheyDropBeforeTheyDo) {
@@ -347,8 +333,13 @@ TEST_P(DataFiles, SayWhatTheyDropBeforeTheyDo) {
     }
     OpenFile open(GetParam(), content);
     Names paths;
-    for (const UnreadEntry& entry : open.file.GetUnreadEntries())
+    for (const UnreadEntry& entry : open.file.GetUnreadEntries()) {
         paths.push_back(entry.path.size() == 1 ? entry.path[0] : entry.path[0] + '/' + entry.path[1]);
+        EXPECT_EQ(entry.typeName + '|' + entry.version + '|' + entry.module, "Odd|1a|absent.dll");
+        EXPECT_TRUE(entry.reason.starts_with("Call to ::LoadLibrary for absent.dll failed")) << entry.reason;
+    }
+    open.file.Flush();
+    EXPECT_EQ(open.file.NumUnreadEntries(), 3u) << "nothing was saved";
     EXPECT_EQ(paths, (Names{"x", "sub/x", "sub/x"}));
     EXPECT_EQ(Keys(open.file) + Keys(*open.file.GetSubData({"sub"}, false)), "sub n y ");
     open.file.PutValue("n", 6);
@@ -385,26 +376,6 @@ TEST_P(DataFiles, KeepMetaData) {
     EXPECT_TRUE(open.file.IsModified() && !open.file.GetMetaData("m"));
 }
 
-// Longer than what Windows takes without further ado.
-TEST_P(DataFiles, HaveNamesInAnyLanguageAndOfAnyLength) {
-    const TestedType& type = GetParam();
-    const TemporaryDirectory directory;
-    const auto folder = directory / (std::string(140, 'd') + " \xC3\xA4\xE9\xAB\x98");
-    std::filesystem::create_directory(Core::Testing::Native(folder));
-    const auto path = folder / (std::string(140, 'f') + " \xE5\xBA\xA6." + type.extension);
-    ASSERT_GT(path.ToString().size(), 290u);
-    for (const int value : {1, 2}) {
-        const auto file = type.open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, nullptr);
-        ASSERT_TRUE(file->IsOpen());
-        EXPECT_EQ(file->GetValue<int>("value").value_or(1), 1);
-        file->PutValue("value", value);
-        file->Flush();
-        EXPECT_TRUE(path.IsFile());
-        EXPECT_EQ(ReadFileText(path), type.fileOf(*file)) << value;
-    }
-    EXPECT_TRUE(type.recognizes(path.ToString()));
-}
-
 // By its content, whatever its extension; a new one by its extension where one is named.
 TEST_P(DataFiles, AreFoundByTheManager) {
     const TestedType& type = GetParam();
@@ -435,38 +406,6 @@ TEST_P(DataFiles, AreFoundByTheManager) {
     EXPECT_EQ(empty->GetFileType(), type.fileType);
     empty->Flush();
     EXPECT_EQ(ReadFileText(Core::PathName(path)), Bytes(type.empty));
-}
-
-TEST(DataFileTypes, AreTwo) {
-    std::unordered_map<std::string, std::string> fileTypes;
-    DataFile::EnumFileTypes(fileTypes);
-    const std::unordered_map<std::string, std::string> expected = {
-        {"QOR Binary Data File", "Stores binary data serialized by the QOR Binary Data File"},
-        {"QOR XML Data File", "Stores data serialized as XML by the QOR XML Data File"}};
-    EXPECT_EQ(fileTypes, expected);
-}
-
-TEST(DataFileTypes, SayWhyAFileIsNoneOfThem) {
-    const TemporaryDirectory directory;
-    for (const std::string extension : {"dataset", "qordml"}) {
-        const std::string path = (directory / ("f." + extension)).ToString();
-        for (const std::string content : {"<Other/>", "some text"}) {
-            WriteFileText(Core::PathName(path), content);
-            for (const auto behavior : {DataFile::eOPEN_EXISTING, DataFile::eOPEN_ALWAYS}) {
-                const auto error = RaisedBy<UnknownDataFileType>(
-                    [&] { DataFile::Open(path, DataFile::eREAD_WRITE, behavior, "", nullptr); });
-                EXPECT_EQ(error.GetText(), "Failed to determine file type of " + path + ", unable to open file");
-                EXPECT_EQ(error.GetVariable("QOR Binary Data File"),
-                          "its " + std::to_string(content.size()) +
-                              " bytes do not begin with a header of 12 bytes, the first of them \"QOR DATA\"");
-                EXPECT_EQ(error.GetVariable("QOR XML Data File"),
-                          "it is no XML document whose first element is <DataContainer>");
-                EXPECT_EQ(error.GetVariables().front().name,
-                          extension == "qordml" ? "QOR XML Data File" : "QOR Binary Data File");
-            }
-            EXPECT_EQ(ReadFileText(Core::PathName(path)), content);
-        }
-    }
 }
 
 TEST(XMLFile, OfAContainerComesBackOrSaysWhatFails) {
@@ -508,8 +447,6 @@ TEST(XMLDataFile, IsKnownByItsFirstElement) {
     const std::pair<std::string, bool> rows[] = {
         {element, true},
         {"\xEF\xBB\xBF" + element, true},
-        {" \r\n\t" + element, true},
-        {"<?xml version='1.0'?>" + element, true},
         {"\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8' standalone='yes'?>\n<!-- < -->\n<?pi <?>\n"
          "<!DOCTYPE DataContainer>\n<?pi?><!---->" +
              element,
@@ -521,13 +458,11 @@ TEST(XMLDataFile, IsKnownByItsFirstElement) {
         {"<!--" + std::string(60 * 1024, 'c') + "-->" + element, true},
         {"<DataContainer><no end", true},
         {comment + element, false},
-        {"<datacontainer/>", false},
         {"<Data typeid='125'/>", false},
         {"<Other><DataContainer/></Other>", false},
         {"<q:DataContainer xmlns:q='q'/>", false},
         {"x" + element, false},
         {"<!-- " + element, false},
-        {" <?xml version='1.0'?>" + element, false},
         {"<?xml version='1.0' encoding='EBCDIC'?>" + element, false},
         {"", false},
         {"<DataContainer", false},

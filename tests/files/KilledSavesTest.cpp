@@ -1,5 +1,4 @@
 #include "AlternatingContent.h"
-#include "StoredBytes.h"
 #include "TemporaryDirectory.h"
 #include "TestedTypes.h"
 

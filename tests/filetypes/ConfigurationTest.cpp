@@ -9,9 +9,7 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::TemporaryDirectory;
-using Core::Testing::WriteFileText;
+using namespace Core::Testing;
 using Names = std::vector<std::string>;
 
 const std::string binary = "QOR Binary Data File";

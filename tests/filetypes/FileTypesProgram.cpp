@@ -6,6 +6,7 @@
 //     FileTypesProgram threads             the first use is that of several threads at once
 
 #include "MarkedFile.h"
+#include "Threads.h"
 
 #include <QorCore/Log.h>
 #include <QorCore/System.h>
@@ -13,10 +14,8 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <future>
 #include <iostream>
 #include <mutex>
-#include <thread>
 
 using namespace Qor;
 using namespace Qor::Tivor;
@@ -76,17 +75,7 @@ void UseByManyThreads() {
             Print("opened " + (file ? file->GetFileType() : "nothing"));
         },
     };
-    std::promise<void> start;
-    const std::shared_future<void> started = start.get_future().share();
-    std::vector<std::thread> threads;
-    for (const auto& use : uses)
-        threads.emplace_back([&use, started] {
-            started.wait();
-            use();
-        });
-    start.set_value();
-    for (std::thread& thread : threads)
-        thread.join();
+    Core::Testing::OnThreads(static_cast<int>(std::size(uses)), [&](int number) { uses[number](); });
 }
 
 } // namespace

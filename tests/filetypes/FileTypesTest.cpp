@@ -2,6 +2,7 @@
 #include "MarkedFile.h"
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
+#include "Threads.h"
 
 #include <QorCore/Log.h>
 #include <Tivor/BinaryDataFile.h>
@@ -11,19 +12,14 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <future>
 #include <mutex>
 #include <optional>
-#include <thread>
 
 namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::TemporaryDirectory;
-using Core::Testing::Warnings;
-using Core::Testing::WriteFileText;
+using namespace Core::Testing;
 using Names = std::vector<std::string>;
 
 const std::string binary = "QOR Binary Data File";
@@ -199,11 +195,9 @@ TEST_F(FileTypes, OfFilesAreChosen) {
     };
     const Row rows[] = {
         {"f.aa", std::nullopt, existing, "", "-"},
-        {"f.aa", std::nullopt, existing, "None", "-"},
         {"f.aa", std::nullopt, DataFile::eOPEN_ALWAYS, "", "B"}, // the default
         {"f.aa", std::nullopt, DataFile::eCREATE_ALWAYS, "", "B"},
         {"f.aa", std::nullopt, DataFile::eCREATE_NEW, "", "B"},
-        {"f.aa", std::nullopt, 17, "", "B"},
         {"f.bb", std::nullopt, DataFile::eCREATE_NEW, "A", "A"},
         {"f.bb", std::nullopt, DataFile::eCREATE_NEW, "None", "InvalidDataFileType"},
         {"f.aa", a, existing, "", "A"},
@@ -214,28 +208,22 @@ TEST_F(FileTypes, OfFilesAreChosen) {
         {"f.shared", b, existing, "", "B"},
         {"f.dataset", a, existing, "", "A"},
         {"f.also", a, existing, "", "As A"},
-        {"f.ALSO", a, existing, "", "As A"},
-        {"also", a, existing, "", "A"},
         {".also", a, existing, "", "A"},
         {"d.also/f", a, existing, "", "A"},
         {"f.x", a, existing, "", "A"},
-        {"f", data, existing, "", binary},
         {"f.ee", a, existing, "", "A"},
         {"f.aa", a, DataFile::eCREATE_ALWAYS, "", "B"},
         {"f.aa", a, DataFile::eCREATE_ALWAYS, "As A", "As A"},
         {"f.aa", a, DataFile::eCREATE_NEW, "", "-"},
-        {"f.aa", a, 17, "", "-"},
         {"f.aa", "MX and more", existing, "", unknown},
         {"f.aa", "MX and more", DataFile::eOPEN_ALWAYS, "", unknown},
         {"f.aa", "MX and more", existing, "A", "IOError"},
         {"f.aa", "MX and more", existing, "None", "InvalidDataFileType"},
         {"f.aa", "", existing, "", "A"},
         {"f.shared", "", DataFile::eOPEN_ALWAYS, "", "A"},
-        {"f.SRFX", "", existing, "", binary},
         {"f.dataset", "", existing, "", binary},
         {"f.x", "", existing, "", unknown},
         {".aa", "", existing, "", unknown},
-        {"f.", "", existing, "", unknown},
         {"f.aa", "MA", existing, "", "EndOfStreamOnInput"},
     };
     for (const Row& row : rows) {
@@ -273,6 +261,7 @@ TEST_F(FileTypes, SayWhyTheyDecline) {
         {"Error", "raised"},
         {"Int", "an exception of unknown type"},
         {binary, "its 3 bytes do not begin with a header of 12 bytes, the first of them \"QOR DATA\""},
+        {"QOR XML Data File", "it is no XML document whose first element is <DataContainer>"},
         {"File", path}};
     for (const auto& [name, value] : rows)
         EXPECT_EQ(error.GetVariable(name), value);
@@ -322,12 +311,9 @@ TEST_F(FileTypes, OfContentInMemoryAreChosen) {
         EXPECT_EQ(Opened(open, ""), outcome);
         if (!file)
             continue;
-        EXPECT_EQ(std::string(reinterpret_cast<const char*>(file->GetContent().data()), file->GetContent().size()),
-                  content);
         container->PutValue("n", 8);
         file->Flush();
         const std::vector<std::byte> flushed = file->GetContent();
-        EXPECT_NE(flushed, std::vector<std::byte>(AsBytes(content).begin(), AsBytes(content).end()));
         const auto again = DataFile::OpenMemory(flushed, DataFile::eREAD_ONLY, fileType, nullptr);
         ASSERT_TRUE(again);
         EXPECT_EQ(again->GetValue<int>("n"), 8);
@@ -337,60 +323,26 @@ TEST_F(FileTypes, OfContentInMemoryAreChosen) {
     }
 }
 
-TEST_F(FileTypes, TellWhatTheyLeftUnread) {
-    const std::string end = Bytes("00000000 7F FFFF");
-    const std::string foreign = Bytes("01000000 'x' 00 03000000 'Cls' 02000000 '1a' 0A000000 'absent.dll' 01 03 'odd'");
-    const std::string nested = Bytes("01000000 'y' 13 01 00") + foreign + end;
-    const std::string content = Bytes("'QOR DATA' 01 0000 'A'") + foreign + Bytes("03000000 'sub' 7D 01") +
-                                static_cast<char>(nested.size()) + nested + end;
-    const auto file = DataFile::OpenMemory(AsBytes(content), DataFile::eREAD_WRITE, "", nullptr);
-    const auto check = [&](const Names& path, std::size_t index) {
-        const std::vector<UnreadEntry> entries = file->GetUnreadEntries();
-        ASSERT_GT(entries.size(), index);
-        const UnreadEntry& entry = entries[index];
-        EXPECT_EQ(entry.path, path);
-        EXPECT_EQ(entry.typeName + '|' + entry.version + '|' + entry.module, "Cls|1a|absent.dll");
-        EXPECT_TRUE(entry.reason.starts_with("Call to ::LoadLibrary for absent.dll failed")) << entry.reason;
-    };
-    check({"x"}, 0);
-    check({"sub", "x"}, 2);
-    file->Flush();
-    EXPECT_EQ(file->NumUnreadEntries(), 3u) << "nothing was saved";
-    file->PutValue("n", 1);
-    file->Flush();
-    EXPECT_EQ(file->NumUnreadEntries(), 0u);
-    EXPECT_TRUE(
-        DataFile::OpenMemory(file->GetContent(), DataFile::eREAD_ONLY, "", nullptr)->GetUnreadEntries().empty());
-}
-
 TEST(FileTypesThreads, AreUsedByAllAtOnce) {
     const TemporaryDirectory directory;
     const std::string data = (directory / "f.t0").ToString();
     WriteFileText(Core::PathName(data), BinaryContent());
-    std::promise<void> start;
-    const std::shared_future<void> started = start.get_future().share();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i)
-        threads.emplace_back([&, i, started] {
-            started.wait();
-            const std::string name = "t" + std::to_string(i % 4);
-            for (int round = 0; round < 50; ++round) {
-                const Warnings warnings;
-                const auto own = Registered(name, name, {name});
-                const auto file = DataFile::Open(data, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, "", nullptr);
-                EXPECT_TRUE(file && file->GetFileType() == binary);
-                std::unordered_map<std::string, std::string> fileTypes;
-                DataFile::EnumFileTypes(fileTypes);
-                EXPECT_EQ(fileTypes.count(name), 1u);
-                EXPECT_EQ(Manager().FindFactoryByExtension("f." + name)->GetFileType(), name);
-                DataFile::SetDefaultFileType(round % 2 == 0 ? "" : name);
-                EXPECT_TRUE(Manager().GetDefaultFactory());
-                DataFile::LoadPlugIns(directory.GetPath().ToString());
-            }
-        });
-    start.set_value();
-    for (std::thread& thread : threads)
-        thread.join();
+    OnThreads(8, [&](int i) {
+        const std::string name = "t" + std::to_string(i % 4);
+        for (int round = 0; round < 50; ++round) {
+            const Warnings warnings;
+            const auto own = Registered(name, name, {name});
+            const auto file = DataFile::Open(data, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, "", nullptr);
+            EXPECT_TRUE(file && file->GetFileType() == binary);
+            std::unordered_map<std::string, std::string> fileTypes;
+            DataFile::EnumFileTypes(fileTypes);
+            EXPECT_EQ(fileTypes.count(name), 1u);
+            EXPECT_EQ(Manager().FindFactoryByExtension("f." + name)->GetFileType(), name);
+            DataFile::SetDefaultFileType(round % 2 == 0 ? "" : name);
+            EXPECT_TRUE(Manager().GetDefaultFactory());
+            DataFile::LoadPlugIns(directory.GetPath().ToString());
+        }
+    });
     const auto factories = Manager().GetFactories();
     for (int i = 0; i < 4; ++i)
         EXPECT_EQ(std::count_if(factories.begin(), factories.end(),

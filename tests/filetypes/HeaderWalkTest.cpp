@@ -4,7 +4,6 @@
 #include "StoredBytes.h"
 #include "TemporaryDirectory.h"
 
-#include <Tivor/BinaryDataFile.h>
 #include <Tivor/DataFileTypeManager.h>
 
 #include <gtest/gtest.h>

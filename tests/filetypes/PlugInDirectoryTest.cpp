@@ -13,8 +13,7 @@ namespace Qor::Tivor::Testing {
 namespace {
 
 namespace fs = std::filesystem;
-using Core::Testing::TemporaryDirectory;
-using Core::Testing::WriteFileText;
+using namespace Core::Testing;
 using Lines = std::vector<std::string>;
 
 const std::string binary = "QOR Binary Data File";
@@ -52,7 +51,7 @@ public:
     }
 
 private:
-    const std::string program = Core::Testing::isWindows ? "FileTypesProgram.exe" : "FileTypesProgram";
+    const std::string program = isWindows ? "FileTypesProgram.exe" : "FileTypesProgram";
 
     TemporaryDirectory m_directory;
 };
@@ -169,7 +168,7 @@ TEST(PlugInConfiguration, IsReadAtFirstUse) {
         std::string log; // part of the last line
     };
     const std::string loaded = ": loaded: ";
-    const std::string ofTheSystem = Core::Testing::isWindows ? "advapi32.dll" : "libm.so.6";
+    const std::string ofTheSystem = isWindows ? "advapi32.dll" : "libm.so.6";
     const Row rows[] = {
         {"<DefaultFileType>x-plain</DefaultFileType>", plugIns + "x-plain.dll" + loaded, "x-plain", "type: x-plain"},
         {"<DefaultFileType>s-plain</DefaultFileType><PlugIn>sub/s-plain.dll</PlugIn>",

@@ -1,5 +1,4 @@
 #include "Alerts.h"
-#include "StoredBytes.h"
 
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/CollectionSerialization.h>
@@ -8,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 namespace Qor::Tivor::Testing {
 

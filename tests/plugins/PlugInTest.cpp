@@ -2,6 +2,7 @@
 #include "PlugInValues.h"
 #include "Samples.h"
 #include "StoredBytes.h"
+#include "Threads.h"
 
 #include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
@@ -253,9 +254,7 @@ TEST(PlugIn, AnXMLFormOfItsOwnOutlivesAPlaceWithoutIt) {
     std::string text = Document(Element("nothing at xml", "text"));
     std::string bytes;
     {
-        Core::ReadLimits limits;
-        limits.moduleNames = Core::EModuleNames::none;
-        const Core::Context::ScopedLimits refusing(limits);
+        const Core::Context::ScopedLimits refusing({.moduleNames = Core::EModuleNames::none});
         const Warnings warnings;
         isKept(*DataContainer::FromXMLString(Document(element)));
         const auto kept = DataContainer::FromXMLString(text);
@@ -305,9 +304,7 @@ TEST(PlugIn, FailuresAreExplained) {
                                                   "DataObject ( C, version V, from module " +
                                                       module + ") for the following reason: \r\n" + failure);
         }
-        Core::ReadLimits limits;
-        limits.keepsUnavailable = true;
-        const Core::Context::ScopedLimits keeping(limits);
+        const Core::Context::ScopedLimits keeping({.keepsUnavailable = true});
         const Warnings warnings;
         const auto kept = Read(block);
         ASSERT_TRUE(IsUnbound(kept));
@@ -340,9 +337,7 @@ TEST(PlugIn, ReadersChooseWhichNamesAreLoaded) {
         {'l', ""}, {'k', "+KeepingUnread"}, {'f', "+DataObjectCreationFailed"}};
     for (const auto& [names, module, expected] : rows) {
         SCOPED_TRACE(module);
-        Core::ReadLimits limits;
-        limits.moduleNames = names;
-        const Core::Context::ScopedLimits scoped(limits);
+        const Core::Context::ScopedLimits scoped({.moduleNames = names});
         std::shared_ptr<DataObject> object;
         const auto calls = CountLoaderCalls(module, 0);
         const std::string bytes = SpectrumIn(module, "80");
@@ -387,25 +382,17 @@ TEST(PlugInThreads, LoadALibraryOnce) {
     const std::string bytes =
         SpectrumIn("GoodPlugIn.dll") + Entry("b", Band::className, "2.1", "GoodPlugIn.dll", std::string(16, '\0')) +
         Entry("v", "C", "", "vain.dll", "data") + Entry("e", "C", "", "EmptyPlugIn.dll", "data") + end;
-    std::promise<void> start;
-    const std::shared_future<void> started = start.get_future().share();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i)
-        threads.emplace_back([&bytes, started] {
-            started.wait();
-            for (int round = 0; round < 20; ++round) {
-                const Warnings warnings;
-                DataContainer container;
-                EXPECT_EQ(ReadInto(container, bytes), bytes.size());
-                EXPECT_EQ(Keys(container), "k b ");
-                EXPECT_TRUE(IsSpectrum(container.Get("k")));
-                EXPECT_EQ(warnings.GetNames(), Names(2, "DataObjectCreationFailed"));
-                EXPECT_EQ(Factory().GetLastError().substr(0, 8), "Call to ");
-            }
-        });
-    start.set_value();
-    for (std::thread& thread : threads)
-        thread.join();
+    Core::Testing::OnThreads(8, [&](int) {
+        for (int round = 0; round < 20; ++round) {
+            const Warnings warnings;
+            DataContainer container;
+            EXPECT_EQ(ReadInto(container, bytes), bytes.size());
+            EXPECT_EQ(Keys(container), "k b ");
+            EXPECT_TRUE(IsSpectrum(container.Get("k")));
+            EXPECT_EQ(warnings.GetNames(), Names(2, "DataObjectCreationFailed"));
+            EXPECT_EQ(Factory().GetLastError().substr(0, 8), "Call to ");
+        }
+    });
     EXPECT_EQ(CountLoaderCalls("GoodPlugIn.dll", 1), 1);
 }
 

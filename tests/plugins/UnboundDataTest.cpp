@@ -14,8 +14,7 @@ namespace Qor::Tivor::Testing {
 namespace {
 
 using namespace std::string_literals;
-using Core::Testing::RaisedBy;
-using Core::Testing::Warnings;
+using namespace Core::Testing;
 
 /// The object in the other places where it can stand.
 std::vector<std::shared_ptr<DataObject>> Elsewhere(const std::shared_ptr<DataObject>& object) {
@@ -137,9 +136,7 @@ TEST(UnboundData, OutlivesAPlaceWithoutItsPlugIn) {
     std::string expected = Stored(first);
     std::string second;
     for (const bool isChanged : {false, true}) {
-        Core::ReadLimits limits;
-        limits.moduleNames = Core::EModuleNames::none;
-        const Core::Context::ScopedLimits refusing(limits);
+        const Core::Context::ScopedLimits refusing({.moduleNames = Core::EModuleNames::none});
         const Warnings warnings;
         DataContainer container(isChanged);
         ReadInto(container, expected);

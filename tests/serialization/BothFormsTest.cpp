@@ -17,8 +17,7 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::Warnings;
+using namespace Core::Testing;
 
 /// Data that nobody knows, as both forms can keep it.
 std::vector<std::shared_ptr<DataObject>> UnboundObjects() {

@@ -10,8 +10,7 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::Warnings;
+using namespace Core::Testing;
 
 std::shared_ptr<ForeignObject> Foreign(std::uint64_t announced, const std::string& written, std::uint64_t returned) {
     auto object = std::make_shared<ForeignObject>();

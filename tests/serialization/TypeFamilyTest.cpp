@@ -18,9 +18,7 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::ReadFileText;
-using Core::Testing::Warnings;
+using namespace Core::Testing;
 
 struct Row {
     ETypeID id;
@@ -236,7 +234,7 @@ void CheckGoldenFile(DataContainer& made, const std::string& name, const std::st
     for (const DataContainer::Entry& entry : file)
         EXPECT_EQ(Stored(*entry.object), Stored(*made.Get(entry.key))) << entry.key;
 
-    const Core::Testing::TemporaryDirectory directory;
+    const TemporaryDirectory directory;
     const std::string copyPath = (directory / name).ToString();
     File copy(copyPath, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, DataContainer::Create(file));
     copy.Flush();

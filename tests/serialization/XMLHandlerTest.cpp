@@ -20,8 +20,7 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::Watchdog;
+using namespace Core::Testing;
 
 /// What happened, and what handlers do when it does.
 struct Stage {

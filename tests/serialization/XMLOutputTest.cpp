@@ -1,10 +1,10 @@
 #include "Alerts.h"
 #include "ForeignObject.h"
 #include "StoredBytes.h"
+#include "Threads.h"
 #include "Watchdog.h"
 
 #include <QorCore/Base64.h>
-#include <QorCore/MemoryStreams.h>
 #include <QorCore/Mutex.h>
 #include <QorCore/XMLWriter.h>
 #include <Tivor/DataContainer.h>
@@ -24,11 +24,9 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::Warnings;
-using Core::Testing::Watchdog;
+using namespace Core::Testing;
 
-constexpr std::size_t sizes[] = {9, 4096, 4097, 100'000};
+constexpr std::size_t sizes[] = {7, 9, 4096, 4097, 100'000};
 
 /// A medium of which the n-th write fails, and all that follow.
 class FailingBuffer final : public std::streambuf {
@@ -178,31 +176,6 @@ TEST(XMLOutput, PassesOnWhatSerializersDo) {
         }
 }
 
-// A text node for up to 8 bytes, which are never written by another thread, has the same rules.
-TEST(XMLOutput, HasRulesForFewBytesToo) {
-    const auto contentOf = [](std::uint64_t announced, const std::string& written) {
-        const auto object = std::make_shared<ForeignObject>();
-        object->announced = announced;
-        object->written = written;
-        std::ostringstream stream;
-        Core::XMLWriter writer;
-        SerializationManager::OutputXML(stream, writer, "", *object);
-        const std::string text = stream.str();
-        return text.substr(text.find("size"));
-    };
-    const auto ending = [](const char* size, const char* number) {
-        return std::string("size=\"") + size + "\" encoding=\"def/hex64\">" + number + "</Data>";
-    };
-    EXPECT_EQ(contentOf(0, ""), ending("0", "0"));
-    EXPECT_EQ(contentOf(1, "\x0A"), ending("1", "A"));
-    EXPECT_EQ(contentOf(4, Bytes("EF BE AD 00")), ending("4", "ADBEEF"));
-    EXPECT_EQ(contentOf(8, Bytes("EF CD AB 89 67 45 23 F1")), ending("8", "F123456789ABCDEF"));
-    const Warnings warnings;
-    EXPECT_EQ(contentOf(3, "ab"), ending("3", "6261"));
-    EXPECT_EQ(warnings.GetNames(), std::vector<std::string>{"SkippingData"});
-    RaisedBy<Core::IOError>([&] { contentOf(1, "ab"); });
-}
-
 TEST(XMLOutput, LetsTheSecondThreadEnterWhatTheFirstHolds) {
     const Watchdog watchdog;
     Core::Mutex mutex;
@@ -235,26 +208,17 @@ TEST(XMLThreads, WriteAndReadAtOnce) {
         lockable->PutValue(key, RowMajorMatrix<double>(10, 70));
     shared->Put("sub", lockable);
     std::atomic<int> agreements{0};
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number)
-        threads.emplace_back([&, number] {
-            try {
-                for (int round = 0; round < 25; ++round) {
-                    auto& matrix =
-                        dynamic_cast<Data<RowMajorMatrix<double>>&>(*shared->GetSubData({"sub"}, false)->Get("a"));
-                    matrix.SetValue(RowMajorMatrix<double>(10, static_cast<std::size_t>(60 + number)));
-                    const auto read = DataContainer::FromXMLString(StoredXML(*shared));
-                    EXPECT_EQ(Keys(*read->GetSubData({"sub"}, false)), "a b c ");
-                    const auto own = DataContainer::Create();
-                    own->PutValue("own", std::string(5000, static_cast<char>('\0' + number)));
-                    agreements += *DataContainer::FromXMLString(StoredXML(*own)) == *own ? 1 : 0;
-                }
-            } catch (const std::exception& error) {
-                ADD_FAILURE() << error.what();
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    OnThreads(4, [&](int number) {
+        for (int round = 0; round < 25; ++round) {
+            auto& matrix = dynamic_cast<Data<RowMajorMatrix<double>>&>(*shared->GetSubData({"sub"}, false)->Get("a"));
+            matrix.SetValue(RowMajorMatrix<double>(10, static_cast<std::size_t>(60 + number)));
+            const auto read = DataContainer::FromXMLString(StoredXML(*shared));
+            EXPECT_EQ(Keys(*read->GetSubData({"sub"}, false)), "a b c ");
+            const auto own = DataContainer::Create();
+            own->PutValue("own", std::string(5000, static_cast<char>('\0' + number)));
+            agreements += *DataContainer::FromXMLString(StoredXML(*own)) == *own ? 1 : 0;
+        }
+    });
     EXPECT_EQ(agreements, 100);
 }
 

@@ -4,7 +4,6 @@
 
 #include <QorCore/Base64.h>
 #include <Tivor/DataContainer.h>
-#include <Tivor/UnboundDataObject.h>
 
 #include <gtest/gtest.h>
 
@@ -15,8 +14,7 @@ namespace Qor::Tivor::Testing {
 namespace {
 
 using namespace std::string_literals;
-using Core::Testing::RaisedBy;
-using Core::Testing::Warnings;
+using namespace Core::Testing;
 
 std::string Describe(const Core::AlertInfo& alert) {
     return alert.GetTypeName() + ' ' + std::to_string(alert.GetSeverity()) + ' ' + alert.GetCategory() + ": " +
@@ -233,26 +231,6 @@ TEST(XMLReading, TakesReferencesToEntitiesForNothing) {
               "Expected content that means the same in any document, found a reference to the entity \"e\"");
     EXPECT_EQ(error.GetCategory(), "Qor.Tivor.CachingContentHandler.BindData");
     RaisedBy<Core::IOError>([] { DataContainer::FromXMLString("<DataContainer>&e;</DataContainer>"); });
-}
-
-TEST(XMLReading, GoesSoDeepAndNoDeeper) {
-    const auto nested = [](const std::string& tag, std::size_t levels) {
-        std::string document;
-        for (std::size_t level = 0; level < levels; ++level)
-            document += '<' + tag + '>';
-        for (std::size_t level = 0; level < levels; ++level)
-            document += "</" + tag + '>';
-        return document;
-    };
-    DataContainer deepest;
-    EXPECT_EQ(DataContainer::FromXMLString(nested("DataContainer", 256))->NumDataObjects(), 1u);
-    const auto error = RaisedBy<LimitExceeded>([&] { DataContainer::FromXMLString(nested("DataContainer", 257)); });
-    EXPECT_EQ(error.GetText(), "Containers are nested deeper than the 256 levels that are allowed");
-    EXPECT_EQ(error.GetVariable("Column"), std::to_string(256 * 15 + 1));
-    const Warnings warnings;
-    EXPECT_EQ(OutcomeOf(nested("x", 767)).substr(0, 22), "| SkippingUnknownTag 1");
-    EXPECT_EQ(OutcomeOf(nested("x", 768)).substr(0, 15), "XMLParseError 2");
-    EXPECT_EQ(OutcomeOf(nested("x", 100'000)).substr(0, 15), "XMLParseError 2");
 }
 
 } // namespace Qor::Tivor::Testing

@@ -12,8 +12,7 @@ namespace Qor::Tivor::Testing {
 
 namespace {
 
-using Core::Testing::RaisedBy;
-using Core::Testing::Warnings;
+using namespace Core::Testing;
 using Object = std::shared_ptr<DataObject>;
 using namespace std::string_literals;
 
@@ -143,6 +142,7 @@ TEST(XMLValues, HaveTheFormThatIsDocumented) {
         {Scalar(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808"},
         {Scalar(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615"},
         {Scalar(0.1f), "0.1"},
+        {Scalar(std::bit_cast<float>(0x7F812345u)), "nan(7F812345)"},
         {Scalar(static_cast<double>(0.1f)), "0.10000000149011612"},
         {Scalar(-std::numeric_limits<double>::infinity()), "-inf"},
         {Value(Core::UnitDescriptor()), lines({emptyDescriptor})},
@@ -181,33 +181,6 @@ TEST(XMLValues, HaveTheFormThatIsDocumented) {
         const std::string encoding = object->GetSerializer()->GetXMLEncoding();
         EXPECT_EQ(encoding, content.starts_with("<![") ? "def/base64" : "");
         ReadInto(twin, content, SizeOf(*object) + " encoding='" + encoding + '\'');
-        EXPECT_EQ(DataOf(*twin), DataOf(*object));
-    }
-}
-
-TEST(XMLValues, OfAllKindsComeBackToTheBit) {
-    NamedObjects objects = ScalarsOf<eSIGNED_INTEGRAL_TYPE, std::int8_t, std::int16_t, std::int32_t, std::int64_t>();
-    const auto add = [&objects](NamedObjects more) { objects.insert(objects.end(), more.begin(), more.end()); };
-    add(ScalarsOf<eUNSIGNED_INTEGRAL_TYPE, std::uint8_t, std::uint16_t, std::uint32_t, std::uint64_t>());
-    add(ScalarsOf<eFLOATING_POINT_TYPE, float, double>());
-    add(ObjectsOf<std::string>());
-    add(ObjectsOf<std::wstring>());
-    add(LargeObjectsOf<std::string>());
-    add(ObjectsOf<Core::Time>());
-    add(ObjectsOf<Core::Elapse>());
-    add(ObjectsOf<Core::Error>());
-    add(ObjectsOf<Core::UnitDescriptor>());
-    add(ObjectsOf<UnitizedDouble>());
-    add({{"long", Value(std::string(100'000, '\xFF'))},
-         {"payload", Scalar(std::bit_cast<float>(0x7F812345u))},
-         {"strange", Value(Core::Error("", "a\0\"<\r\n"s))}});
-    for (const auto& [key, object] : objects) {
-        SCOPED_TRACE(object->GetTypeName() + ' ' + key);
-        const Object twin = object->Clone();
-        ReadInto(twin, ContentOf(*OtherThan(*object)), SizeOf(*OtherThan(*object)));
-        EXPECT_NE(DataOf(*twin), DataOf(*object));
-        ReadInto(twin, ContentOf(*object),
-                 SizeOf(*object) + " encoding='" + object->GetSerializer()->GetXMLEncoding() + '\'');
         EXPECT_EQ(DataOf(*twin), DataOf(*object));
     }
 }
@@ -302,16 +275,17 @@ TEST(XMLValues, KeepTheirValueWhenTheirElementIsFaulty) {
         return expected(what + " in the attribute \"" + name + '"', '"' + found + '"');
     };
     const std::string count = "a number of 32 bits without sign";
-    const Object text = Value("x"s);
-    const Object wide = Value(L"x"s);
-    const Object time = Value(Core::Time(1));
-    const Object elapse = Value(Core::Elapse(1));
-    const Object int8 = Scalar(std::int8_t{1});
-    const Object uint16 = Scalar(std::uint16_t{1});
-    const Object real = Scalar(1.0);
-    const Object unit = Value(furlong);
-    const Object unitized = Value(UnitizedDouble(1, "Meter"));
-    const Object error = Value(DiskFull());
+    const auto kept = [](const Object& object) { return std::make_shared<OneSerializer>(object); };
+    const Object text = kept(Value("x"s));
+    const Object wide = kept(Value(L"x"s));
+    const Object time = kept(Value(Core::Time(1)));
+    const Object elapse = kept(Value(Core::Elapse(1)));
+    const Object int8 = kept(Scalar(std::int8_t{1}));
+    const Object uint16 = kept(Scalar(std::uint16_t{1}));
+    const Object real = kept(Scalar(1.0));
+    const Object unit = kept(Value(Core::UnitDescriptor("n", "")));
+    const Object unitized = kept(Value(UnitizedDouble(1)));
+    const Object error = kept(Value(Core::Error()));
     struct Row {
         Object object;
         std::string attributes;
@@ -346,10 +320,13 @@ TEST(XMLValues, KeepTheirValueWhenTheirElementIsFaulty) {
         {unitized, "", "<Value>2,5</Value>", io, expected("a number in the element \"Value\"", "\"2,5\"")},
         {unitized, "", "<Value>1&foo;</Value>", io, entity},
         {unitized, "", "<Value unit='Ell'>1</Value><Descriptor/>", noUnit, unknown},
+        {unitized, "", "<Descriptor name='n'/>", io,
+         expected("an element \"Value\" in the data of a unitized value", "none")},
+        {unitized, "", "<Value unit='Meter'>2</Value><Descriptor scale='x'/>", io, attribute("a number", "scale", "x")},
         {error, "", "<CallStack/>", io, expected("an element \"Error\" in the data of an error", "none")},
         {error, "", "<Error severity='grave'/>", io, attribute(count, "severity", "grave")},
-        {error, "", "<Error line='-1'/>", io, attribute(count, "line", "-1")},
-        {error, "", "<Error><CallStack><Context line='4294967296'/></CallStack></Error>", io,
+        {error, "", "<Error class='E'/><Error line='-1'/>", io, attribute(count, "line", "-1")},
+        {error, "", "<Error><CallStack><Context/><Context line='4294967296'/></CallStack></Error>", io,
          attribute(count, "line", "4294967296")},
     };
     for (const std::string list : {"", "1 0 0 0 0 0 0", "0 0 0 0 0 0 0 0 0", "0 0 0 0 0 0 0 128", "0,0 0 0 0 0 0 0 0"})
@@ -362,37 +339,11 @@ TEST(XMLValues, KeepTheirValueWhenTheirElementIsFaulty) {
         EXPECT_EQ(Kind(raised.GetTypeName(), raised.GetCategory()), row.kind);
         EXPECT_EQ(raised.GetText(), row.text);
         EXPECT_EQ(DataOf(*row.object), before);
-        ReadInto(row.object, ContentOf(*row.object), SizeOf(*row.object)); // nothing is left of the faulty element
+        // Nothing is left of the faulty element.
+        if (row.object->GetTypeID() >= eERROR && row.kind.first == "IOError")
+            RaisedBy<Core::IOError>([&] { ReadInto(row.object, "", ""); });
+        ReadInto(row.object, ContentOf(*row.object), SizeOf(*row.object));
         EXPECT_EQ(DataOf(*row.object), before);
-    }
-}
-
-TEST(XMLValues, LeaveNothingBehindInASerializerThatReadsAgain) {
-    const Object text = std::make_shared<OneSerializer>(Value("x"s));
-    const Object unitized = std::make_shared<OneSerializer>(Value(UnitizedDouble(77)));
-    const Object error = std::make_shared<OneSerializer>(Value(Core::Error("other")));
-    const Object plain = Value(UnitizedDouble(1));
-    const std::tuple<Object, std::string, std::string, Object> rows[] = {
-        {text, "a&foo;", "b", Value("b"s)},
-        {unitized, "<Value unit='Meter'>x</Value>", "<Value>1</Value>", plain},
-        {unitized, "<Descriptor name='n'/>", "<Value>1</Value>", plain},
-        {unitized, "<Value>2</Value><Descriptor scale='x'/>", "", nullptr},
-        {error, "<Error/><Error line='x'/>", "", nullptr},
-        {error, "<Error class='E'><CallStack><Context line='x'/></CallStack></Error>", "<Error/>",
-         Value(Core::Error())},
-    };
-    const auto refuse = [](const Object& object, const std::string& content) {
-        RaisedBy<Core::IOError>([&] { ReadInto(object, content, ""); });
-    };
-    for (const auto& [object, faulty, content, result] : rows) {
-        SCOPED_TRACE(faulty);
-        refuse(object, faulty);
-        if (result) {
-            ReadInto(object, content, "");
-            EXPECT_EQ(DataOf(*object), DataOf(*result));
-        } else {
-            refuse(object, content);
-        }
     }
 }
 
