@@ -214,34 +214,6 @@ TEST(Container, MakesLockableObjectsWhenToldTo) {
     }
 }
 
-TEST(Container, ReleasesLocksInReverse) {
-    std::vector<std::string> taken;
-    std::vector<std::string> released;
-    const auto container = Numbered({"plain"});
-    std::shared_ptr<DataContainer> place = container;
-    for (const std::string name : {"1", "2", "3"}) {
-        const auto object = std::make_shared<ForeignObject>();
-        object->onAcquireLocks = [&, name](std::vector<std::shared_ptr<Core::Lock>>& locks) {
-            taken.push_back(name);
-            const auto note = [&, name](Core::Mutex* mutex) {
-                released.push_back(name);
-                delete mutex;
-            };
-            Core::Lock::Append(locks,
-                               std::make_shared<Core::Lock>(std::shared_ptr<Core::Mutex>(new Core::Mutex, note)));
-        };
-        place->Put("o", object);
-        place = place->GetSubData({"sub"}, true);
-    }
-    std::vector<std::shared_ptr<Core::Lock>> locks;
-    container->AcquireLocks(locks);
-    EXPECT_EQ(locks.size(), 4u + 3u); // four containers
-    Core::Lock::Append(locks, std::make_shared<Core::Lock>(std::make_shared<Core::Mutex>()));
-    locks.clear();
-    std::reverse(taken.begin(), taken.end());
-    EXPECT_EQ(released, taken);
-}
-
 // A program may hold the library's strings itself: they must be whole there, and one and the same for both.
 TEST(ExportedStrings, AreOneForAll) {
     for (const std::string* const text : {&sMETA_DATA, &Serializer::sDEFAULT_HEX64_ENCODING}) {

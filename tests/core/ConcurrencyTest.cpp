@@ -72,19 +72,6 @@ TEST(MutexThreads, ABorrowedContextEntersWhatTheLenderHolds) {
     EXPECT_TRUE(mutex.IsHeldByCaller());
 }
 
-TEST(MutexThreads, ExcludesUnderContention) {
-    Mutex mutex;
-    int count = 0;
-    OnThreads(4, [&](int) {
-        for (int round = 0; round < 20'000; ++round) {
-            const MutexGuard guard(mutex);
-            const MutexGuard again(mutex);
-            ++count;
-        }
-    });
-    EXPECT_EQ(count, 80'000);
-}
-
 TEST(LockThreads, EndOnAnyThreadHoweverManyThereAre) {
     const auto mutex = std::make_shared<Mutex>();
     for (const int count : {1, 200'000}) {

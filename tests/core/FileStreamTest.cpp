@@ -55,53 +55,6 @@ TEST(System, FindsFilesByPattern) {
     }
 }
 
-TEST(System, FindsFilesOfAllDirectoriesBelow) {
-    const TemporaryDirectory directory;
-    System::MakeDirectories(directory / "b" / "\xC3\xA4" / "c");
-    System::MakeDirectories(directory / "b" / "\xC3\xA4"); // which is there
-    for (const char* const name : {"z", "b/y", "b/\xC3\xA4/x.txt", "b/\xC3\xA4/c/.w"})
-        WriteFileText(directory / name, "");
-    std::vector<PathName> files{PathName("kept")};
-    System::EnumFilesBelow(directory.GetPath(), files);
-    EXPECT_EQ(files, std::vector({PathName("kept"), PathName("b/y"), PathName("b/\xC3\xA4/c/.w"),
-                                  PathName("b/\xC3\xA4/x.txt"), PathName("z")}));
-    for (const PathName& unreadable : {directory / "missing", directory / "z"}) {
-        const auto error = RaisedBy<IOError>([&] { System::EnumFilesBelow(unreadable, files); });
-        EXPECT_EQ(error.GetVariable("File"), unreadable.ToString());
-    }
-    EXPECT_EQ(RaisedBy<IOError>([&] { System::MakeDirectories(directory / "z" / "a"); }).GetVariable("File"),
-              (directory / "z" / "a").ToString());
-    EXPECT_EQ(files.size(), 5u);
-}
-
-TEST(FileStream, OpensAsTheModeSays) {
-    const struct {
-        int mode;
-        bool readOnly;
-        bool exists;
-        const char* after; // content of the file when the opening succeeds, null when it fails
-    } rows[] = {{0, false, true, "old"},    {0, false, false, nullptr}, {1, false, true, "old"},
-                {1, false, false, ""},      {2, false, true, ""},       {2, false, false, ""},
-                {3, false, true, nullptr},  {3, false, false, ""},      {4, false, true, nullptr},
-                {-1, false, true, nullptr}, {7, false, false, ""},      {0, true, true, "old"},
-                {0, true, false, nullptr},  {1, true, true, "old"},     {1, true, false, nullptr},
-                {2, true, true, nullptr},   {3, true, false, nullptr}};
-    BinaryFileStream file;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-        const TemporaryDirectory directory;
-        const PathName path = directory / "\xC3\xA4 \xE6\xB8\xAC.bin";
-        if (row.exists)
-            WriteFileText(path, "old");
-        EXPECT_EQ(file.Open(path.ToString(), row.readOnly, row.mode), row.after != nullptr);
-        EXPECT_EQ(file.IsOpen(), row.after != nullptr);
-        ASSERT_EQ(path.IsFile(), row.exists || row.after != nullptr);
-        EXPECT_TRUE(!path.IsFile() || ReadFileText(path) == (row.after != nullptr ? row.after : "old"));
-    }
-    EXPECT_FALSE(file.Open("", false, 1));
-    EXPECT_FALSE(file.Open(TemporaryDirectory().GetPath().ToString(), true, 0)) << "a directory is no file";
-}
-
 TEST(FileStream, KeepsTwoPositionsOf64Bits) {
     const TemporaryDirectory directory;
     BinaryFileStream file;

@@ -49,17 +49,12 @@ class OtherCustom final : public std::numpunct<char> {
 
 TEST(NumberText, IsTheShortestThatReadsBackWhateverTheLocale) {
     const std::locale before = std::locale::global(std::locale(std::locale(), new OtherCustom));
-    ExpectText(std::int8_t{65}, "65");
     ExpectText(char{-128}, "-128");
     ExpectText(std::uint8_t{255}, "255");
-    ExpectText(std::int16_t{-32768}, "-32768");
-    ExpectText(std::uint32_t{4294967295}, "4294967295");
     ExpectText(std::numeric_limits<std::int64_t>::min(), "-9223372036854775808");
     ExpectText(std::numeric_limits<std::uint64_t>::max(), "18446744073709551615");
     ExpectText(0.1f, "0.1");
-    ExpectText(0.1, "0.1");
     ExpectText(static_cast<double>(0.1f), "0.10000000149011612");
-    ExpectText(1234567.5, "1234567.5");
     ExpectText(5e-324, "5e-324");
     ExpectText(std::numeric_limits<double>::max(), "1.7976931348623157e+308");
     ExpectText(-std::numeric_limits<float>::infinity(), "-inf");

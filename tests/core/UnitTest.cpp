@@ -1,7 +1,6 @@
 #include "Alerts.h"
 #include "Threads.h"
 
-#include <QorCore/MemoryStreams.h>
 #include <QorCore/UnitizedValue.h>
 
 #include <gtest/gtest.h>
@@ -84,10 +83,7 @@ TEST(Units, ConversionsMeetTheNumbersThatAreMeant) {
         Value to;
         double tolerance = 0; // relative, the other way too
     } rows[] = {{{1, "Millimeter"}, {1000, "Micrometer"}},
-                {{0.7, "Micrometer"}, {700, "Nanometer"}},
                 {{1, "CubicMeter"}, {1e18, "CubicMicrometer"}},
-                {{7, "Inch"}, {7e6, "Microinch"}},
-                {{-0.25, "Hour"}, {-9e8, "Microsecond"}},
                 {{1, "Degree"}, {3600, "ArcSecond"}},
                 {{50, "Percent"}, 0.5},
                 {{infinity, "Meter"}, {infinity, "Foot"}},
@@ -139,12 +135,9 @@ TEST(Units, WhatHasNoMeaningIsRefused) {
     const std::pair<std::function<Value()>, const char*> rows[] = {
         {[&] { return m.ConvertTo("Second"); }, "\"Meter\" to \"Second\""},
         {[&] { return Value(1, "Radian").ConvertTo("Percent"); }, "\"Radian\" to \"Percent\""},
-        {[&] { return Value(1).ConvertTo("Meter"); }, "\"\" to \"Meter\""},
         {[&] { return m + 1; }, "\"\" to \"Meter\""},
         {[&] { return warm + kelvin; }, "\"Kelvin\" to \"Celsius\""},
-        {[&] { return kelvin - warm; }, "\"Celsius\" to \"Kelvin\""},
         {[&] { return warm * m; }, "\"Celsius\" to \"Meter\""},
-        {[&] { return m / warm; }, "\"Meter\" to \"Celsius\""},
         {[&] { return odd(0).ConvertTo("Meter"); }, "\"Odd\" to \"Meter\""},
         {[&] { return m.ConvertTo(odd(notANumber).GetUnits()); }, "\"Meter\" to \"Odd\""},
         {[&] { return odd(1, infinity).ConvertTo("Meter"); }, "\"Odd\" to \"Meter\""},
@@ -187,26 +180,6 @@ TEST(Units, OrderIsStrictAndWeak) {
     EXPECT_NE(Value(1, "Meter"), Value(1000, "Millimeter"));
     EXPECT_NE(UnitDescriptor("a", "", 0.0), UnitDescriptor("a", "", -0.0));
     EXPECT_EQ(UnitDescriptor("a", "", notANumber), UnitDescriptor("a", "", notANumber));
-}
-
-TEST(Units, StoredFormIsTheNumberAndAllOfTheUnit) {
-    const Value value(-2.0, UnitDescriptor::Create("\xC3\x9C", "u", 0.5, -1, {-128, 127, 1, -1, 2, -2, 3, -3}));
-    MemoryOutputStream memory;
-    DataOutputStream(memory).Write(value);
-    const std::string bytes(reinterpret_cast<const char*>(memory.GetBytes().data()), memory.GetSize());
-    using namespace std::string_literals;
-    EXPECT_EQ(
-        bytes,
-        "\0\0\0\0\0\0\0\xC0\2\0\0\0\xC3\x9C\1\0\0\0u\0\0\0\0\0\0\xE0\x3F\0\0\0\0\0\0\xF0\xBF\x80\x7F\1\xFF\2\xFE\3\xFD"s);
-    EXPECT_EQ(value.GetSerializedSize(), bytes.size());
-    for (std::size_t size = 0; size <= bytes.size(); ++size) {
-        MemoryInputStream stream(bytes.data(), size);
-        Value read(7, size % 2 == 0 ? Dictionary().Get("Meter") : value.GetUnits());
-        const Value expected = size == bytes.size() ? value : read;
-        EXPECT_EQ(DataInputStream(stream).Read(read), size == bytes.size());
-        EXPECT_EQ(read, expected);
-        EXPECT_EQ(read.GetUnits() == value.GetUnits(), size % 2 == 1) << "what is held already is shared on";
-    }
 }
 
 TEST(UnitsThreads, SomeFindWhatOthersAdd) {

@@ -71,10 +71,7 @@ const std::string callsOfEverything = "doc(1.0,UTF-8) !c <a @x=1 @y=<2 > 't&u' <
 TEST(XMLParser, TellsWhatStandsInADocument) {
     const std::pair<std::string, std::string> rows[] = {
         {everything, callsOfEverything},
-        {"<a/>", "doc(1.0,) <a > /a> end"},
-        {"<a></a>", "doc(1.0,) <a > </a> end"},
         {"\xEF\xBB\xBF<?xml version='1.0' standalone='yes'?><a/>\n", "doc(1.0,,alone) <a > /a> end"},
-        {"<?xml version='1.0' standalone='no'?><a/>", "doc(1.0,) <a > /a> end"},
         {"<a><b><c/></b>x<b/></a>", "doc(1.0,) <a > <b > <c > /c> </b> 'x' <b > /b> </a> end"},
         {"<n:a z='' b='2' n:a='1'/>", "doc(1.0,) <n:a @z= @b=2 @n:a=1 > /n:a> end"},
         {"<a>1&lt;2&gt;3&amp;4&quot;5&apos;6&#65;&#x20AC;</a>", "doc(1.0,) <a > '1<2>3&4\"5'6A\xE2\x82\xAC' </a> end"},
@@ -83,7 +80,6 @@ TEST(XMLParser, TellsWhatStandsInADocument) {
         {"<?p?><a>x<?p q?>y<?r?></a><?s?>", "doc(1.0,) <a > 'x' 'y' </a> end"},
         {"<a>x<![CDATA[]]>y<![CDATA[1]]><![CDATA[&lt;]>\r\n]]></a>",
          "doc(1.0,) <a > 'x' [] 'y' [1] [&lt;]>\n] </a> end"},
-        {"<!DOCTYPE a><a/>", "doc(1.0,) <a > /a> end"},
         {"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a b='1&c;2'>x&d;y</a>", "doc(1.0,) <a @b=12 > 'x' &d 'y' </a> end"},
         {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4<![CDATA[\xE4]]></a>",
          "doc(1.0,ISO-8859-1) <a > '\xC3\xA4' [\xC3\xA4] </a> end"},
@@ -155,17 +151,14 @@ TEST(XMLParser, FaultsAreReportedWithTheirPlace) {
     const std::string declarations = "a document type without declarations expected, found the start of declarations";
     const std::pair<std::string, std::string> rows[] = {
         {"", "line 1, column 1: no element found"},
-        {" \n ", "line 2, column 2: no element found"},
         {"<a>\n<b>\n  x</a>", "line 3, column 6: mismatched tag"},
         {"<a>\n\xC3\xA4 & </a>", "line 2, column 4: not well-formed (invalid token)"},
         {"<a/>\n<b/>", "line 2, column 1: junk after document element"},
         {"<a b='1' b='2'/>", "line 1, column 10: duplicate attribute"},
         {"<a>&b;</a>", "line 1, column 4: undefined entity"},
-        {"<a b='&c;'/>", "line 1, column 1: undefined entity"},
         {"<!DOCTYPE a><a>&b;</a>", "line 1, column 16: undefined entity"},
         {"<a>\xC3(</a>", "line 1, column 4: not well-formed (invalid token)"},
         {"<a>&#0;</a>", "line 1, column 4: reference to invalid character number"},
-        {"<?xml version='1.0' encoding='KOI8-R'?><a/>", "line 1, column 31: unknown encoding"},
         {"<?xml version='1.0' encoding='UTF-16'?><a/>", "line 1, column 31: encoding specified in XML declaration is "
                                                         "incorrect"},
         {" <?xml version='1.0'?><a/>", "line 1, column 2: XML or text declaration not at start of entity"},
@@ -173,7 +166,6 @@ TEST(XMLParser, FaultsAreReportedWithTheirPlace) {
         {"<!DOCTYPE a [<!ENTITY b 'bb'><!ENTITY c '&b;&b;&b;'>]><a>&c;</a>", "line 1, column 13: " + declarations},
         {"<!DOCTYPE a\n[<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>", "line 2, column 1: " + declarations},
         {"<!DOCTYPE a [<!ENTITY % b '<!ENTITY c \"d\">'> %b;]><a/>", "line 1, column 13: " + declarations},
-        {"<!DOCTYPE a [<!ATTLIST a b CDATA 'c'>]><a/>", "line 1, column 13: " + declarations},
         {"<!DOCTYPE a SYSTEM 'b' []><a/>", "line 1, column 24: " + declarations},
     };
     for (const auto& [document, text] : rows)

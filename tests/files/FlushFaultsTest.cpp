@@ -13,7 +13,6 @@
 
 #include <filesystem>
 #include <stdexcept>
-#include <thread>
 #include <tuple>
 
 namespace Qor::Tivor::Testing {
@@ -28,16 +27,6 @@ std::shared_ptr<DataContainer> Content(int number, std::size_t size) {
     container->GetSubData({"nested", "deeper"}, true)->PutValue("text", std::string(size, 't'));
     container->PutValue("matrix", RowMajorMatrix<double>(2, 0));
     return container;
-}
-
-/// Whether other threads can have the file's lock, and this one holds nothing that a failure left behind.
-void ExpectNothingHeld(DataContainer& container) {
-    const Core::Context& context = Core::Context::Current();
-    EXPECT_TRUE(context.nestingDepth == 0 && context.operation == nullptr && context.lockSet == nullptr);
-    std::thread([&] {
-        std::vector<std::shared_ptr<Core::Lock>> locks;
-        container.AcquireLocks(locks);
-    }).join();
 }
 
 bool IsFlushed(DataFile& file) {
@@ -156,23 +145,13 @@ TEST_P(FlushFaults, ASerializerThatThrowsLeavesTheOldFile) {
     };
     for (const auto& fault : faults)
         for (const bool whenWriting : {true, false})
-            for (std::size_t position = 0; position < 6; ++position) {
-                SCOPED_TRACE(position);
+            for (const bool isNested : {true, false}) {
                 Saving saving(GetParam(), 100'000);
                 const auto foreign = std::make_shared<ForeignObject>();
                 foreign->written = "half";
                 foreign->announced = 8;
                 (whenWriting ? foreign->onWrite : foreign->onSize) = fault;
-                // In front, between and behind the others, on top and nested.
-                const DataContainer entries(saving.GetFile());
-                saving.GetFile().Clear();
-                std::size_t index = 0;
-                for (const DataContainer::Entry& entry : entries) {
-                    if (index++ == position / 2)
-                        (position % 2 == 0 ? *saving.GetFile().GetSubData({"place"}, true) : saving.GetFile())
-                            .Put("foreign", foreign);
-                    saving.GetFile().Put(entry.key, entry.object);
-                }
+                (isNested ? *saving.GetFile().GetSubData({"nested"}, true) : saving.GetFile()).Put("odd", foreign);
                 EXPECT_FALSE(IsFlushed(saving.GetFile()));
                 saving.ExpectOld();
                 saving.ExpectNextFlushSucceeds();

@@ -37,7 +37,7 @@ private:
     std::string m_mark;
 };
 
-class MarkedFileFactory final : public DataFile::Factory {
+class MarkedFileFactory : public DataFile::Factory {
 public:
     MarkedFileFactory(std::string fileType, std::string mark, std::vector<std::string> extensions = {})
         : m_fileType(std::move(fileType)), m_mark(std::move(mark)), m_extensions(std::move(extensions)) {}

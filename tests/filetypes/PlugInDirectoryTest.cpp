@@ -173,8 +173,6 @@ TEST(PlugInConfiguration, IsReadAtFirstUse) {
         {"<DefaultFileType>x-plain</DefaultFileType>", plugIns + "x-plain.dll" + loaded, "x-plain", "type: x-plain"},
         {"<DefaultFileType>s-plain</DefaultFileType><PlugIn>sub/s-plain.dll</PlugIn>",
          plugIns + "sub/s-plain.dll" + loaded, "s-plain", "type: s-plain"},
-        {"<PlugIn>x-plain.dll</PlugIn>", plugIns + "x-plain.dll" + loaded, "", "type: x-plain"},
-        {"<PlugIn>y-plain.dll</PlugIn>", "y-plain.dll" + loaded, "", "type: y-plain"},
         {"<PlugIn>y-error.dll</PlugIn><DefaultFileType>y-error</DefaultFileType>", "y-error.dll: failed: raised",
          "y-error", "failed with the error: raised"},
         {"<PlugIn>" + ofTheSystem + "</PlugIn>",
@@ -186,7 +184,6 @@ TEST(PlugInConfiguration, IsReadAtFirstUse) {
         {"<PlugIn>y-plain.dll</PlugIn><DefaultFileType>None</DefaultFileType>", "y-plain.dll" + loaded, "",
          "Missing installed data file type: None"},
         {"<PlugIn>y-plain.dll", plugIns + "x-plain.dll" + loaded, "", "Error during parse of "},
-        {"</DataFileConfig><!--", plugIns + "x-plain.dll" + loaded, "", "Error during parse of "},
     };
     const Installation installation;
     for (const char* const name : {"x-plain.dll", "sub/s-plain.dll"}) {

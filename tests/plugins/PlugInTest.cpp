@@ -12,10 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <future>
 #include <map>
 #include <mutex>
-#include <thread>
 
 #if __has_include(<dlfcn.h>)
 #include <dlfcn.h>
@@ -99,24 +97,8 @@ std::string OutcomeOf(Operation operation) {
     return outcome;
 }
 
-/// Whether another thread gets all locks of the container.
-bool IsFree(const DataContainer& container) {
-    std::promise<void> done;
-    std::future<void> locked = done.get_future();
-    std::thread other([&container, &done] {
-        std::vector<std::shared_ptr<Core::Lock>> locks;
-        container.AcquireLocks(locks);
-        done.set_value();
-    });
-    const bool isFree = locked.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
-    isFree ? other.join() : other.detach();
-    return isFree;
-}
-
 void ExpectUsable(const DataContainer& container) {
-    EXPECT_TRUE(IsFree(container));
-    const Core::Context& context = Core::Context::Current();
-    EXPECT_TRUE(context.nestingDepth == 0 && context.operation == nullptr && context.reading == nullptr);
+    ExpectNothingHeld(container);
     EXPECT_TRUE(IsSpectrum(Read(SpectrumIn("GoodPlugIn.dll"))));
     EXPECT_EQ(Stored(*container.Clone()), Stored(container));
 }
@@ -227,7 +209,7 @@ void CheckTheOthers(const Misbehaviour& row) {
         EXPECT_EQ(OutcomeOf(operation), expected);
         EXPECT_EQ(Keys(*container), "a sub b ");
         EXPECT_EQ(container->GetSubData({"sub"}, false)->Get("odd"), object);
-        EXPECT_TRUE(IsFree(*container));
+        ExpectNothingHeld(*container);
     }
     container->GetSubData({"sub"}, false)->Remove("odd");
     ExpectUsable(*container);

@@ -62,9 +62,9 @@ TEST(UnboundData, ComesBackAsItWasStored) {
         std::string module;
         bool isArray;
     };
-    const Row rows[] = {{"?", false},   {"?[]", true},    {"*", false},     {"", false},        {"abc", false},
-                        {"dll", false}, {"X.DLL", false}, {"X.Dll", false}, {"X.dll ", false},  {"X.dll\0"s, false},
-                        {"a b", false}, {"a\0b"s, false}, {"?[] ", false},  {"\xC3\xA4", false}};
+    const Row rows[] = {{"?", false},     {"?[]", true},    {"*", false},       {"", false},         {"abc", false},
+                        {"dll", false},   {"X.DLL", false}, {"X.dll ", false},  {"X.dll\0"s, false}, {"a b", false},
+                        {"a\0b"s, false}, {"?[] ", false},  {"\xC3\xA4", false}};
     for (const auto& [module, isArray] : rows)
         for (const char* const code : {"00", "80"})
             for (const std::string version : {"", "7.1"}) {
@@ -175,15 +175,12 @@ TEST(UnboundData, BindsToItsClass) {
     };
     const Row rows[] = {
         {Unbound("double", DataOf(*MakeData(2.5))), eTYPE, MakeData(1.0)},
-        {Unbound("AsciiString", DataOf(*MakeData("text"s))), eTYPE, MakeData("x"s)},
         {Unbound("Vector", DataOf(*vector)), eTYPE, MakeData(Nalix::Vector<double>(1))},
         {Unbound("Vector", DataOf(*vector), true), eARRAY, MakeData(Nalix::Vector<double>(1))},
-        {Unbound("StdVector_double", DataOf(*list)), eTYPE, MakeData(std::vector<double>())},
         {Unbound("double", DataOf(*list), true), eARRAY, MakeData(std::vector<double>())},
         {UnboundArray("Array_double", DataOf(*numbers)), eARRAY, Numbers<double>({})},
         {Unbound("double", DataOf(*numbers), true), eARRAY, Numbers<double>({3})},
         {Unbound("DataContainer", Stored(*container)), eTYPE, std::make_shared<DataContainerWrapper>()},
-        {Unbound("Mode", "abcd"), eTYPE, std::make_shared<ScalarData>("Mode", eUNSIGNED_INTEGRAL_TYPE)},
         {Unbound("Test.Band", std::string(15, '\0') + "@"), eTYPE, band},
         {Unbound("Test.Spectrum", lines), eTYPE, spectrum},
         {Unbound("Test.Spectrum", lines + "more"), eTYPE, spectrum, "more"},
@@ -225,32 +222,22 @@ TEST(UnboundData, ThatDoesNotFitChangesNothing) {
     };
     const Row rows[] = {
         {Unbound("Double", "12345678"), eTYPE, MakeData(1.0), text(other, "Double")},
-        {Unbound("", "", true), eTYPE, MakeData(1.0), text(other, "")},
         {Unbound("int32", "", true), eARRAY, MakeData(1.0), text(other, "int32")},
         {Unbound("double", "", true), eTYPE, MakeData(1.0), text(kind, "double storing a double")},
         {Unbound("double", "12345678", true), eARRAY, MakeData(1.0), text(kind, "double storing a double")},
         {Unbound("double", doubles), eARRAY, Numbers<double>({3}), text(kind, "Array_double storing a double")},
-        {Unbound("double", doubles), eTYPE, Numbers<double>({3}), text(other, "double")},
         {UnboundArray("Array_double", doubles), eTYPE, Numbers<double>({3}),
          text(kind, "Array_double storing a double")},
-        {UnboundArray("Array_half", doubles), eARRAY, Numbers<double>({3}), text(other, "Array_half")},
         {Unbound("Test.Band", "", true), eARRAY, FromPlugIn("Test.Band"), text(kind, "Test.Band storing a Test.Band")},
         {Unbound("double", "1234567"), eTYPE, MakeData(1.0), text(size, "7")},
-        {Unbound("double", "123456789"), eTYPE, MakeData(1.0), text(size, "9")},
-        {Unbound("double", ""), eTYPE, MakeData(1.0), text(size, "0")},
-        {Unbound("Test.Band", "12345678"), eTYPE, FromPlugIn("Test.Band"), text(size, "8")},
         {Unbound("double", "12345678"), eTYPE, disabled, "No serializer for data with class name = double"},
         {Unbound("Test.Spectrum", Bytes("03000000 'abc' 07")), eTYPE, FromPlugIn("Test.Spectrum")},
         {Unbound("Vector", doubles), eTYPE, MakeData(Nalix::Vector<float>(2))},
-        {Unbound("Vector", "12345"), eTYPE, MakeData(Nalix::Vector<double>(2))},
-        {Unbound("StdVector_double", "12345"), eTYPE, MakeData(std::vector<double>{1})},
         {UnboundArray("Array_double", doubles.substr(0, 20)), eARRAY, Numbers<double>({3})},
         {Unbound("StdVector_AsciiString", names.substr(0, names.size() - 1)), eTYPE, MakeData(std::vector{"x"s})},
         {Unbound("StdMap_AsciiString", names), eTYPE, MakeData(std::map<std::string, std::string>{{"x", "y"}})},
         {Unbound("Matrix", DataOf(*matrix).substr(0, 30)), eTYPE, MakeData(RowMajorMatrix<double>(1, 2))},
-        {Unbound("Mode", "abc"), eTYPE, std::make_shared<ScalarData>("Mode", eUNSIGNED_INTEGRAL_TYPE)},
         {Unbound("DataContainer", damaged), eTYPE, full},
-        {Unbound("DataContainer", damaged), eTYPE, std::make_shared<DataContainerWrapper>()},
         {Unbound("Array_double", doubles + "more", true), eARRAY, Numbers<double>({3}), "refused", true},
         {Unbound("Test.Spectrum", Bytes("00000000 07000000 'more'")), eTYPE, FromPlugIn("Test.Spectrum"), "refused",
          true},
@@ -266,7 +253,7 @@ TEST(UnboundData, ThatDoesNotFitChangesNothing) {
         }
         row.target->EnableSerialization(true);
         before->EnableSerialization(true);
-        EXPECT_TRUE(bool(row.target->HoldsSameValueAs(*before)) || row.target->GetTypeName() == "Mode");
+        EXPECT_TRUE(bool(row.target->HoldsSameValueAs(*before)));
         EXPECT_EQ(row.target->ToString(), before->ToString());
         EXPECT_EQ(Stored(*row.unbound), kept);
     }

@@ -59,21 +59,24 @@ std::shared_ptr<ForeignObject> Foreign(std::size_t size) {
     return object;
 }
 
+std::shared_ptr<DataContainer> Around(const std::shared_ptr<ForeignObject>& object) {
+    const auto container = DataContainer::Create();
+    container->PutValue("before", 1);
+    container->GetSubData({"sub"}, true)->Put("odd", object);
+    return container;
+}
+
 void Write(const std::shared_ptr<ForeignObject>& object, std::ostream& stream) {
-    DataContainer container;
-    container.PutValue("before", 1);
-    container.GetSubData({"sub"}, true)->Put("odd", object);
     Core::XMLWriter writer;
-    container.Output(stream, writer, "");
+    Around(object)->Output(stream, writer, "");
 }
 
 /// What writing the object raises, with its keys, and what it warns of.
-std::string OutcomeOf(const std::shared_ptr<ForeignObject>& object, bool refusesWarnings = false) {
+std::string OutcomeOf(const std::shared_ptr<ForeignObject>& object, bool isBinary, bool refusesWarnings) {
     const Warnings warnings(refusesWarnings);
     std::string outcome;
     try {
-        std::ostringstream stream;
-        Write(object, stream);
+        isBinary ? Stored(*Around(object)) : StoredXML(*Around(object));
         outcome = "written";
     } catch (const Core::Error& error) {
         outcome = error.GetTypeName() + ": " + error.GetText();
@@ -83,7 +86,7 @@ std::string OutcomeOf(const std::shared_ptr<ForeignObject>& object, bool refuses
         outcome = "no error of the library";
     }
     for (const Core::Warning& warning : warnings.seen)
-        outcome += ", " + warning.GetTypeName() + ' ' + warning.GetCategory();
+        outcome += ", " + warning.GetCategory() + ": " + warning.GetText();
     return outcome;
 }
 
@@ -139,15 +142,14 @@ TEST(XMLOutput, EndsWhereTheStreamFails) {
         }
 }
 
-TEST(XMLOutput, PassesOnWhatSerializersDo) {
+TEST(BothOutputs, PassOnWhatSerializersDo) {
     const std::string key = " Key=odd Key=sub";
-    const std::string skipping = "SkippingData Qor.Tivor.Serializer";
     const std::string wrapped = " Data Type Name=Test.Foreign Module=absent.dll Key=sub";
     struct Row {
         std::function<void()> onWrite;
         int more; ///< than announced
         bool refuses;
-        std::string outcome;
+        std::string outcome; ///< with ! for the warning
     };
     const Row rows[] = {
         {[] {}, 0, false, "written"},
@@ -156,24 +158,32 @@ TEST(XMLOutput, PassesOnWhatSerializersDo) {
          "UnknownError: Writing a data object failed: out of paper" + wrapped},
         {[] { throw 7; }, 0, false,
          "UnknownError: Writing a data object failed: an exception of unknown type" + wrapped},
-        {[] {}, -2, false, "written, " + skipping},
-        {[] {}, -2, true, "Error: refused" + key + ", " + skipping},
+        {[] {}, -2, false, "written!"},
+        {[] {}, -2, true, "Error: refused" + key + "!"},
         {[] { throw Core::LogicError("mine"); }, -2, true, "LogicError: mine" + key},
         {[] {}, 3, false, "IOError: "},
     };
-    for (const std::size_t size : sizes)
-        for (const Row& row : rows) {
-            SCOPED_TRACE(testing::Message() << size << ": " << row.outcome);
-            const Watchdog watchdog;
-            const auto object = Foreign(size);
-            object->onWrite = row.onWrite;
-            object->announced -= static_cast<std::uint64_t>(row.more);
-            const std::string outcome = OutcomeOf(object, row.refuses);
-            if (row.more <= 0)
-                EXPECT_EQ(outcome, row.outcome);
-            else
-                EXPECT_TRUE(outcome.starts_with(row.outcome) && outcome.ends_with(key)) << outcome;
-        }
+    for (const bool isBinary : {false, true})
+        for (const std::size_t size : sizes)
+            for (const Row& row : rows) {
+                SCOPED_TRACE(testing::Message() << (isBinary ? "binary " : "XML ") << size << ": " << row.outcome);
+                const Watchdog watchdog;
+                const auto object = Foreign(size);
+                object->onWrite = row.onWrite;
+                object->announced -= static_cast<std::uint64_t>(row.more);
+                const std::string outcome = OutcomeOf(object, isBinary, row.refuses);
+                std::string expected = row.outcome;
+                if (expected.back() == '!')
+                    expected.replace(expected.size() - 1, 1,
+                                     std::string(", Qor.Tivor.Serializ") + (isBinary ? "ationManager" : "er") +
+                                         ": A Test.Foreign version 1.2 from module absent.dll output " +
+                                         std::to_string(size) + " bytes but the serialized data size was " +
+                                         std::to_string(size + 2) + " bytes, padding remaining bytes...");
+                if (row.more <= 0)
+                    EXPECT_EQ(outcome, expected);
+                else
+                    EXPECT_TRUE(outcome.starts_with(expected) && outcome.ends_with(key)) << outcome;
+            }
 }
 
 TEST(XMLOutput, LetsTheSecondThreadEnterWhatTheFirstHolds) {

@@ -51,9 +51,4 @@ std::shared_ptr<Serializer> ForeignObject::GetSerializer() {
     return isSerializable ? std::make_shared<ForeignSerializer>(*this) : nullptr;
 }
 
-void ForeignObject::AcquireLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const {
-    if (onAcquireLocks)
-        onAcquireLocks(locks);
-}
-
 } // namespace Qor::Tivor::Testing

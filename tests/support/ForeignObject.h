@@ -18,7 +18,6 @@ public:
     std::shared_ptr<DataObject> Clone() override { return std::make_shared<ForeignObject>(*this); }
     /// One that writes `written`; none while `isSerializable` is false.
     std::shared_ptr<Serializer> GetSerializer() override;
-    void AcquireLocks(std::vector<std::shared_ptr<Core::Lock>>& locks) const override;
 
     bool isSerializable = true;
     std::uint64_t announced = 0;
@@ -26,7 +25,6 @@ public:
     std::uint64_t returned = 0;
     std::function<void()> onSize;
     std::function<void()> onWrite;
-    std::function<void(std::vector<std::shared_ptr<Core::Lock>>&)> onAcquireLocks;
     // An XML form of its own; without them it has the default one.
     std::function<void(std::ostream&, Core::XMLWriter&)> onWriteXML;
     std::function<std::shared_ptr<XMLContentHandler>()> onReadXML;

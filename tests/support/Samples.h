@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QorCore/MemoryStreams.h>
+#include <Tivor/ArrayDataObjects.h>
 #include <Tivor/CollectionSerialization.h>
 #include <Tivor/Data1D.h>
 #include <Tivor/Data2D.h>

@@ -1,10 +1,14 @@
 #include "StoredBytes.h"
 
+#include "Watchdog.h"
+
+#include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
 
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <thread>
 
 namespace Qor::Tivor::Testing {
 
@@ -63,6 +67,17 @@ std::shared_ptr<DataObject> Read(const std::string& bytes) {
 std::uint64_t ReadInto(DataContainer& container, const std::string& bytes) {
     Core::MemoryInputStream stream(bytes.data(), bytes.size());
     return container.InputData(stream);
+}
+
+void ExpectNothingHeld(const DataContainer& container) {
+    const Core::Context& context = Core::Context::Current();
+    EXPECT_TRUE(context.nestingDepth == 0 && context.operation == nullptr && context.reading == nullptr &&
+                context.lockSet == nullptr);
+    const Core::Testing::Watchdog watchdog;
+    std::thread([&] {
+        std::vector<std::shared_ptr<Core::Lock>> locks;
+        container.AcquireLocks(locks);
+    }).join();
 }
 
 std::string Keys(const DataContainer& container) {

@@ -22,6 +22,9 @@ std::shared_ptr<DataObject> Read(const std::string& bytes);
 /// Adds the entries that the bytes hold; returns how many bytes were read.
 std::uint64_t ReadInto(DataContainer& container, const std::string& bytes);
 
+/// Whether other threads can have all locks of the container, and this one holds nothing that a failure left behind.
+void ExpectNothingHeld(const DataContainer& container);
+
 /// The keys of a container, in order, each followed by a blank.
 std::string Keys(const DataContainer& container);
 
