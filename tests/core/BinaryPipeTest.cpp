@@ -38,29 +38,6 @@ std::string Read(BinaryPipe& pipe, std::size_t size) { return Read(pipe.GetReade
 // Long enough for a thread to wait where it should.
 void LetOthersRun() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
 
-TEST(BinaryPipe, OneThreadPassesWhatFits) {
-    const std::string bytes = Numbered(10'000);
-    for (const std::size_t bufferSize : {1u, 2u, 7u, 64u}) {
-        BinaryPipe pipe(bufferSize);
-        std::size_t done = 0;
-        for (std::size_t step = 0; step < 300; ++step) {
-            const std::size_t piece = 1 + step * 5 % bufferSize;
-            Write(pipe, bytes.substr(done, piece));
-            EXPECT_EQ(pipe.GetReader().BytesLeft(), std::nullopt);
-            const std::size_t first = step % (piece + 1);
-            ASSERT_EQ(Read(pipe, first), bytes.substr(done, first));
-            ASSERT_EQ(Read(pipe, piece - first), bytes.substr(done + first, piece - first));
-            done += piece;
-        }
-        Write(pipe, bytes.substr(done, bufferSize));
-        pipe.CloseWrite();
-        pipe.CloseWrite(std::make_exception_ptr(Error("too late")));
-        EXPECT_EQ(Read(pipe, bytes.size()), bytes.substr(done, bufferSize));
-        EXPECT_EQ(Read(pipe, 1), "");
-        EXPECT_THROW(Write(pipe, "x"), IOError);
-    }
-}
-
 TEST(BinaryPipe, AFailureFollowsWhatWasWritten) {
     BinaryPipe pipe(10);
     Write(pipe, "abcdef");

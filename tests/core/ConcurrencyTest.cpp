@@ -57,21 +57,6 @@ TEST(MutexThreads, IsFreeWhenItsOwnerReleasedItAsOftenAsItAcquiredIt) {
     }
 }
 
-TEST(MutexThreads, ABorrowedContextEntersWhatTheLenderHolds) {
-    Mutex mutex;
-    const MutexGuard guard(mutex);
-    const Context& lender = Context::Current();
-    OnThreads(1, [&](int) {
-        {
-            const Context::Loan loan(lender);
-            const MutexGuard again(mutex);
-            EXPECT_TRUE(mutex.IsHeldByCaller());
-        }
-        EXPECT_FALSE(mutex.TryAcquire());
-    });
-    EXPECT_TRUE(mutex.IsHeldByCaller());
-}
-
 TEST(LockThreads, EndOnAnyThreadHoweverManyThereAre) {
     const auto mutex = std::make_shared<Mutex>();
     for (const int count : {1, 200'000}) {

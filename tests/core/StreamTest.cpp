@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -39,99 +38,6 @@ Bytes ReadFrom(BinaryInputStream& stream, std::uint64_t size) {
     Bytes bytes(static_cast<std::size_t>(size));
     bytes.resize(static_cast<std::size_t>(stream.Read(bytes.data(), size)));
     return bytes;
-}
-
-// A buffer of that size, or a limit of that many bytes.
-enum EKind { eBUFFER, eLIMIT };
-using Layer = std::pair<EKind, std::uint64_t>;
-
-// Streams over one another; the last one is destroyed first.
-template <class Stream, class Buffered, class Bounded>
-class Chain {
-public:
-    Chain(Stream& source, const std::vector<Layer>& layers) : m_last(&source) {
-        for (const auto& [kind, size] : layers) {
-            if (kind == eBUFFER)
-                m_streams.push_back(std::make_unique<Buffered>(*m_last, size));
-            else
-                m_streams.push_back(std::make_unique<Bounded>(*m_last, size));
-            m_last = m_streams.back().get();
-        }
-    }
-    ~Chain() {
-        while (!m_streams.empty())
-            m_streams.pop_back();
-    }
-    Stream& Last() { return *m_last; }
-
-private:
-    Stream* m_last;
-    std::vector<std::unique_ptr<Stream>> m_streams;
-};
-using InputChain = Chain<BinaryInputStream, BufferedInputStream, BoundedInputStream>;
-using OutputChain = Chain<BinaryOutputStream, BufferedOutputStream, BoundedOutputStream>;
-
-constexpr std::uint64_t oddPieces[] = {1, 0, 2, 3, 17, 1, 40, 5, 8, 64, 13};
-
-TEST(InputStreams, EveryChainGivesTheBytesOfThePlainCopy) {
-    const struct {
-        std::uint64_t piece; // of the medium; 0: memory, which knows its size
-        std::vector<Layer> layers;
-        std::uint64_t size;
-    } rows[] = {{0, {}, wholeSize},
-                {3, {}, wholeSize},
-                {3, {{eBUFFER, 1}}, wholeSize},
-                {0, {{eBUFFER, 7}}, wholeSize},
-                {90, {{eBUFFER, 800}}, wholeSize},
-                {0, {{eLIMIT, 123}}, 123},
-                {0, {{eLIMIT, 900}}, wholeSize},
-                {0, {{eLIMIT, 0}}, 0},
-                {0, {{eBUFFER, 16}, {eLIMIT, 400}, {eLIMIT, 301}}, 301},
-                {5, {{eBUFFER, 9}, {eLIMIT, 222}, {eLIMIT, 450}}, 222},
-                {0, {{eBUFFER, 11}, {eLIMIT, 333}, {eBUFFER, 6}}, 333}};
-    const Bytes bytes = Numbered(wholeSize);
-    for (const auto& row : rows)
-        for (const std::size_t skipEvery : {2u, 3u, 1000u}) {
-            SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-            MemoryInputStream memory(bytes);
-            Trickle trickle(bytes, row.piece);
-            InputChain chain(row.piece == 0 ? static_cast<BinaryInputStream&>(memory) : trickle, row.layers);
-            BinaryInputStream& stream = chain.Last();
-            std::uint64_t position = 0;
-            for (std::size_t step = 0; position < row.size; ++step) {
-                const std::uint64_t piece = oddPieces[step % std::size(oddPieces)];
-                const std::uint64_t there = std::min(piece, row.size - position);
-                if (step % skipEvery == 1)
-                    ASSERT_EQ(stream.Skip(piece), there);
-                else
-                    ASSERT_EQ(ReadFrom(stream, piece), Part(bytes, position, there)) << "at " << position;
-                position += there;
-                ASSERT_EQ(stream.BytesLeft(), row.piece == 0 ? std::optional(row.size - position) : std::nullopt);
-            }
-            EXPECT_TRUE(ReadFrom(stream, 10).empty());
-            EXPECT_EQ(stream.Skip(10), 0u);
-        }
-}
-
-TEST(InputStreams, TheSourceContinuesWhereTheBoundedStreamStopped) {
-    const Bytes bytes = Numbered(wholeSize);
-    for (const std::uint64_t bufferSize : {1u, 7u, 64u, 1000u}) {
-        MemoryInputStream memory(bytes);
-        BufferedInputStream source(memory, bufferSize);
-        std::uint64_t position = 0;
-        for (const auto& [limit, read] :
-             {std::pair{10u, 10u}, {10u, 3u}, {0u, 0u}, {100u, 99u}, {50u, 0u}, {900u, 20u}}) {
-            BoundedInputStream outer(source, limit);
-            {
-                BoundedInputStream inner(outer, limit);
-                EXPECT_EQ(ReadFrom(inner, read), Part(bytes, position, read));
-                EXPECT_EQ(inner.Remaining(), limit - read);
-            }
-            EXPECT_EQ(outer.Remaining(), limit - read);
-            position += read;
-        }
-        EXPECT_EQ(ReadFrom(source, 5), Part(bytes, position, 5));
-    }
 }
 
 TEST(InputStreams, AfterAFailureOfTheSourceThePositionsAreRightAndReadingGoesOn) {
@@ -168,40 +74,6 @@ TEST(InputStreams, AfterAFailureOfTheSourceThePositionsAreRightAndReadingGoesOn)
 }
 
 Bytes Copy(const MemoryOutputStream& memory) { return {memory.GetBytes().begin(), memory.GetBytes().end()}; }
-
-TEST(OutputStreams, EveryChainWritesTheBytesOfThePlainCopy) {
-    const std::vector<Layer> rows[] = {{},
-                                       {{eBUFFER, 1}},
-                                       {{eBUFFER, 7}},
-                                       {{eBUFFER, 32}, {eLIMIT, wholeSize}},
-                                       {{eBUFFER, 5}, {eLIMIT, wholeSize}, {eLIMIT, 600}},
-                                       {{eBUFFER, 9}, {eLIMIT, wholeSize}, {eBUFFER, 20}}};
-    Bytes bytes = Numbered(wholeSize);
-    MemoryOutputStream memory(3);
-    for (const bool flushesOften : {false, true})
-        for (const auto& row : rows) {
-            SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-            memory.Clear();
-            OutputChain chain(memory, row);
-            std::uint64_t position = 0;
-            for (std::size_t step = 0; position < wholeSize; ++step) {
-                const std::uint64_t piece = std::min(oddPieces[step % std::size(oddPieces)], wholeSize - position);
-                if (step % 4 == 3) {
-                    std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(position), piece, std::byte{0});
-                    chain.Last().WriteZeros(piece);
-                } else {
-                    chain.Last().Write(bytes.data() + position, piece);
-                }
-                position += piece;
-                if (flushesOften) {
-                    chain.Last().Flush();
-                    ASSERT_EQ(memory.GetSize(), position);
-                }
-            }
-            chain.Last().Flush();
-            EXPECT_EQ(Copy(memory), bytes);
-        }
-}
 
 TEST(OutputStreams, AnOverrunOfABoundRaisesAndChangesNothing) {
     const Bytes bytes = Numbered(wholeSize);

@@ -8,8 +8,6 @@
 
 #include <Alerts.h>
 #include <algorithm>
-#include <functional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -209,68 +207,6 @@ TEST(XMLParser, DepthTakesNoStack) {
     const Context::ScopedLimits scope({.nesting = 200'000});
     const std::size_t depth = 600'000;
     EXPECT_EQ(CallsOf(Repeated(depth, "<a>") + Repeated(depth, "</a>")).size(), 10 + depth * (3 + 2 + 5) + 3);
-}
-
-TEST(XMLParser, WhatAHandlerThrowsArrivesAsItIsAndErrorsTellTheirPlace) {
-    Recorder complete;
-    MemoryInputStream whole(everything.data(), everything.size());
-    Parser parser;
-    parser.Parse(whole, complete);
-    ASSERT_EQ(Joined(complete.seen), callsOfEverything);
-    OutOfRangeError error("odd");
-    error.AddVariable("Column", "of a matrix");
-    OutOfRangeError placed("placed");
-    placed.AddVariable("Line", "");
-    const std::function<void()> throwers[] = {[&] { throw error; }, [&] { throw placed; },
-                                              [] { throw std::invalid_argument("odd"); }, [] { throw 5; }};
-    for (std::size_t call = 1; call <= complete.seen.size(); ++call)
-        for (const auto& thrower : throwers) {
-            Recorder recorder;
-            OutOfRangeError withPlace = error;
-            recorder.action = [&] {
-                if (recorder.seen.size() != call)
-                    return;
-                const XMLPosition place = parser.GetPosition();
-                withPlace.AddVariable("Line", std::to_string(place.line));
-                withPlace.AddVariable("Column", std::to_string(place.column));
-                thrower();
-            };
-            MemoryInputStream stream(everything.data(), everything.size());
-            std::string caught;
-            try {
-                parser.Parse(stream, recorder);
-            } catch (const OutOfRangeError& same) {
-                caught = same == withPlace ? "with place" : same == placed ? "placed" : same.ToString();
-            } catch (const std::invalid_argument& same) {
-                caught = same.what();
-            } catch (int same) {
-                caught = std::to_string(same);
-            }
-            const std::string expected[] = {"with place", "placed", "odd", "5"};
-            EXPECT_EQ(caught, expected[&thrower - throwers]) << call;
-            EXPECT_EQ(recorder.seen.size(), call) << "calls after the one that threw";
-        }
-}
-
-TEST(XMLParser, HandlersMayParseOtherDocuments) {
-    Parser parser;
-    Recorder recorder;
-    std::size_t numParsed = 0;
-    std::string refused;
-    recorder.action = [&] {
-        const XMLPosition before = parser.GetPosition();
-        EXPECT_EQ(CallsOf(everything), callsOfEverything);
-        EXPECT_EQ(FaultOf("<a>"), "line 1, column 4: no element found");
-        MemoryInputStream other("<a/>", 4);
-        refused += RaisedBy<AssertionError>([&] { parser.Parse(other, recorder); }).GetTypeName();
-        EXPECT_EQ(parser.GetPosition(), before);
-        ++numParsed;
-    };
-    MemoryInputStream stream(everything.data(), everything.size());
-    parser.Parse(stream, recorder);
-    EXPECT_EQ(Joined(recorder.seen), callsOfEverything);
-    EXPECT_EQ(numParsed, recorder.seen.size());
-    EXPECT_EQ(refused, Repeated(numParsed, "AssertionError"));
 }
 
 TEST(XMLParser, FailuresOfTheStreamPassThrough) {

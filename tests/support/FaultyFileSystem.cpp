@@ -27,11 +27,6 @@ FileStatus StatusOf(EFault fault) {
 
 } // namespace
 
-FaultyFileSystem::FaultyFileSystem()
-    : m_next(Current()), m_replacesOpenFiles(m_next.ReplacesOpenFiles()), m_replacement(*this) {}
-
-FaultyFileSystem::~FaultyFileSystem() = default;
-
 void FaultyFileSystem::FailCall(int n, EFault fault, bool forEver, std::optional<ECall> only) {
     ResetCounts();
     m_callsUntilFault = n;
@@ -63,26 +58,12 @@ std::optional<EFault> FaultyFileSystem::Meet(ECall call) {
     return m_fault;
 }
 
-std::optional<FileStatus> FaultyFileSystem::Failure(ECall call) {
+std::optional<FileStatus> FaultyFileSystem::Answer(ECall call) {
     const std::optional<EFault> fault = Meet(call);
-    return fault && *fault != EFault::eSHORT_WRITE ? std::optional(StatusOf(*fault)) : std::nullopt;
-}
-
-FileStatus FaultyFileSystem::Open(const PathName& path, const FileOpening& opening, FileHandle& handle) {
-    const auto failure = Failure(ECall::eOPEN);
-    return failure ? *failure : m_next.Open(path, opening, handle);
-}
-
-FileStatus FaultyFileSystem::Close(FileHandle handle) {
-    const auto failure = Failure(ECall::eCLOSE);
-    const FileStatus status = m_next.Close(handle);
-    return failure ? *failure : status;
-}
-
-FileStatus FaultyFileSystem::Read(FileHandle handle, std::uint64_t position, void* destination, std::uint64_t size,
-                                  std::uint64_t& done) {
-    const auto failure = Failure(ECall::eREAD);
-    return failure ? *failure : m_next.Read(handle, position, destination, size, done);
+    if (fault && *fault != EFault::eSHORT_WRITE)
+        return StatusOf(*fault);
+    return call == ECall::eSYNC || call == ECall::eSYNC_DIRECTORY ? std::optional<FileStatus>(FileStatus{})
+                                                                  : std::nullopt;
 }
 
 FileStatus FaultyFileSystem::Write(FileHandle handle, std::uint64_t position, const void* source, std::uint64_t size,
@@ -91,52 +72,6 @@ FileStatus FaultyFileSystem::Write(FileHandle handle, std::uint64_t position, co
     if (fault && *fault != EFault::eSHORT_WRITE)
         return StatusOf(*fault);
     return m_next.Write(handle, position, source, fault ? (size + 1) / 2 : size, done);
-}
-
-FileStatus FaultyFileSystem::SetSize(FileHandle handle, std::uint64_t size) {
-    const auto failure = Failure(ECall::eSET_SIZE);
-    return failure ? *failure : m_next.SetSize(handle, size);
-}
-
-FileStatus FaultyFileSystem::Reserve(FileHandle handle, std::uint64_t size) {
-    const auto failure = Failure(ECall::eRESERVE);
-    return failure ? *failure : m_next.Reserve(handle, size);
-}
-
-FileStatus FaultyFileSystem::Sync(FileHandle) { return Failure(ECall::eSYNC).value_or(FileStatus{}); }
-
-FileStatus FaultyFileSystem::GetInfo(FileHandle handle, FileInfo& info) {
-    const auto failure = Failure(ECall::eINFO);
-    return failure ? *failure : m_next.GetInfo(handle, info);
-}
-
-FileStatus FaultyFileSystem::GetInfo(const PathName& path, FileInfo& info) {
-    const auto failure = Failure(ECall::eINFO);
-    return failure ? *failure : m_next.GetInfo(path, info);
-}
-
-FileStatus FaultyFileSystem::CopyAttributes(FileHandle from, FileHandle to) {
-    const auto failure = Failure(ECall::eCOPY_ATTRIBUTES);
-    return failure ? *failure : m_next.CopyAttributes(from, to);
-}
-
-FileStatus FaultyFileSystem::ResolveLinks(const PathName& path, PathName& target) {
-    const auto failure = Failure(ECall::eRESOLVE);
-    return failure ? *failure : m_next.ResolveLinks(path, target);
-}
-
-FileStatus FaultyFileSystem::Replace(const PathName& from, const PathName& to) {
-    const auto failure = Failure(ECall::eREPLACE);
-    return failure ? *failure : m_next.Replace(from, to);
-}
-
-FileStatus FaultyFileSystem::Remove(const PathName& path) {
-    const auto failure = Failure(ECall::eREMOVE);
-    return failure ? *failure : m_next.Remove(path);
-}
-
-FileStatus FaultyFileSystem::SyncDirectory(const PathName&) {
-    return Failure(ECall::eSYNC_DIRECTORY).value_or(FileStatus{});
 }
 
 } // namespace Qor::Core::Testing

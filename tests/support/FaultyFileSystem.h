@@ -1,28 +1,10 @@
 #pragma once
 
-#include <QorCore/FileSystem.h>
+#include "FileSystemInFront.h"
 
 #include <array>
-#include <optional>
 
 namespace Qor::Core::Testing {
-
-/// The calls of the seam, for faults that are meant for one of them.
-enum class ECall {
-    eOPEN,
-    eCLOSE,
-    eREAD,
-    eWRITE,
-    eSET_SIZE,
-    eRESERVE,
-    eSYNC,
-    eINFO,
-    eCOPY_ATTRIBUTES,
-    eRESOLVE,
-    eREPLACE,
-    eREMOVE,
-    eSYNC_DIRECTORY
-};
 
 enum class EFault {
     eIO,
@@ -36,11 +18,8 @@ enum class EFault {
 /// Stands in front of the native files while it lives, counts the calls and lets chosen ones fail. Failing calls do
 /// nothing, except that `Close` always closes. The two calls that sync are counted but not carried out: no test takes
 /// the power away, and sweeps make thousands of them.
-class FaultyFileSystem final : public FileSystem {
+class FaultyFileSystem final : public FileSystemInFront {
 public:
-    FaultyFileSystem();
-    ~FaultyFileSystem() override;
-
     /// From now on the n-th call (1 is the next) fails, with `forEver` that one and all that follow. With `only`,
     /// calls of that kind alone count and fail. Forgets the fault before and all counts.
     void FailCall(int n, EFault fault, bool forEver = false, std::optional<ECall> only = std::nullopt);
@@ -57,33 +36,19 @@ public:
     void SetReplacesOpenFiles(bool replaces) { m_replacesOpenFiles = replaces; }
 
     bool ReplacesOpenFiles() const override { return m_replacesOpenFiles; }
-    FileStatus Open(const PathName& path, const FileOpening& opening, FileHandle& handle) override;
-    FileStatus Close(FileHandle handle) override;
-    FileStatus Read(FileHandle handle, std::uint64_t position, void* destination, std::uint64_t size,
-                    std::uint64_t& done) override;
     FileStatus Write(FileHandle handle, std::uint64_t position, const void* source, std::uint64_t size,
                      std::uint64_t& done) override;
-    FileStatus SetSize(FileHandle handle, std::uint64_t size) override;
-    FileStatus Reserve(FileHandle handle, std::uint64_t size) override;
-    FileStatus Sync(FileHandle handle) override;
-    FileStatus GetInfo(FileHandle handle, FileInfo& info) override;
-    FileStatus GetInfo(const PathName& path, FileInfo& info) override;
-    FileStatus CopyAttributes(FileHandle from, FileHandle to) override;
-    FileStatus ResolveLinks(const PathName& path, PathName& target) override;
-    FileStatus Replace(const PathName& from, const PathName& to) override;
-    FileStatus Remove(const PathName& path) override;
-    FileStatus SyncDirectory(const PathName& directory) override;
+
+protected:
+    std::optional<FileStatus> Answer(ECall call) override;
 
 private:
     static constexpr std::size_t NumCalls = static_cast<std::size_t>(ECall::eSYNC_DIRECTORY) + 1;
 
     /// Counts a call; the fault that it meets, if any.
     std::optional<EFault> Meet(ECall call);
-    /// The answer of a call that fails, or empty when it is to be passed on.
-    std::optional<FileStatus> Failure(ECall call);
 
-    FileSystem& m_next;
-    bool m_replacesOpenFiles;
+    bool m_replacesOpenFiles = m_next.ReplacesOpenFiles();
     int m_callsMade = 0;
     std::array<int, NumCalls> m_callsByKind{};
     std::array<int, NumCalls> m_faultsByKind{};
@@ -91,7 +56,6 @@ private:
     EFault m_fault = EFault::eIO;
     bool m_forEver = false;
     std::optional<ECall> m_only;
-    ScopedReplacement m_replacement;
 };
 
 } // namespace Qor::Core::Testing

@@ -20,11 +20,11 @@ std::string ReadAll(FileSystem& files, FileHandle handle) {
 
 } // namespace
 
-OpenFiles::OpenFiles() : m_next(Current()), m_replacement(*this) { installed = this; }
+OpenFiles::OpenFiles() { installed = this; }
 
 OpenFiles::~OpenFiles() { installed = nullptr; }
 
-std::optional<std::string> OpenFiles::Read(const PathName& path) {
+std::optional<std::string> OpenFiles::ReadWritten(const PathName& path) {
     if (installed == nullptr)
         return std::nullopt;
     const std::lock_guard guard(installed->m_mutex);

@@ -59,7 +59,7 @@ void WriteFileText(const PathName& path, const std::string& content) {
 }
 
 std::string ReadFileText(const PathName& path) {
-    if (auto content = OpenFiles::Read(path))
+    if (auto content = OpenFiles::ReadWritten(path))
         return std::move(*content);
     std::ifstream file(Native(path), std::ios::binary);
     if (!file)
