@@ -85,6 +85,10 @@ TEST(Nesting, EndsAt256Levels) {
     const auto refuses = [](const std::function<void()>& work) { RaisedBy<Core::LogicError>(work); };
     refuses([&] { chain.back()->Put("e", DataContainer::Create()); });
     refuses([&] { DataContainer::Create()->Put("d", chain[0]); });
+    DataContainer place;
+    const auto wrapper = std::make_shared<DataContainerWrapper>();
+    place.Put("w", wrapper);
+    refuses([&] { wrapper->SetData(chain[0]); });
     const auto half = Chain(128);
     Chain(128).back()->Put("d", half[0]);
     refuses([&] { Chain(129).back()->Put("d", half[0]); });

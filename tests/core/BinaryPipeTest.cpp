@@ -94,54 +94,6 @@ TEST(BinaryPipeThreads, AllBytesArriveInOrder) {
                 }
 }
 
-TEST(BinaryPipeThreads, ClosingEndsTheWaitOfAReader) {
-    const Testing::Watchdog watchdog;
-    using Closing = void (*)(BinaryPipe&);
-    const struct {
-        Closing close;
-        std::string fault; // when nothing was written
-    } rows[] = {{[](BinaryPipe& pipe) { pipe.CloseWrite(); }, ""},
-                {[](BinaryPipe& pipe) { pipe.CloseWrite(std::make_exception_ptr(IOError("failed"))); }, "failed"},
-                {[](BinaryPipe& pipe) { pipe.CloseRead(); }, "The reading end of a pipe was closed"}};
-    for (const auto& row : rows)
-        for (const std::string& written : {std::string(), std::string("abc")}) {
-            BinaryPipe pipe(2);
-            std::string read;
-            std::string fault;
-            std::thread reader([&] {
-                BufferedInputStream ahead(pipe.GetReader(), 100);
-                try {
-                    read = Read(ahead, 3);
-                    Read(ahead, 1);
-                } catch (const IOError& error) {
-                    fault = error.GetText();
-                }
-            });
-            LetOthersRun();
-            Write(pipe, written);
-            row.close(pipe);
-            reader.join();
-            EXPECT_EQ(read, written);
-            EXPECT_EQ(fault, row.fault);
-        }
-}
-
-TEST(BinaryPipeThreads, ClosingEndsTheWaitOfAWriter) {
-    const Testing::Watchdog watchdog;
-    for (const bool closesRead : {true, false}) {
-        BinaryPipe pipe(2);
-        std::string fault;
-        std::thread writer([&] { fault = Testing::RaisedBy<IOError>([&] { Write(pipe, "abc"); }).GetText(); });
-        LetOthersRun();
-        closesRead ? pipe.CloseRead() : pipe.CloseWrite();
-        writer.join();
-        EXPECT_EQ(fault, closesRead ? "The reading end of a pipe was closed" : "The writing end of a pipe was closed");
-        if (!closesRead) {
-            EXPECT_EQ(Read(pipe, 3), "ab");
-        }
-    }
-}
-
 TEST(BinaryPipeThreads, ALargeReadIsFilledPastTheBufferInOneGo) {
     const Testing::Watchdog watchdog;
     const std::string bytes = Numbered(64 * 1024);

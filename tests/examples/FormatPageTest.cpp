@@ -47,14 +47,18 @@ std::vector<std::string> DocumentsOfPage() {
     return documents;
 }
 
-void Fill(DataContainer& container) {
-    container.PutValue("Spacing", 0.5);
-    container.PutValue("Operator", "Ada");
-    container.GetSubData({"Axes", "X"}, true)->PutValue("Points", 2);
+void PutHeights(DataContainer& container) {
     RowMajorMatrix<float> heights(1, 2);
     heights(0, 0) = 1;
     heights(0, 1) = -2;
     container.PutValue("Heights", heights);
+}
+
+void Fill(DataContainer& container) {
+    container.PutValue("Spacing", 0.5);
+    container.PutValue("Operator", "Ada");
+    container.GetSubData({"Axes", "X"}, true)->PutValue("Points", 2);
+    PutHeights(container);
 }
 
 void FillWithMore(DataContainer& container) {
@@ -68,10 +72,7 @@ void FillWithMore(DataContainer& container) {
     container.PutValue("Pitch", UnitizedDouble(0.5, "Micrometer"));
     container.GetSubData({"Axes", "X"}, true)->PutValue("Points", 2);
     container.GetSubData({"Axes", "Y"}, true);
-    RowMajorMatrix<float> heights(1, 2);
-    heights(0, 0) = 1;
-    heights(0, 1) = -2;
-    container.PutValue("Heights", heights);
+    PutHeights(container);
     const auto spectrum = std::make_shared<UnboundData>("Spectrum", "lab", false, false);
     spectrum->SetVersion("1.2");
     const std::string content = UnboundData::sCUSTOM_XML_PREFIX + R"(<Band from="400" to="500">0.25</Band>)";

@@ -6,7 +6,6 @@
 #include "TestHeap.h"
 #include "TestedTypes.h"
 
-#include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
 
 #include <gtest/gtest.h>

@@ -2,8 +2,6 @@
 #include "ForeignObject.h"
 #include "StoredBytes.h"
 
-#include <QorCore/MemoryStreams.h>
-
 #include <gtest/gtest.h>
 
 namespace Qor::Tivor::Testing {

@@ -7,7 +7,6 @@
 #include <Tivor/XMLDataFile.h>
 
 #include <FaultyFileSystem.h>
-#include <filesystem>
 #include <filetypes/MarkedFile.h>
 
 namespace Qor::Tivor::Testing {
@@ -279,27 +278,6 @@ TEST_F(ConvertTest, SavesNothingThatDoesNotComeBack) {
     ExpectError({"convert", file, Name("x.forgets")}, "found sub/zero to be different");
     MakeFile("01000000 'h' 06 05000000");
     EXPECT_EQ(RunWords({"convert", file, Name("x.forgets")}).status, 0);
-}
-
-TEST_F(ConvertTest, LeavesXMLFilesThatTheOtherCommandsTake) {
-    const std::string below = "01000000 'x' 0C 0000C03F";
-    MakeFile(good + "03000000 'sub' 7D 01 11 " + below + "00000000 7F FFFF");
-    const std::string text = Name("data.qordml");
-    for (const char* const command : {"ls", "get"}) {
-        const std::string expected = Say(command);
-        Converted({file, text, "--force"});
-        EXPECT_EQ(RunWords({command, text}).out, expected);
-    }
-    EXPECT_EQ(Json::parse(RunWords({"info", text, "--json"}).out)["entries"], 3);
-    EXPECT_EQ(RunWords({"set", text, "sub", "x", "2.5"}).out, "sub/x, float: 1.5 -> 2.5\n");
-    EXPECT_EQ(RunWords({"get", text, "sub", "x"}).out, "2.5\n");
-    EXPECT_EQ(RunWords({"set", Name("new.qordml"), "t", "<&>", "--create"}).status, 0);
-    EXPECT_EQ(RunWords({"get", Name("new.qordml"), "t"}).out, "<&>\n");
-
-    const std::string changed = ReadFileText(Core::PathName(text));
-    WriteFileText(Core::PathName(text), changed.substr(0, changed.size() / 2));
-    ExpectError({"ls", text}, "line ");
-    ExpectError({"convert", text, Name("x.dataset")}, "data.qordml");
 }
 
 } // namespace Qor::Tivor::Testing
