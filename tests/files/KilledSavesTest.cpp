@@ -12,7 +12,6 @@
 
 #if __has_include(<sys/wait.h>)
 #include <csignal>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #define TIVOR_TEST_CAN_KILL
@@ -35,14 +34,15 @@ public:
         int ends[2] = {-1, -1};
         EXPECT_EQ(pipe(ends), 0);
         m_output = ends[0];
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-        posix_spawn_file_actions_addclose(&actions, ends[0]);
-        std::string words[] = {TIVOR_TEST_PROGRAMS "/KilledSaverProgram", file, std::to_string(size)};
-        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
-        m_started = posix_spawn(&m_process, arguments[0], &actions, nullptr, arguments, environ) == 0;
-        posix_spawn_file_actions_destroy(&actions);
+        const std::string program = TIVOR_TEST_PROGRAMS "/KilledSaverProgram";
+        const std::string number = std::to_string(size);
+        m_process = fork();
+        if (m_process == 0) {
+            dup2(ends[1], STDOUT_FILENO);
+            execl(program.c_str(), program.c_str(), file.c_str(), number.c_str(), nullptr);
+            _exit(1);
+        }
+        m_started = m_process > 0;
         close(ends[1]);
     }
     Saver(const Saver&) = delete;

@@ -128,7 +128,6 @@ TEST_F(FileTypes, AreReplacedWithAWarning) {
     std::unordered_map<std::string, std::string> fileTypes;
     DataFile::EnumFileTypes(fileTypes);
     EXPECT_EQ(fileTypes.at("R"), "begins with R2");
-    EXPECT_EQ(fileTypes.at(binary), "Stores binary data serialized by the QOR Binary Data File");
     EXPECT_EQ(fileTypes.size(), count);
     RaisedBy<Core::NullPointerError>([] { Manager().SetFactory(nullptr); });
     RaisedBy<Core::LogicError>([] { Manager().SetFactory(std::make_shared<MarkedFileFactory>("", "C")); });

@@ -182,10 +182,8 @@ void CheckReading(const Misbehaviour& row) {
     CheckReading(row, row.read, [&](DataContainer& container) { EXPECT_EQ(ReadInto(container, bytes), bytes.size()); });
     const bool isOwn = row.className.ends_with(" at xml") || row.readXML;
     const std::string document = Document(Element(row.className, isOwn ? "text" : "74786574"));
-    CheckReading(row, row.readXML.value_or(row.read), [&](DataContainer& container) {
-        Core::MemoryInputStream stream(document.data(), document.size());
-        container.InputXML(stream);
-    });
+    CheckReading(row, row.readXML.value_or(row.read),
+                 [&](DataContainer& container) { ReadXMLInto(container, document); });
 }
 
 void CheckTheOthers(const Misbehaviour& row) {
@@ -261,8 +259,6 @@ TEST(PlugIn, FailuresAreExplained) {
     const std::string load = "Call to ::LoadLibrary for %1 failed with the error: ";
     const std::pair<std::string, std::string> rows[] = {
         {"AbsentPlugIn.dll", load},
-        {".dll", load},
-        {"a b.dll", load},
         {"a\0b.dll"s, load},
         {std::string(300, 'x') + ".dll", load},
         {TIVOR_PROJECT "/CMakeLists.dll", load},

@@ -69,6 +69,11 @@ std::uint64_t ReadInto(DataContainer& container, const std::string& bytes) {
     return container.InputData(stream);
 }
 
+void ReadXMLInto(DataContainer& container, const std::string& document) {
+    Core::MemoryInputStream stream(document.data(), document.size());
+    container.InputXML(stream);
+}
+
 void ExpectNothingHeld(const DataContainer& container) {
     const Core::Context& context = Core::Context::Current();
     EXPECT_TRUE(context.nestingDepth == 0 && context.operation == nullptr && context.reading == nullptr &&

@@ -21,6 +21,8 @@ std::string StoredXML(const DataContainer& container);
 std::shared_ptr<DataObject> Read(const std::string& bytes);
 /// Adds the entries that the bytes hold; returns how many bytes were read.
 std::uint64_t ReadInto(DataContainer& container, const std::string& bytes);
+/// Adds the entries that the document holds.
+void ReadXMLInto(DataContainer& container, const std::string& document);
 
 /// Whether other threads can have all locks of the container, and this one holds nothing that a failure left behind.
 void ExpectNothingHeld(const DataContainer& container);
