@@ -334,13 +334,6 @@ std::vector<std::string> XMLBombs() {
             const std::string text = Core::EncodeBase64({reinterpret_cast<const char*>(numbers), sizeof numbers});
             bombs.push_back(EntryElement(eMATRIX_DOUBLE, std::to_string(size), "base64", text));
         }
-    bombs.push_back("<DataContainer>" + NestedElements("x", 100'000) + "</DataContainer>");
-    std::string attributes;
-    for (int i = 0; i < 10'000; ++i)
-        attributes += " a" + std::to_string(i) + "=''";
-    bombs.push_back("<DataContainer" + attributes + "/>");
-    bombs.push_back("<DataContainer><" + std::string(100'000, 'x') + "/></DataContainer>");
-    bombs.push_back("<DataContainer><Data key='" + std::string(3 * mebibyte / 2, 'x') + "'/></DataContainer>");
     return bombs;
 }
 

@@ -256,8 +256,9 @@ TEST_P(DataFiles, StandInMemoryToo) {
         const std::vector<std::byte> content = file.GetContent();
         return std::string(reinterpret_cast<const char*>(content.data()), content.size());
     };
-    const auto opened = [&](const std::string& content, const std::string& fileType) {
-        return DataFile::OpenMemory(std::as_bytes(std::span(content)), DataFile::eREAD_WRITE, fileType, nullptr);
+    const auto opened = [&](const std::string& content, const std::string& fileType,
+                            DataFile::EAccess access = DataFile::eREAD_WRITE) {
+        return DataFile::OpenMemory(std::as_bytes(std::span(content)), access, fileType, nullptr);
     };
     const std::string content = type.fileOf(*Entries());
     const auto file = opened(content, "");
@@ -274,6 +275,9 @@ TEST_P(DataFiles, StandInMemoryToo) {
     fresh->Flush();
     EXPECT_EQ(textOf(*fresh), Bytes(type.empty));
     RaisedBy<Core::IOError>([&] { opened(content.substr(0, content.size() - 3), type.fileType); });
+    const auto readOnly = opened(content, "", DataFile::eREAD_ONLY);
+    readOnly->PutValue("n", 9);
+    EXPECT_EQ(RaisedBy<ReadOnlyDataFileError>([&] { readOnly->Flush(); }).GetVariable("File"), "(in memory)");
 }
 
 TEST_P(DataFiles, LeaveTheContainerWhenTheyCannotBeRead) {

@@ -261,8 +261,6 @@ const Operation operations[] = {
     {"Put", [](Scene& s) { s.container->Put("number", s.other->Get("number")); }},
     {"PutNew", [](Scene& s) { s.container->Put("a rather long key, for the heap", s.other->Get("n")); }},
     {"PutOverContainer", [](Scene& s) { s.container->Put("nested", s.other->Get("n")); }},
-    {"PutContainer", [](Scene& s) { s.container->Put("added", s.other); }},
-    {"PutValue", [](Scene& s) { s.container->PutValue("number", 7.5); }},
     {"PutValueNew", [](Scene& s) { s.container->PutValue("value", std::wstring(30, L'v')); }},
     {"GetSubData", [](Scene& s) { s.container->GetSubData({"another"}, true); }},
     {"Remove", [](Scene& s) { s.container->Remove("nested"); }},

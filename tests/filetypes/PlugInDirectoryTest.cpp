@@ -181,9 +181,6 @@ TEST(PlugInConfiguration, IsReadAtFirstUse) {
         {"<PlugIn></PlugIn>", ": not loaded: the system's reason", "", "type: x-plain"},
         {"<PlugIn>HERE/Far/z-plain.dll</PlugIn><DefaultFileType>z-plain</DefaultFileType>", "Far/z-plain.dll" + loaded,
          "z-plain", "type: z-plain"},
-        {"<PlugIn>y-plain.dll</PlugIn><DefaultFileType>None</DefaultFileType>", "y-plain.dll" + loaded, "",
-         "Missing installed data file type: None"},
-        {"<PlugIn>y-plain.dll", plugIns + "x-plain.dll" + loaded, "", "Error during parse of "},
     };
     const Installation installation;
     for (const char* const name : {"x-plain.dll", "sub/s-plain.dll"}) {
