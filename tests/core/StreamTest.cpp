@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -37,6 +38,34 @@ Bytes ReadFrom(BinaryInputStream& stream, std::uint64_t size) {
     Bytes bytes(static_cast<std::size_t>(size));
     bytes.resize(static_cast<std::size_t>(stream.Read(bytes.data(), size)));
     return bytes;
+}
+
+TEST(InputStreams, BoundsHoldAndTheSourceGoesOnBehindThem) {
+    const Bytes bytes = Numbered(wholeSize);
+    for (const std::uint64_t piece : {0u, 5u}) // of the medium; 0: memory, which knows its size
+        for (const std::uint64_t bufferSize : {1u, 7u, 600u}) {
+            MemoryInputStream memory(bytes);
+            Trickle trickle(bytes, piece);
+            BufferedInputStream buffered(piece == 0 ? static_cast<BinaryInputStream&>(memory) : trickle, bufferSize);
+            BoundedInputStream outer(buffered, 450);
+            std::uint64_t position = 0;
+            for (const std::uint64_t limit : {0u, 300u, 100u, 900u}) {
+                BoundedInputStream inner(outer, limit);
+                const std::uint64_t end = std::min<std::uint64_t>(position + limit, 450);
+                for (std::size_t step = 0; position < end; ++step) {
+                    const std::uint64_t size = 1 + step * 7 % 40;
+                    const std::uint64_t there = std::min(size, end - position);
+                    if (step % 2 == 1)
+                        ASSERT_EQ(inner.Skip(size), there);
+                    else
+                        ASSERT_EQ(ReadFrom(inner, size), Part(bytes, position, there)) << "at " << position;
+                    position += there;
+                    ASSERT_EQ(inner.BytesLeft(), piece == 0 ? std::optional(end - position) : std::nullopt);
+                }
+                EXPECT_EQ(inner.Skip(1), 0u);
+            }
+            EXPECT_EQ(ReadFrom(buffered, 60), Part(bytes, 450, 50));
+        }
 }
 
 TEST(InputStreams, AfterAFailureOfTheSourceThePositionsAreRightAndReadingGoesOn) {
