@@ -1,6 +1,7 @@
 #include "Alerts.h"
 #include "Threads.h"
 
+#include <QorCore/MemoryStreams.h>
 #include <QorCore/UnitizedValue.h>
 
 #include <gtest/gtest.h>
@@ -180,6 +181,18 @@ TEST(Units, OrderIsStrictAndWeak) {
     EXPECT_NE(Value(1, "Meter"), Value(1000, "Millimeter"));
     EXPECT_NE(UnitDescriptor("a", "", 0.0), UnitDescriptor("a", "", -0.0));
     EXPECT_EQ(UnitDescriptor("a", "", notANumber), UnitDescriptor("a", "", notANumber));
+}
+
+TEST(Units, ThatAreHeldAlreadyAreSharedOn) {
+    const Value value(-2.0, UnitDescriptor::Create("Own", "o", 0.5));
+    MemoryOutputStream memory;
+    DataOutputStream(memory).Write(value);
+    for (Value read : {Value(7, value.GetUnits()), Value(7, "Meter")}) {
+        const bool isHeld = read.GetUnits() == value.GetUnits();
+        MemoryInputStream stream(memory.GetBytes());
+        EXPECT_TRUE(DataInputStream(stream).Read(read) && read == value);
+        EXPECT_EQ(read.GetUnits() == value.GetUnits(), isHeld);
+    }
 }
 
 TEST(UnitsThreads, SomeFindWhatOthersAdd) {
