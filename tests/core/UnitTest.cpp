@@ -183,12 +183,16 @@ TEST(Units, OrderIsStrictAndWeak) {
     EXPECT_EQ(UnitDescriptor("a", "", notANumber), UnitDescriptor("a", "", notANumber));
 }
 
-TEST(Units, ThatAreHeldAlreadyAreSharedOn) {
+TEST(Units, AreReadInWholeAndThoseThatAreHeldAlreadyAreSharedOn) {
     const Value value(-2.0, UnitDescriptor::Create("Own", "o", 0.5));
     MemoryOutputStream memory;
     DataOutputStream(memory).Write(value);
     for (Value read : {Value(7, value.GetUnits()), Value(7, "Meter")}) {
         const bool isHeld = read.GetUnits() == value.GetUnits();
+        for (std::size_t size = 0; size < memory.GetSize(); ++size) {
+            MemoryInputStream cut(memory.GetBytes().first(size));
+            EXPECT_TRUE(!DataInputStream(cut).Read(read) && read.GetValue() == 7) << size;
+        }
         MemoryInputStream stream(memory.GetBytes());
         EXPECT_TRUE(DataInputStream(stream).Read(read) && read == value);
         EXPECT_EQ(read.GetUnits() == value.GetUnits(), isHeld);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <Alerts.h>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -114,6 +115,24 @@ TEST(XMLSection, SeemsToBeReadAsAWhole) {
         }
         Trickle trickle = Deliver(document);
         EXPECT_EQ(OutcomeOf(trickle, 1000), OutcomeOf(Utf16(document))) << document;
+    }
+}
+
+TEST(XMLSection, AnyTextIsReadInAnyPieces) {
+    std::mt19937 random(5);
+    const auto below = [&](std::size_t end) { return random() % end; };
+    const std::vector<std::string> tokens = {"\r\n", "\r", "\n",       "\t",           "]",
+                                             "]]",   ">",  "\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"};
+    for (int round = 0; round < 400; ++round) {
+        std::string text;
+        for (std::size_t count = below(20); count != 0; --count)
+            text += std::string(below(2) * below(90), 'x') + tokens[below(round % 2 == 0 ? 4 : tokens.size())];
+        for (std::size_t end = 0; (end = text.find("]]>", end)) != text.npos;)
+            text.erase(end, 3), end = 0;
+        const std::string document = "<a><![CDATA[" + text + (below(9) == 0 ? "\x01" : "") + "]]> &</a>";
+        const std::string padded = WithPieceEndingBehind(below(document.size()), document);
+        EXPECT_EQ(OutcomeOf(padded, 1 + below(below(2) == 0 ? 10 : 500)), OutcomeOf(Utf16("<?p \n?>" + document)))
+            << round;
     }
 }
 
