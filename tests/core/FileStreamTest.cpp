@@ -55,6 +55,16 @@ TEST(System, FindsFilesByPattern) {
     }
 }
 
+TEST(System, SaysWhichDirectoryCannotBeReadOrMade) {
+    const TemporaryDirectory directory;
+    WriteFileText(directory / "file", "");
+    std::vector<PathName> files;
+    for (const PathName& path : {directory / "missing", directory / "file"})
+        EXPECT_EQ(RaisedBy<IOError>([&] { System::EnumFilesBelow(path, files); }).GetVariable("File"), path.ToString());
+    const PathName below = directory / "file" / "below";
+    EXPECT_EQ(RaisedBy<IOError>([&] { System::MakeDirectories(below); }).GetVariable("File"), below.ToString());
+}
+
 TEST(FileStream, KeepsTwoPositionsOf64Bits) {
     const TemporaryDirectory directory;
     BinaryFileStream file;

@@ -232,7 +232,7 @@ TEST_F(ConvertTest, GoesOnWithAFolderWhenAFileIsBad) {
     EXPECT_TRUE(all.contains("to/a.qordml") && all.contains("to/sub/deep/z.qordml"));
 
     const Json json = Converted({Name("from"), Name("to"), "--to", "qordml", "--force", "--drop-unread"}, 2);
-    EXPECT_EQ(json["converted"].size(), 3u);
+    ASSERT_EQ(json["converted"].size(), 3u);
     EXPECT_EQ(json["passedOver"][0]["source"], In("from", "garbage.dataset"));
     EXPECT_EQ(json["notConverted"].size(), 2u);
     EXPECT_EQ(json["converted"][2]["dropped"][0]["path"], Json({"u"}));
