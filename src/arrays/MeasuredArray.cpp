@@ -176,9 +176,7 @@ void MeasuredArray::InputProperties(const DataContainer& values) {
         PropertyContainer::InputProperties(values);
     }
     for (const auto& entry : *GetContent())
-        if (values.Exists(entry.key))
-            Adopt(entry.key);
-        else
+        if (!values.Exists(entry.key))
             RemoveProperty(entry.key);
     if (const auto samples = FindValue(samplesKey); samples && AreSamples(*samples))
         StoreSampleFacts(*samples, CountSamples(*samples));
