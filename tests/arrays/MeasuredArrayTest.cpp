@@ -352,6 +352,11 @@ TEST(MeasuredArrays, StandInContainersAsContainersDo) {
     EXPECT_FALSE(surface->PropertyExists("all"));
     // Another value in the same object.
     const auto object = std::dynamic_pointer_cast<Data<Data2D>>(container->Get("surface"));
+    object->EnableDataLocking();
+    std::vector<std::shared_ptr<Core::Lock>> locks;
+    object->AcquireLocks(locks);
+    EXPECT_EQ(locks.size(), 2u); // its own, and that of the properties
+    locks.clear();
     const auto next = Data2D::Create(Heights(1, 1));
     object->SetData(next);
     EXPECT_EQ(outer->GetDataSize_bytes(), Stored(*outer).size());
