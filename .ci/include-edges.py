@@ -18,14 +18,14 @@ SEES["core"], SEES["nalix"] = {"core"}, {"nalix"}
 
 # include/Tivor is flat: the layer of each header.
 TIVOR_HEADERS = {
-    "model": "Export Fwd TypeFacts DataObject BuiltInDataObjects GenericWrapper Long32 MatrixView ScalarData "
+    "model": "Export Fwd TypeFacts DataObject BuiltInDataObjects GenericWrapper Long32 ScalarData "
     "Serializer XMLContentHandler",
     "serialization": "SerializationManager XMLHandler ArrayDataObjects CollectionSerialization",
     "factory": "DataObjectFactory UnboundDataObject PlugIn",
     "container": "DataContainer",
     "files": "DataFile DataFileTypeManager BinaryDataFile XMLDataFile",
     "properties": "PropertyContainer PropertyHandlers",
-    "arrays": "Position1D Position2D MeasuredArray Data1D Data2D Data2DOperation",
+    "arrays": "Position1D Position2D MeasuredArray Data1D Data2D MatrixView SampleStatistics Data2DOperation",
     "datasets": "DataSet Codec",
 }
 LAYER_OF_HEADER = {f"include/Tivor/{name}.h": layer for layer, names in TIVOR_HEADERS.items() for name in names.split()}

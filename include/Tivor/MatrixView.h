@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QorCore/Message.h>
-#include <Tivor/BuiltInDataObjects.h>
+#include <Tivor/Data2D.h>
 
 #include <span>
 
@@ -9,7 +9,7 @@ namespace Qor::Tivor {
 
 /// The samples of a matrix, seen in the same way whatever its storage order: `view(i, j)` is the element with index i
 /// in dimension 1 and j in dimension 2. `MatrixView<const T>` only reads. A view shares the elements and keeps them
-/// alive.
+/// alive, also when the surface or the object gets others.
 ///
 /// Thread rule: as for the elements; with locking enabled on the object, hold its `GetDataLock` while using them.
 template <class T>
@@ -33,9 +33,17 @@ public:
                 object);
     }
 
+    /// The samples of a surface. Raises `PropertyTypeMismatch` unless there are some of this element type.
+    explicit MatrixView(Data2D& surface) requires(!std::is_const_v<T>) { ShowSamples(surface); }
+    explicit MatrixView(const Data2D& surface) requires std::is_const_v<T> { ShowSamples(surface); }
+
     std::size_t size1() const { return m_size1; }
     std::size_t size2() const { return m_size2; }
     std::size_t size() const { return m_size1 * m_size2; }
+    /// How far apart two elements lie in memory, in elements, whose indices of that dimension differ by one.
+    std::size_t stride1() const { return m_step1; }
+    std::size_t stride2() const { return m_step2; }
+    T* data() const { return m_data; }
     T& operator()(std::size_t i, std::size_t j) const { return m_data[i * m_step1 + j * m_step2]; }
 
     /// The elements as they lie in memory: dimension 2 runs fastest when `IsRowMajor`, else dimension 1.
@@ -65,6 +73,19 @@ private:
             return false;
         Show(*matrix);
         return true;
+    }
+
+    template <class Surface>
+    void ShowSamples(Surface& surface) {
+        const auto samples = surface.GetMatrixDataObject();
+        if (samples &&
+            (ShowObject<RowMajorMatrix<value_type>>(*samples) || ShowObject<ColumnMajorMatrix<value_type>>(*samples)))
+            return;
+        const std::string expected = GetValueTypeName(ValueTraits<value_type>::GetTypeID());
+        const std::string found = samples ? "samples of " + surface.GetValueTypeName() : "none";
+        Core::Error::RaiseError(PropertyTypeMismatch(Core::FormatText(
+                                    "Expected a surface with samples of %1%, found %2%", {expected, found})),
+                                QOR_CODE_CONTEXT("MatrixView"), "Qor.Tivor.MatrixView");
     }
 
     static void Require(bool isShown, const DataObject& object) {
