@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Builds the library and its tool: one process imports a measured surface, another checks every sample, others change
-# one value, and nothing but that value is different then. Then the surface becomes XML, and that a binary file again.
+# one value, and nothing but that value is different then. Then the surface becomes XML, and that a binary file again;
+# two profiles, one with a fixed spacing and one with positions of its own, go the same way.
 set -euo pipefail
 . "$(dirname "$0")/cmake/setup.sh"
 
 preset=release
 text=data/afm_gwyddion_text_export.txt
+profiles=(data/profile_xy-4.txt data/profile_nonuniform.asc)
 file=build/$preset/demo_surface.dataset
-xml=build/$preset/demo_surface.qordml
-again=build/$preset/demo_surface_again.dataset
 change=(Comments Review Checks)
 tivor=build/$preset/bin/tivor
 
@@ -20,6 +20,19 @@ show() {
     echo "> tivor $*"
     "$tivor" "$@"
     echo
+}
+
+# there_and_back TEXT FILE: makes XML of a binary file, a binary file of that, and compares: with the text each sample,
+# with the first file each byte
+there_and_back() {
+    xml=${2%.dataset}.qordml again=${2%.dataset}_again.dataset
+    show convert --force "$2" "$xml"
+    show convert --force "$xml" "$again"
+    show import --check "$1" "$again"
+    if ! cmp "$2" "$again"; then
+        echo "Expected the binary file that was made of the XML to be the one that the XML was made of" >&2
+        exit 1
+    fi
 }
 
 show import --force "$text" "$file"
@@ -41,13 +54,20 @@ fi
 echo "Success: of $(wc -l <"$file.after") lines of values, the one that was set is the only one that changed"
 
 echo
-show convert --force "$file" "$xml"
+there_and_back "$text" "$file"
 { head -n 6 "$xml" && echo ... && tail -n 12 "$xml"; } | cut -c -110
-echo
-show convert --force "$xml" "$again"
-show import --check "$text" "$again"
-if ! cmp "$file" "$again"; then
-    echo "Expected the binary file that was made of the XML to be the one that the XML was made of" >&2
-    exit 1
-fi
 echo "Success: $(stat -c %s "$file") bytes as a binary file, $(stat -c %s "$xml") as XML, and the way back loses none"
+echo
+show info "$again"
+show get "$again" Surface PositionFunction
+
+for text in "${profiles[@]}"; do
+    file=build/$preset/demo_$(basename "${text%.*}").dataset
+    show import --force "$text" "$file"
+    there_and_back "$text" "$file"
+    show ls "$again" Profile
+    echo "> tivor get $again Profile PositionFunction"
+    "$tivor" get "$again" Profile PositionFunction | sed '4,$d'
+    echo
+done
+echo "Success: samples and positions of both profiles came back as they were measured"

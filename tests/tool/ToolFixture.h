@@ -17,6 +17,8 @@ using Json = nlohmann::ordered_json;
 using Words = std::vector<std::string>;
 
 inline const Core::PathName surfaceText(TIVOR_PROJECT "/data/afm_gwyddion_text_export.txt");
+inline const Core::PathName profileText(TIVOR_PROJECT "/data/profile_xy-4.txt");
+inline const Core::PathName unevenProfileText(TIVOR_PROJECT "/data/profile_nonuniform.asc");
 
 struct Outcome {
     int status;

@@ -252,64 +252,6 @@ TEST_F(ToolTest, SaysWhatIsWrong) {
         EXPECT_NE(RunWords({command, "--help"}).out.find("--json"), std::string::npos) << command;
 }
 
-TEST_F(ToolTest, SaysWhatIsWrongWithASurface) {
-    const std::string header = "# Channel: Z\n# Width: 2 um\n# Height: 2 um\n# Value units: m\n";
-    const struct {
-        std::string text, said;
-    } rows[] = {
-        {header + "1\t2\n3\tx4\n", "line 6: expected a height as a number, found \"x4\""},
-        {header + "1\t2\n3\t4\t5\n", "line 6: expected 2 heights as in the first row, found 3"},
-        {header, "line 4: expected rows of heights, found none up to the end of the file"},
-        {"# Channel: Z\n# Width: wide\n", "line 2: expected a length as a number, found \"wide\""},
-        {"# Channel\n", "line 1: expected a header line \"# Name: text\", found no colon"},
-        {"# Channel: Z\n1\t2\n", "expected a header line \"# Width: ...\", found none"},
-    };
-    for (const auto& [text, said] : rows) {
-        WriteFileText(directory / "bad.txt", text);
-        ExpectError({"import", Name("bad.txt"), file}, said);
-    }
-    EXPECT_EQ(directory.GetNames(), Words{"bad.txt"});
-}
-
-TEST_F(ToolTest, CarriesAMeasuredSurface) {
-    const std::string text = surfaceText.ToString();
-    ASSERT_EQ(RunWords({"import", text, file}).status, 0);
-    {
-        // What is known of this surface, independently of what stored it.
-        BinaryDataFile read(file, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
-        const auto samples = read.GetPtr<RowMajorMatrix<double>>("Samples");
-        ASSERT_TRUE(samples && samples->size1() == 256 && samples->size2() == 256);
-        EXPECT_EQ((*samples)(0, 0), 1.8823e-08);
-        EXPECT_EQ((*samples)(128, 85), -1.4726e-08);
-        EXPECT_EQ(*std::min_element(samples->data(), samples->data() + samples->size()), -1.6861e-07);
-        EXPECT_EQ(read.GetSubData({"Axes", "X"}, false)->GetValue<std::string>("Unit"), "µm");
-    }
-    EXPECT_EQ(SayJson("info")["largest"]["path"], Json({"Samples"}));
-    EXPECT_EQ(SayJson("info")["fileBytes"], ReadFileText(Core::PathName(file)).size());
-    Json before = SayJson("get");
-    EXPECT_EQ(Say("set", {"Comments", "Review", "Checks", "1"}), "Comments/Review/Checks, int32: 0 -> 1\n");
-    before["Comments"]["Review"]["Checks"] = 1;
-    EXPECT_EQ(SayJson("get"), before);
-    const Outcome same = RunWords({"import", text, file, "--check"});
-    EXPECT_EQ(same.status, 0) << same.out;
-    EXPECT_NE(same.out.find("All 65536 samples are those of the text, bit by bit"), std::string::npos) << same.out;
-
-    std::string changed = ReadFileText(surfaceText);
-    changed[changed.rfind("542e-008")] = '6';
-    WriteFileText(directory / "changed.txt", changed);
-    Say("set", {"Axes", "X", "Points", "255"});
-    const Outcome other = RunWords({"import", Name("changed.txt"), file, "--check"});
-    EXPECT_EQ(other.status, 1);
-    EXPECT_EQ(other.out, "Samples, row 255, column 255: the text has -7.5642e-08, the file -7.5542e-08\n"
-                         "Axes/X/Points: the text has 256, the file 255\n2 deviations\n");
-    EXPECT_EQ(Json::parse(RunWords({"import", Name("changed.txt"), file, "--check", "--json"}).out)["numDeviations"],
-              2);
-
-    EXPECT_EQ(RunWords({"import", Name("changed.txt"), file, "--force"}).status, 0);
-    EXPECT_EQ(RunWords({"import", Name("changed.txt"), file, "--check"}).status, 0);
-    EXPECT_EQ(directory.GetNames(), Words({"changed.txt", "data.dataset"}));
-}
-
 TEST_F(ToolTest, ListsTypes) {
     const Outcome outcome = RunWords({"types", "--json"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;

@@ -1,5 +1,7 @@
 #include "Files.h"
 
+#include "Values.h"
+
 #include <QorCore/BinaryFileStream.h>
 #include <QorCore/FileSystem.h>
 #include <QorCore/Message.h>
@@ -135,21 +137,21 @@ void RaiseNoSuchKey(const Path& path, const std::vector<std::string>& present) {
 
 std::shared_ptr<DataObject> FindObject(DataFile& file, const Path& keys) {
     std::shared_ptr<DataObject> object;
-    DataContainer* container = &file;
-    std::shared_ptr<DataContainer> owner;
+    const DataContainer* container = &file;
+    std::shared_ptr<const DataContainer> entries;
     for (std::size_t level = 0; level < keys.size(); ++level) {
         const Path path(keys.begin(), keys.begin() + static_cast<std::ptrdiff_t>(level) + 1);
         if (container == nullptr)
             Fail(Core::FormatText("%1%: expected a container, found a %2%",
                                   {ShowPath({path.begin(), path.end() - 1}), object->GetTypeName()}));
-        object = container->Get(keys[level]);
+        object = std::const_pointer_cast<DataObject>(container->Get(keys[level]));
         if (!object) {
             std::vector<std::string> present;
             container->EnumData(present);
             RaiseNoSuchKey(path, present);
         }
-        owner = container->GetPtr<DataContainer>(keys[level]);
-        container = owner.get();
+        entries = EntriesIn(*object);
+        container = entries.get();
     }
     return object;
 }

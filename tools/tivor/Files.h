@@ -48,8 +48,8 @@ private:
 /// The bytes on disk.
 std::uint64_t GetFileSize(const std::string& fileName);
 
-/// The object that the keys lead to; null for no keys, which lead to the file itself. Where they lead nowhere, the
-/// error tells which keys are there.
+/// The object that the keys lead to, also the property of a measured array; null for no keys, which lead to the file
+/// itself. Where they lead nowhere, the error tells which keys are there.
 std::shared_ptr<DataObject> FindObject(DataFile& file, const Path& keys);
 [[noreturn]] void RaiseNoSuchKey(const Path& path, const std::vector<std::string>& present);
 

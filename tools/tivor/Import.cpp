@@ -1,68 +1,67 @@
 #include "Commands.h"
-#include "Elements.h"
 #include "Files.h"
-#include "Surface.h"
-
-#include <QorCore/Message.h>
-
-#include <algorithm>
+#include "Imported.h"
+#include "Measured.h"
 
 namespace Qor::Tivor::Tool {
 
 namespace {
 
-void Write(const SurfaceText& surface, const std::string& fileName, const std::string& fileType) {
+/// Returns what the measured array is.
+MeasuredFacts Write(const MeasuredText& text, const std::string& fileName, const std::string& fileType) {
     FileBeside beside(fileName);
+    MeasuredFacts facts;
     {
         const auto file = beside.Make(fileType);
-        PutSurface(*file, surface);
+        PutImported(*file, text);
+        facts = FindMeasuredFacts(*file->Get(GetMeasuredKey(text))).value();
         file->Flush();
     }
     beside.TakePlace();
+    return facts;
 }
 
-std::string Describe(const RowMajorMatrix<double>& samples) {
-    const auto [least, greatest] = std::minmax_element(samples.data(), samples.data() + samples.size());
-    return Core::FormatText("%1% rows of %2% samples from %3% to %4%",
-                            {samples.size1(), samples.size2(), NumberText(*least), NumberText(*greatest)});
+void WarnOfUnits(const MeasuredText& text, Console& console) {
+    for (const std::string& unit : FindUnknownUnits(text))
+        console.err << "tivor: warning: The unit " << Show(unit) << " is not known; its numbers stay plain numbers\n";
 }
 
-EStatus Make(const SurfaceText& surface, const Arguments& arguments, Console& console) {
+EStatus Make(const MeasuredText& text, const Arguments& arguments, Console& console) {
     RequireNewFile(arguments.file, arguments.overwrites);
     const std::string fileType = ChooseFileType(arguments.file);
-    Write(surface, arguments.file, fileType);
+    WarnOfUnits(text, console);
+    const MeasuredFacts facts = Write(text, arguments.file, fileType);
     const std::uint64_t size = GetFileSize(arguments.file);
     if (arguments.asJson)
         Print(console.out, {{"file", TextJson(arguments.file)},
                             {"fileType", TextJson(fileType)},
                             {"fileBytes", size},
-                            {"rows", surface.heights.size1()},
-                            {"columns", surface.heights.size2()}});
+                            {"measured", ToJson(facts)}});
     else
-        console.out << Describe(surface.heights) << "\nWritten: " << Show(arguments.file) << ", "
+        console.out << GetMeasuredKey(text) << ": " << Describe(facts) << '\n'
+                    << DescribeStatistics(facts) << "Written: " << Show(arguments.file) << ", "
                     << Count(size, "byte", "bytes") << '\n';
     return eFINE;
 }
 
-EStatus Check(const SurfaceText& surface, const Arguments& arguments, Console& console) {
+EStatus Check(const MeasuredText& text, const Arguments& arguments, Console& console) {
     static constexpr std::size_t mostShown = 10;
     const auto file = OpenFile(arguments.file, DataFile::eREAD_ONLY);
     std::vector<std::string> deviations;
     std::size_t numDeviations = 0;
-    CompareSurface(*file, surface, [&](const std::string& deviation) {
+    CompareImported(*file, text, [&](const std::string& deviation) {
         if (numDeviations++ < mostShown)
             deviations.push_back(deviation);
     });
+    const std::size_t numSamples = text.isProfile ? text.numbers.size1() : text.numbers.size();
     if (arguments.asJson) {
         Json list = Json::array();
         for (const std::string& deviation : deviations)
             list.push_back(TextJson(deviation));
-        Print(console.out, {{"samples", surface.heights.size()},
-                            {"numDeviations", numDeviations},
-                            {"firstDeviations", std::move(list)}});
+        Print(console.out,
+              {{"samples", numSamples}, {"numDeviations", numDeviations}, {"firstDeviations", std::move(list)}});
     } else if (numDeviations == 0) {
-        console.out << Describe(surface.heights) << "\nAll " << surface.heights.size()
-                    << " samples are those of the text, bit by bit\n";
+        console.out << "All " << numSamples << " samples are those of the text, bit by bit\n";
     } else {
         for (const std::string& deviation : deviations)
             console.out << deviation << '\n';
@@ -74,8 +73,8 @@ EStatus Check(const SurfaceText& surface, const Arguments& arguments, Console& c
 } // namespace
 
 EStatus Import(const Arguments& arguments, Console& console) {
-    const SurfaceText surface = ReadSurfaceText(arguments.text);
-    return arguments.checks ? Check(surface, arguments, console) : Make(surface, arguments, console);
+    const MeasuredText text = ReadMeasuredText(arguments.text);
+    return arguments.checks ? Check(text, arguments, console) : Make(text, arguments, console);
 }
 
 } // namespace Qor::Tivor::Tool

@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Files.h"
+#include "Measured.h"
 
 #include <Tivor/DataObjectFactory.h>
 
@@ -27,6 +28,8 @@ struct Summary {
     std::uint64_t largestSize = 0;
     std::map<std::string, std::size_t> classes;
     std::map<std::string, Module> modules;
+    std::vector<Path> measured;
+    std::vector<std::optional<MeasuredFacts>> measuredFacts;
     std::map<std::string, std::size_t> unreadable;                ///< classes
     std::map<std::pair<std::uint16_t, std::string>, bool> judged; ///< codes and classes: whether they can be read
 };
@@ -49,6 +52,8 @@ void AddEntry(Summary& summary, const Path& path, const DataObjectHeader& header
     } else if (!IsReadableClass(summary, header)) {
         ++summary.unreadable[header.typeName];
     }
+    if (IsMeasured(header))
+        summary.measured.push_back(path);
     if (WithoutFlag(header.typeCode) == eDATA_CONTAINER)
         return;
     summary.dataSize += header.dataSize;
@@ -84,6 +89,12 @@ void PrintText(std::ostream& out, const std::string& fileName, const Summary& su
     for (const auto& [name, module] : summary.modules)
         out << "Module:      " << Show(name) << ", " << Count(module.count, "entry", "entries") << ": " << Fate(name)
             << '\n';
+    for (std::size_t i = 0; i < summary.measured.size(); ++i) {
+        const auto& facts = summary.measuredFacts[i];
+        const std::string statistics = facts ? DescribeStatistics(*facts) : std::string();
+        out << "Measured:    " << ShowPath(summary.measured[i]) << (facts ? ": " + Describe(*facts) : "") << '\n'
+            << (statistics.empty() ? "" : "             ") << statistics;
+    }
     if (!summary.unreadable.empty())
         out << "Not to read: " << ListCounts(summary.unreadable) << '\n';
 }
@@ -109,6 +120,17 @@ Json ModulesJson(const std::map<std::string, Module>& modules) {
     return json;
 }
 
+Json MeasuredJson(const Summary& summary) {
+    Json json = Json::array();
+    for (std::size_t i = 0; i < summary.measured.size(); ++i) {
+        Json entry = {{"path", PathJson(summary.measured[i])}};
+        if (const auto& facts = summary.measuredFacts[i])
+            entry.update(ToJson(*facts));
+        json.push_back(std::move(entry));
+    }
+    return json;
+}
+
 Json ToJson(const std::string& fileName, const Summary& summary) {
     Json largest;
     if (!summary.largest.empty())
@@ -124,6 +146,7 @@ Json ToJson(const std::string& fileName, const Summary& summary) {
             {"largest", largest},
             {"classes", CountsJson(summary.classes)},
             {"modules", ModulesJson(summary.modules)},
+            {"measured", MeasuredJson(summary)},
             {"unreadable", CountsJson(summary.unreadable)}};
 }
 
@@ -135,6 +158,7 @@ EStatus ShowInfo(const Arguments& arguments, Console& console) {
         AddEntry(summary, path, header);
         return true;
     });
+    summary.measuredFacts = ReadMeasuredFacts(arguments.file, summary.measured, console);
     summary.fileSize = GetFileSize(arguments.file);
     if (arguments.asJson)
         Print(console.out, ToJson(arguments.file, summary));

@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Files.h"
+#include "Measured.h"
 
 #include <algorithm>
 
@@ -11,6 +12,7 @@ struct Listed {
     Path path;
     DataObjectHeader header;
     bool isReadable = true;
+    std::optional<MeasuredFacts> measured = {};
 };
 
 struct Listing {
@@ -37,6 +39,18 @@ bool Take(Listing& listing, const Path& keys, const Path& path, const DataObject
     return true;
 }
 
+void ReadMeasured(const std::string& fileName, std::vector<Listed>& entries, Console& console) {
+    std::vector<Path> paths;
+    for (const Listed& entry : entries)
+        if (IsMeasured(entry.header))
+            paths.push_back(entry.path);
+    auto facts = ReadMeasuredFacts(fileName, paths, console);
+    auto next = facts.begin();
+    for (Listed& entry : entries)
+        if (IsMeasured(entry.header))
+            entry.measured = std::move(*next++);
+}
+
 std::string Name(const Listed& entry, std::size_t outermost) {
     return std::string(2 * (entry.path.size() - outermost), ' ') + Show(entry.path.back());
 }
@@ -59,6 +73,8 @@ void PrintText(std::ostream& out, const std::vector<Listed>& entries) {
             << entry.header.dataSize;
         if (IsForeign(entry.header))
             out << "  version " << Show(entry.header.version) << ", module " << Show(entry.header.module);
+        if (entry.measured)
+            out << "  " << Describe(*entry.measured);
         out << (entry.isReadable ? "\n" : "  cannot be read\n");
     }
 }
@@ -73,6 +89,8 @@ Json ToJson(const Listed& entry) {
         json["version"] = TextJson(entry.header.version);
         json["module"] = TextJson(entry.header.module);
     }
+    if (entry.measured)
+        json["measured"] = ToJson(*entry.measured);
     return json;
 }
 
@@ -94,6 +112,7 @@ EStatus List(const Arguments& arguments, Console& console) {
     if (listing.found < keys.size())
         RaiseNoSuchKey({keys.begin(), keys.begin() + static_cast<std::ptrdiff_t>(listing.found) + 1},
                        listing.keysWhereItEnds);
+    ReadMeasured(arguments.file, listing.entries, console);
     if (arguments.asJson)
         Print(console.out, ToJson(arguments.file, listing));
     else

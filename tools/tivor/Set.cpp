@@ -49,8 +49,11 @@ DataContainer& FindParent(DataFile& file, const Path& keys, std::shared_ptr<Data
         return file;
     const Path above(keys.begin(), keys.end() - 1);
     owner = file.GetSubData(above, true);
-    if (!owner)
+    if (!owner) {
         FindObject(file, keys); // tells what stands in the way
+        Fail(Core::FormatText("%1%: expected a container, found a measured array, whose properties are not set so",
+                              {ShowPath(above)}));
+    }
     return *owner;
 }
 
@@ -67,7 +70,7 @@ void Apply(DataFile& file, Change& change) {
     if (!change.type.empty() && change.type != change.object->GetTypeName())
         Fail(Core::FormatText("%1%: expected an entry of class %2%, found a %3%, which it stays",
                               {ShowPath(change.keys), Show(change.type), Show(change.object->GetTypeName())}));
-    if (const auto container = parent.GetPtr<DataContainer>(key))
+    if (parent.GetPtr<DataContainer>(key))
         Fail(Core::FormatText("%1%: expected a number or a text, found a container", {ShowPath(change.keys)}));
     change.textBefore = BriefText(*change.object);
     change.before = ToJson(*change.object);

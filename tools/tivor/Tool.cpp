@@ -72,7 +72,8 @@ public:
         m_app.require_subcommand(1);
         m_app.footer("Keys are given one by one, from the outermost on. What follows \"--\" is taken as it is.\n"
                      "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.");
-        AddFile(Add("info", "What a file is; of a binary one only the headers are read", ShowInfo));
+        AddFile(
+            Add("info", "What a file is; of a binary one only the headers are read, and measured arrays", ShowInfo));
         AddKeys(AddFile(Add("ls", "The entries of a file, or those below the keys, read in the same way", List)));
         AddKeys(AddFile(Add("get", "The value that the keys lead to, or all that is below them", Get)));
         AddSet();
@@ -145,13 +146,20 @@ private:
     }
 
     void AddImport() {
-        CLI::App* const import = Add("import", "Puts a surface that was measured into a new data file", Import);
-        import->add_option("TEXT", m_arguments.text, "Header lines \"# Name: text\", then rows of heights between tabs")
-            ->type_name("")
-            ->required();
+        CLI::App* const import =
+            Add("import", "Puts a surface or a profile that was measured into a new data file", Import);
+        import->add_option("TEXT", m_arguments.text, "A text file with the numbers")->type_name("")->required();
         AddFile(import);
         import->add_flag("--force", m_arguments.overwrites, "Replaces a file that exists");
         import->add_flag("--check", m_arguments.checks, "Writes nothing: tells where the file is not what the text is");
+        import->footer(
+            "A surface has header lines \"# Name: text\" (Channel, Width, Height, Value units), then rows of\n"
+            "heights between tabs. It becomes a Data2D: dimension 1 is down the rows, the spacings are Height\n"
+            "and Width over the number of points.\n"
+            "A profile has no header, and a position and a height per line. It becomes a Data1D, with a\n"
+            "fixed spacing if there is one of at least ten units of the last digit whose multiples are the\n"
+            "positions, each when rounded to its digits in the text: so these can be told from it. Else, and\n"
+            "when the first position is not 0, all positions are kept as they are. Both are plain numbers.");
     }
 
     void AddConvert() {

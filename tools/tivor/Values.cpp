@@ -1,6 +1,8 @@
 #include "Values.h"
 
 #include "Elements.h"
+#include "Measured.h"
+#include "PositionForms.h"
 
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/ScalarData.h>
@@ -70,6 +72,17 @@ void AddScalar(Forms& forms) {
              }});
 }
 
+template <class T>
+void AddPositions(Forms& forms) {
+    using Wrapper = DataOf<T>;
+    forms.emplace(typeid(Wrapper),
+                  Form{isOneLine<T>,
+                       [](DataObject& object, const LineSink& print) {
+                           PositionLines(static_cast<Wrapper&>(object).GetValue(), print);
+                       },
+                       [](DataObject& object) { return PositionJson(static_cast<Wrapper&>(object).GetValue()); }});
+}
+
 std::string DescribeUnbound(const UnboundData& data) {
     return "unbound data of class " + Show(data.GetTypeName()) + ", version " + Show(data.GetVersion()) + ", module " +
            Show(data.GetModule()) + ", " + Count(data.GetDataCapacity(), "byte", "bytes");
@@ -99,7 +112,10 @@ Forms MakeForms() {
         TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
             AddScalar(forms);
-    AddUnbound<UnboundData>(forms);
+#define TIVOR_VALUE(T, id, name) AddPositions<T>(forms);
+    TIVOR_POSITION_1D_VALUES TIVOR_POSITION_2D_VALUES
+#undef TIVOR_VALUE
+        AddUnbound<UnboundData>(forms);
     AddUnbound<UnboundScalarArray>(forms);
     AddUnbound<UnboundScalarContainer>(forms);
     return forms;
@@ -117,17 +133,28 @@ const Form& FormOf(DataObject& object) {
     return found != forms->end() ? found->second : otherForm;
 }
 
-std::shared_ptr<const DataContainer> ContainerIn(DataObject& object) {
-    auto* const wrapper = dynamic_cast<Data<DataContainer>*>(&object);
-    return wrapper != nullptr ? wrapper->GetData() : nullptr;
+template <class T>
+std::shared_ptr<const DataContainer> PropertiesIn(const DataObject& object) {
+    const auto* const wrapper = dynamic_cast<const GenericWrapper<T>*>(&object);
+    const auto value = wrapper != nullptr ? wrapper->GetData() : nullptr;
+    return value ? value->GetContent() : nullptr;
+}
+
+void PrintFacts(std::ostream& out, const MeasuredFacts& facts, const std::string& indent) {
+    out << Show(facts.className) << " of " << Describe(facts) << '\n';
+    if (const std::string statistics = DescribeStatistics(facts); !statistics.empty())
+        out << indent << statistics;
 }
 
 void PrintTree(std::ostream& out, const DataContainer& container, const std::string& indent) {
     const std::string deeper = indent + "  ";
     for (const auto& [key, object] : container) {
         out << indent << Show(key) << ':';
-        if (const auto below = ContainerIn(*object)) {
-            out << '\n';
+        if (const auto below = EntriesIn(*object)) {
+            if (const auto facts = FindMeasuredFacts(*object))
+                PrintFacts(out << ' ', *facts, deeper);
+            else
+                out << '\n';
             PrintTree(out, *below, deeper);
         } else if (const Form& form = FormOf(*object); form.isOneElement) {
             form.print(*object, [&](const std::string& line) { out << ' ' << line << '\n'; });
@@ -140,11 +167,20 @@ void PrintTree(std::ostream& out, const DataContainer& container, const std::str
 
 } // namespace
 
+std::shared_ptr<const DataContainer> EntriesIn(DataObject& object) {
+    if (auto* const wrapper = dynamic_cast<Data<DataContainer>*>(&object))
+        return wrapper->GetData();
+    const auto ofProfile = PropertiesIn<Data1D>(object);
+    return ofProfile ? ofProfile : PropertiesIn<Data2D>(object);
+}
+
 void PrintText(std::ostream& out, const DataContainer& container) { PrintTree(out, container, ""); }
 
 void PrintText(std::ostream& out, DataObject& object) {
-    if (const auto container = ContainerIn(object))
-        PrintText(out, *container);
+    if (const auto facts = FindMeasuredFacts(object))
+        PrintFacts(out, *facts, "");
+    if (const auto entries = EntriesIn(object))
+        PrintText(out, *entries);
     else if (typeid(object) == typeid(Data<std::string>))
         out << ValueOf<std::string>(object) << '\n';
     else if (typeid(object) == typeid(Data<std::wstring>))
@@ -155,14 +191,14 @@ void PrintText(std::ostream& out, DataObject& object) {
 
 std::string BriefText(DataObject& object) {
     std::string text;
-    if (const Form& form = FormOf(object); form.isOneElement && !ContainerIn(object))
+    if (const Form& form = FormOf(object); form.isOneElement && !EntriesIn(object))
         form.print(object, [&](const std::string& line) { text += line; });
     return text.empty() ? "a " + object.GetTypeName() : text;
 }
 
 Json ToJson(DataObject& object) {
-    const auto container = ContainerIn(object);
-    return container ? ToJson(*container) : FormOf(object).toJson(object);
+    const auto entries = EntriesIn(object);
+    return entries ? ToJson(*entries) : FormOf(object).toJson(object);
 }
 
 Json ToJson(const DataContainer& container) {

@@ -8,8 +8,11 @@
 
 namespace Qor::Tivor::Tool {
 
-/// Prints an object: a text as it is, anything else as lines: one for each row or element, and for a container one or
-/// more for each entry.
+/// The entries of a container, or the properties of a measured array; null for other objects.
+std::shared_ptr<const DataContainer> EntriesIn(DataObject& object);
+
+/// Prints an object: a text as it is, anything else as lines: one for each row or element, and for a container or a
+/// measured array one or more for each entry.
 void PrintText(std::ostream& out, DataObject& object);
 /// Prints the entries of a container, those of containers in it indented.
 void PrintText(std::ostream& out, const DataContainer& container);
