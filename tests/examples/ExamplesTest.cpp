@@ -15,6 +15,20 @@ namespace {
 
 const Core::PathName project(TIVOR_PROJECT);
 
+/// That the code that the page shows stands in the example.
+void ExpectBlocksOf(const char* pageName, const char* sourceName) {
+    const std::string source = ReadFileText(project / sourceName);
+    const std::string page = ReadFileText(project / pageName);
+    const std::string open = "```cpp\n";
+    int numBlocks = 0;
+    for (std::size_t at = page.find(open); at != std::string::npos; at = page.find(open, at + 1), ++numBlocks) {
+        const std::size_t begin = at + open.size();
+        const std::string block = page.substr(begin, page.find("```\n", begin) - begin);
+        EXPECT_NE(source.find(block), std::string::npos) << block;
+    }
+    EXPECT_GT(numBlocks, 3);
+}
+
 } // namespace
 
 TEST(FirstProgram, StandsInTheReadmeAndRuns) {
@@ -58,16 +72,19 @@ TEST(InstrumentSettings, AreGuardedSavedAndRestored) {
               "  Exposure: now 4, was 8\n"
               "  Range: now 0.1 mm, was 250 um\n"
               "changed since: no\n");
-    const std::string source = ReadFileText(project / "examples/instrument_settings.cpp");
-    const std::string page = ReadFileText(project / "docs/properties.md");
-    const std::string open = "```cpp\n";
-    int numBlocks = 0;
-    for (std::size_t at = page.find(open); at != std::string::npos; at = page.find(open, at + 1), ++numBlocks) {
-        const std::size_t begin = at + open.size();
-        const std::string block = page.substr(begin, page.find("```\n", begin) - begin);
-        EXPECT_NE(source.find(block), std::string::npos) << block;
-    }
-    EXPECT_GT(numBlocks, 3);
+    ExpectBlocksOf("docs/properties.md", "examples/instrument_settings.cpp");
+}
+
+TEST(MeasuredSurface, KeepsWhatBelongsTogether) {
+    const TemporaryDirectory directory;
+    const auto outcome = RunProgram(directory.GetPath(), "measured_surface");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, "Height, 12 points, 1 missing, from 0 to 23, mean 11.4545\n"
+                              "the highest one: 46 nm\n"
+                              "the last one: 23 at 1 um, 0.75 um\n"
+                              "row 1: xx-x\n"
+                              "7 at 0 mm\n9 at 0.1 mm\n8 at 0.4 mm\n");
+    ExpectBlocksOf("docs/measured-arrays.md", "examples/measured_surface.cpp");
 }
 
 } // namespace Qor::Tivor::Testing
