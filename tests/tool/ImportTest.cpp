@@ -56,7 +56,7 @@ TEST_F(ToolTest, KeepsThePositionsOfATextThatNoSpacingTells) {
         {"0 5\n1 5\n2 5\n3 5\n", 1},
         {"0 5\n1 5\n2 5\n4 5\n", 0}, // digits too coarse to call 1.2 their spacing
         {"0.00 5\n0.33 5\n0.68 5\n1.00 5\n", 0},
-        {"0.50 5\n1.00 5\n1.50 5\n", 0}, // begins elsewhere
+        {"0.02 5\n0.50 5\n1.00 5\n", 0}, // begins elsewhere
         {"0.00 5\n0.00 5\n0.00 5\n", 0},
         {"0.00 5\nnan 5\n0.50 5\n", 0},
         {"0.00 5\n", 0},
