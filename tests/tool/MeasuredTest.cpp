@@ -55,6 +55,16 @@ TEST_F(ToolTest, CarriesWhatWasMeasured) {
     EXPECT_EQ(directory.GetNames(), Words({"data.dataset", "data.qordml"}));
 }
 
+TEST_F(ToolTest, ReadsLargeFilesByTheirHeaders) {
+    {
+        BinaryDataFile made(file, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, nullptr);
+        made.Put("Surface", MakeData(Data2D(MakeData(RowMajorMatrix<float>(4096, 4096)))));
+        made.Flush();
+    }
+    EXPECT_EQ(Say("ls").find("4096"), std::string::npos) << Say("ls");
+    EXPECT_EQ(SayJson("info")["largest"]["path"], Json({"Surface"}));
+}
+
 TEST_F(ToolTest, ReachesIntoMeasuredArrays) {
     {
         BinaryDataFile made(file, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, nullptr);

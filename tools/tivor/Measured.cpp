@@ -121,8 +121,9 @@ std::vector<std::optional<MeasuredFacts>> ReadMeasuredFacts(const std::string& f
     std::vector<std::optional<MeasuredFacts>> all(paths.size());
     const bool hidWarnings = std::exchange(console.hidesWarnings, true);
     try {
-        const auto file = paths.empty() ? nullptr : OpenFile(fileName, DataFile::eREAD_ONLY);
-        for (std::size_t i = 0; i < paths.size(); ++i)
+        const bool isRead = !paths.empty() && GetFileSize(fileName) <= mostBytesForFacts;
+        const auto file = isRead ? OpenFile(fileName, DataFile::eREAD_ONLY) : nullptr;
+        for (std::size_t i = 0; file && i < paths.size(); ++i)
             all[i] = FindMeasuredFacts(*FindObject(*file, paths[i]));
     } catch (const Core::Error&) { // the headers tell what they can
     }

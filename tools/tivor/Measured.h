@@ -31,7 +31,10 @@ struct MeasuredFacts {
 std::optional<MeasuredFacts> FindMeasuredFacts(const DataObject& object);
 /// Whether an entry with this header is a measured array.
 bool IsMeasured(const DataObjectHeader& header);
-/// Of the measured arrays of a file where the paths lead, without a warning; of those that cannot be read nothing.
+/// Larger files are not read only to tell what measured arrays hold.
+inline constexpr std::uint64_t mostBytesForFacts = std::uint64_t{64} << 20;
+/// Of the measured arrays of a file where the paths lead, without a warning; of those that cannot be read, or stand in
+/// a larger file, nothing.
 std::vector<std::optional<MeasuredFacts>> ReadMeasuredFacts(const std::string& fileName, const std::vector<Path>& paths,
                                                             Console& console);
 

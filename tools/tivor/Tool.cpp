@@ -72,8 +72,9 @@ public:
         m_app.require_subcommand(1);
         m_app.footer("Keys are given one by one, from the outermost on. What follows \"--\" is taken as it is.\n"
                      "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.");
-        AddFile(
-            Add("info", "What a file is; of a binary one only the headers are read, and measured arrays", ShowInfo));
+        AddFile(Add("info",
+                    "What a file is; of a binary one only the headers are read, and, up to 64 MiB, measured arrays",
+                    ShowInfo));
         AddKeys(AddFile(Add("ls", "The entries of a file, or those below the keys, read in the same way", List)));
         AddKeys(AddFile(Add("get", "The value that the keys lead to, or all that is below them", Get)));
         AddSet();
