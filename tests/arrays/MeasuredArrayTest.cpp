@@ -384,7 +384,13 @@ TEST(MeasuredArraysStress, AreReadAndWrittenWhileTheyChange) {
             }
             EXPECT_EQ(surface->Clone()->GetNumDimension1Points(), 3u);
         },
-        [&](int) { EXPECT_FALSE(Stored(*container).empty()); }, [&](int) { surface->RemovePositionInfo(); }};
+        [&](int) {
+            Core::MemoryOutputStream written;
+            EXPECT_EQ(container->OutputData(written, true), written.GetSize());
+            Core::MemoryInputStream stream(written.GetBytes());
+            EXPECT_TRUE(DataContainer::Create(stream)->GetPtr<Data2D>("surface"));
+        },
+        [&](int) { surface->RemovePositionInfo(); }};
     std::vector<std::thread> threads;
     for (const auto& work : works)
         threads.emplace_back([&work] {
