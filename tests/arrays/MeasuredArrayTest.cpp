@@ -386,7 +386,8 @@ TEST(MeasuredArraysStress, AreReadAndWrittenWhileTheyChange) {
         },
         [&](int) {
             Core::MemoryOutputStream written;
-            EXPECT_EQ(container->OutputData(written, true), written.GetSize());
+            const std::uint64_t size = container->OutputData(written, true);
+            EXPECT_EQ(size, written.GetSize());
             Core::MemoryInputStream stream(written.GetBytes());
             EXPECT_TRUE(DataContainer::Create(stream)->GetPtr<Data2D>("surface"));
         },

@@ -218,9 +218,9 @@ TEST_P(DataFiles, AreSavedOnlyWhenTold) {
     OpenFile open(type, content, nullptr, DataFile::eREAD_WRITE,
                   std::string(225, 'f') + "H\xC3\xB6he \xE6\xB8\xAC \xF0\x9F\x98\x80");
     EXPECT_GT(open.path.ToString().size(), 260u);
-    EXPECT_TRUE(type.recognizes(open.path.ToString()));
     open.file.PutValue("n", 8);
     open.file.Close();
+    EXPECT_TRUE(type.recognizes(open.path.ToString()));
     EXPECT_EQ(open.Content(), content);
     const auto reopened = [&] {
         return type.open(open.path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, nullptr);
