@@ -6,7 +6,7 @@
 
 #include <complex>
 #include <cstring>
-#include <map>
+#include <functional>
 #include <random>
 
 namespace Qor::Tivor::Testing {
@@ -150,9 +150,6 @@ TEST(Data2DOperations, MoveEveryTypeByTheRule) {
 TEST(Data2DOperations, GiveNothingForOtherElements) {
     const auto surface = Data2D::Create(MakeData(RowMajorMatrix<std::complex<double>>(2, 3)));
     const Data2D empty;
-    DataContainer values(*surface->GetContent());
-    values.Put("Matrix", MakeData(RowMajorMatrix<float>(2, 3)));
-    values.PutValue("MatrixType", 89);
     for (const Rule& rule : rules)
         EXPECT_TRUE(!rule.execute(*surface) && !rule.execute(empty)) << rule.name;
     EXPECT_EQ(CreateSubregion(*surface, 5, 4, 0, 9), nullptr);
