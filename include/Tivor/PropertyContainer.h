@@ -6,6 +6,7 @@
 #include <Tivor/DataContainer.h>
 #include <Tivor/ScalarData.h>
 
+#include <array>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -276,6 +277,18 @@ protected:
         std::shared_ptr<Validator> validator{};
     };
 
+    /// What a browser shows beside a property.
+    struct Texts {
+        using Attributes = std::array<std::pair<const std::string*, const char*>, 3>;
+
+        /// By their keys.
+        Attributes GetAttributes() const;
+
+        const char* displayName = nullptr;
+        const char* category = "";
+        const char* description = "";
+    };
+
     /// `AddProperty` for each line, as one update.
     void AddProperties(std::span<const Description> descriptions);
     void AddProperty(const std::string& name, std::shared_ptr<DataObject> value, EPermissions permissions);
@@ -287,6 +300,8 @@ protected:
     void SetPermissions(const std::string& name, EPermissions permissions);
     void SetAttribute(const std::string& name, const std::string& attributeKey, std::shared_ptr<DataObject> value);
     void SetAttribute(const std::string& name, const std::string& attributeKey, const char* text);
+    /// Attributes that are made when somebody looks at them. The texts must stay where they are.
+    void SetTexts(const std::string& name, const Texts& texts);
     /// Adds the entries to the attributes.
     void SetAttributes(const std::string& name, const DataContainer& attributes);
     /// Adds the attributes to a container. Raises `NoSuchProperty`.
@@ -346,10 +361,12 @@ private:
     /// Whether the property may be read now.
     virtual bool VerifyPropertyRead(const std::string& name) const;
 
+    /// Null when there is no such property. One that nobody has described or changed yet has no record until this
+    /// makes it: it may be read and written, and its default is its value.
     PropertyAttributes* FindAttributes(const std::string& name) const;
-    std::shared_ptr<PropertyAttributes> ShareAttributes(const std::string& name) const;
+    /// The record if there is one.
+    std::shared_ptr<PropertyAttributes> FindSpecialAttributes(const std::string& name) const;
     PropertyAttributes& RequireAttributes(const std::string& name, const char* operation) const;
-    PropertyAttributes& MakeAttributes(const std::string& name);
     std::shared_ptr<DataObject> FindValue(const std::string& name) const { return m_propertyData->Get(name); }
     std::shared_ptr<DataContainer> SelectableValues(const std::string& name) const;
     std::shared_ptr<DataObject> NamedValue(const std::string& name, const std::shared_ptr<DataObject>& value) const;
@@ -363,7 +380,6 @@ private:
                       const std::shared_ptr<DataObject>& oldValue, const PropertyAttributes* attributes);
     EPropertyChangeResult AskForConsent(const PropertyChangeEvent& event, ChangeHandler* handler);
     void PutBack(const std::string& name, const std::shared_ptr<DataObject>& oldValue);
-    void KeepDefault(const std::string& name, const std::shared_ptr<DataObject>& value);
     std::uint64_t MultiplePropertySet(const DataContainer& values, bool applyPermissions);
     bool TakesPart(const std::string& name) const;
     std::uint64_t ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes,
@@ -392,7 +408,7 @@ private:
 
     mutable Core::ReadersWriterMutex m_mutex;
     const std::shared_ptr<DataContainer> m_propertyData;
-    AttributeTable m_attributes;
+    mutable AttributeTable m_attributes; // made when they are needed
     bool m_allowsSetOfNonExisting;
     std::uint32_t m_updateDepth = 0;
     std::shared_ptr<PropertyChangeEvent> m_pendingEvent; // the first one; mostly there are no others

@@ -35,7 +35,7 @@ void RequireMatrix(const DataObject& matrix, Core::CodeContext context) {
         Core::AssertFailed("IsMatrixData( *p_spMatrixData )", context);
 }
 
-std::shared_ptr<EnumValidator> Origins() {
+std::shared_ptr<EnumValidator> MakeOrigins() {
     ScalarData::RegisterType(typeid(Data2D::EOrigin), "Data2D::EOrigin");
     auto origins = std::make_shared<EnumValidator>(EnumValidator::For<Data2D::EOrigin>());
     for (const auto& [origin, text] :
@@ -86,13 +86,13 @@ const MeasuredArray::Layout& Data2D::GetLayout() const {
     };
     static constexpr Property properties[] = {
         {matrixKey, eNO_PERMISSIONS},
-        {dim1PointsKey, eREADABLE, "Dimension1Points", "Misc"},
-        {dim2PointsKey, eREADABLE, "Dimension2Points", "Misc"},
-        {matrixTypeKey, eREADABLE, "MatrixType", "Misc"},
-        {aspectKey, eREADABLE_WRITABLE, "Aspect", "Misc"},
-        {"Dimension1Extent", eREADABLE_WRITABLE, "Dimension1Extent", "Misc"},
-        {"Dimension2Extent", eREADABLE_WRITABLE, "Dimension2Extent", "Misc"},
-        {originKey, eREADABLE_WRITABLE, "Origin", "Misc"},
+        {dim1PointsKey, eREADABLE, {"Dimension1Points", "Misc"}},
+        {dim2PointsKey, eREADABLE, {"Dimension2Points", "Misc"}},
+        {matrixTypeKey, eREADABLE, {"MatrixType", "Misc"}},
+        {aspectKey, eREADABLE_WRITABLE, {"Aspect", "Misc"}},
+        {"Dimension1Extent", eREADABLE_WRITABLE, {"Dimension1Extent", "Misc"}},
+        {"Dimension2Extent", eREADABLE_WRITABLE, {"Dimension2Extent", "Misc"}},
+        {originKey, eREADABLE_WRITABLE, {"Origin", "Misc"}},
         Layout::dataKind,
         Layout::dataScale,
         Layout::version,
@@ -121,7 +121,7 @@ void Data2D::InitProperties(std::shared_ptr<DataObject> matrixData) {
     Store(Layout::dataScale.key, MakeData(UnitizedDouble(1.0)));
     Store(Layout::dataKind.key, MakePropertyValue("Unknown"));
     StoreVersion();
-    const auto origins = Origins();
+    static const auto& origins = *new auto(MakeOrigins());
     Store(originKey, MakeStoredEnum(eUPPER_LEFT));
     AddValidator(originKey, origins);
 }

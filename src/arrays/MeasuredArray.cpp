@@ -122,11 +122,8 @@ void MeasuredArray::Adopt(const std::string& key) {
     if (property == nullptr)
         return;
     SetPermissions(key, property->permissions);
-    if (property->displayName != nullptr) {
-        SetAttribute(key, sPROPERTY_DISPLAY_NAME, property->displayName);
-        SetAttribute(key, sPROPERTY_CATEGORY, property->category);
-        SetAttribute(key, sPROPERTY_DESCRIPTION, property->description);
-    }
+    if (property->texts.displayName != nullptr)
+        SetTexts(key, property->texts);
     if (key == GetLayout().samples)
         SetChangeHandler(key, Core::MakeCallback(*this, &MeasuredArray::OnSamplesSet));
     else if (FindExtent(key) != nullptr)

@@ -9,9 +9,7 @@ namespace Qor::Tivor {
 struct MeasuredArray::Property {
     const char* key;
     EPermissions permissions;
-    const char* displayName = nullptr; ///< null: no texts
-    const char* category = "";
-    const char* description = "";
+    Texts texts{}; ///< without a display name: none
 };
 
 struct MeasuredArray::Axis {
@@ -24,13 +22,17 @@ struct MeasuredArray::Axis {
 struct MeasuredArray::Layout {
     static constexpr const char* positionFunction = "PositionFunction";
     static constexpr Property dataKind{
-        "DataKind", eREADABLE_WRITABLE, "Kind Of Data", "Data",
-        "Describes the kind of data which can be applied to various scopes of data such as an array, a matrix or even "
-        "an entire dataset"};
+        "DataKind",
+        eREADABLE_WRITABLE,
+        {"Kind Of Data", "Data",
+         "Describes the kind of data which can be applied to various scopes of data such as an array, a matrix or even "
+         "an entire dataset"}};
     static constexpr Property dataScale{
-        "DataScale", eREADABLE_WRITABLE, "Scale", "Data",
-        "Scaling to apply to data values which may be unitized (e.g. height scaling with linear units)"};
-    static constexpr Property version{"Version", eREADABLE, "Version", "Misc"};
+        "DataScale",
+        eREADABLE_WRITABLE,
+        {"Scale", "Data",
+         "Scaling to apply to data values which may be unitized (e.g. height scaling with linear units)"}};
+    static constexpr Property version{"Version", eREADABLE, {"Version", "Misc"}};
     static constexpr Property positions{positionFunction, eNO_PERMISSIONS};
 
     const char* samples;

@@ -86,7 +86,7 @@ void ContainerState::RequireNestable(const ContainerState& parent, const Contain
 void ContainerState::Nest(std::uint64_t number, ContainerState& child) {
     if (!m_nesting)
         m_nesting = std::make_unique<Nesting>();
-    m_nesting->children[number] = child.m_self;
+    m_nesting->children[number] = child.Share();
     child.m_links.Add(m_parentOfEntries, number);
     std::vector<std::pair<ContainerState*, std::uint32_t>> growing{{this, child.m_height + 1}};
     std::vector<std::shared_ptr<ContainerState>> alive;

@@ -20,7 +20,7 @@ void ContainerState::Note(const std::string& key, const std::shared_ptr<DataObje
     if (m_isHeard)
         change.m_changed.emplace_back(key, object);
     if (!change.m_state)
-        change.m_state = m_self.lock();
+        change.m_state = Share();
 }
 
 void ContainerState::Change::Report() {
@@ -132,7 +132,7 @@ std::uint64_t ContainerState::MeasureSize_bytes() const {
                 Core::Error::RaiseError(
                     Core::OutOfRangeError("The stored form of a container would have more than 2^64 bytes"),
                     QOR_CODE_CONTEXT("DataContainer"), "Qor.Tivor.DataContainer");
-    frame->KeepSize(m_self.lock(), size);
+    frame->KeepSize(Share(), size);
     return size;
 }
 

@@ -32,7 +32,6 @@ MutexLockableDataObject* AsReporting(DataObject& object) {
 
 std::shared_ptr<ContainerState> ContainerState::Create(bool lockableByDefault, bool standsAlone) {
     auto state = std::make_shared<ContainerState>(lockableByDefault, standsAlone);
-    state->m_self = state;
     state->m_parentOfEntries = state;
     return state;
 }

@@ -76,7 +76,7 @@ public:
     void NoteChildChange(std::uint64_t entry) override;
     void OnChildChanged(std::uint64_t entry, EDataChange change) override;
 
-    std::shared_ptr<Core::Mutex> GetSharedMutex() { return {m_self.lock(), &mutex}; }
+    std::shared_ptr<Core::Mutex> GetSharedMutex() { return {Share(), &mutex}; }
 
     static bool HoldsContainer(const MutexLockableDataObject* object) {
         return object != nullptr && object->m_holdsContainer;
@@ -96,6 +96,10 @@ public:
     std::shared_ptr<ContainerState> delegate;
 
 private:
+    std::shared_ptr<ContainerState> Share() const {
+        return std::static_pointer_cast<ContainerState>(m_parentOfEntries.lock());
+    }
+
     struct Nesting;
     struct Hearing;
     struct SizeTracking;
@@ -129,8 +133,7 @@ private:
                                    std::unordered_map<const ContainerState*, std::uint32_t>& known) const;
     std::uint32_t MeasureHeight(std::unordered_map<const ContainerState*, std::uint32_t>& known);
 
-    std::weak_ptr<ChangeParent> m_parentOfEntries; // this state, as its entries' links want it
-    std::weak_ptr<ContainerState> m_self;
+    std::weak_ptr<ChangeParent> m_parentOfEntries; // this state
     EntryTable m_table;
     ChangeLinks m_links; // the entries of other containers in which this one stands
     // What few containers have, made when it is needed.

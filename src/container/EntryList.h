@@ -72,7 +72,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t firstSize = 4;
+    static constexpr std::size_t firstSize = 2;
 
     static std::size_t PieceOf(std::size_t position) {
         return static_cast<std::size_t>(std::bit_width(position / firstSize));

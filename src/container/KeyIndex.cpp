@@ -17,7 +17,7 @@ std::uint64_t MakeSeed() {
     return std::uint64_t{device()} << 32 | device();
 }
 
-constexpr std::size_t leastSlots = 8;
+constexpr std::size_t leastSlots = 4;
 
 } // namespace
 

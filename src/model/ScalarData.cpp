@@ -1,3 +1,4 @@
+#include "LeafMutex.h"
 #include "XMLText.h"
 
 #include <QorCore/MemoryStreams.h>
@@ -80,8 +81,7 @@ To Convert(From value, const std::string& typeName) {
 
 } // namespace
 
-ScalarData::ScalarData(const std::string& typeName, ETypeID typeID)
-    : m_eTypeID(typeID), m_typeName(typeName), m_serializer(std::make_shared<ScalarSerializer>(*this)) {
+ScalarData::ScalarData(const std::string& typeName, ETypeID typeID) : m_eTypeID(typeID), m_typeName(typeName) {
     if (typeID != eSIGNED_INTEGRAL_TYPE && typeID != eUNSIGNED_INTEGRAL_TYPE && typeID != eFLOATING_POINT_TYPE)
         Core::Error::RaiseError(InvalidScalarTypeID(Core::FormatText("Invalid scalar type ID of %1%",
                                                                      {static_cast<std::uint32_t>(typeID)})),
@@ -89,13 +89,10 @@ ScalarData::ScalarData(const std::string& typeName, ETypeID typeID)
 }
 
 ScalarData::ScalarData(const ScalarData& other)
-    : MutexLockableDataObject(other), m_eTypeID(other.m_eTypeID), m_typeName(other.m_typeName),
-      m_serializer(std::make_shared<ScalarSerializer>(*this)) {
+    : MutexLockableDataObject(other), m_eTypeID(other.m_eTypeID), m_typeName(other.m_typeName) {
     const auto lock = const_cast<ScalarData&>(other).GetDataLock();
-    if (other.m_data) {
-        AllocateData(other.m_size);
-        std::memcpy(m_data.get(), other.m_data.get(), static_cast<std::size_t>(m_size));
-    }
+    m_bytes = other.m_bytes;
+    m_size = other.m_size;
 }
 
 ScalarData::~ScalarData() = default;
@@ -109,7 +106,7 @@ template <class Visitor>
 decltype(auto) ScalarData::VisitNumber(Visitor&& visitor) const {
     return VisitType(m_size, [&]<class T>(std::type_identity<T>) {
         T number;
-        std::memcpy(&number, m_data.get(), sizeof number);
+        std::memcpy(&number, m_bytes.data(), sizeof number);
         return visitor(number);
     });
 }
@@ -167,8 +164,8 @@ boost::logic::tribool ScalarData::HoldsSameValueAs(const DataObject& other) {
         return false;
     const auto& scalar = static_cast<const ScalarData&>(other);
     const auto locks = Details::LockBoth(*this, scalar);
-    if (!m_data || !scalar.m_data)
-        return !m_data && !scalar.m_data;
+    if (m_size == 0 || scalar.m_size == 0)
+        return m_size == scalar.m_size;
     return VisitNumber([&](auto left) {
         return scalar.VisitNumber([&](auto right) {
             if constexpr (std::is_integral_v<decltype(left)> && std::is_integral_v<decltype(right)>)
@@ -186,13 +183,20 @@ bool ScalarData::EnableSerialization(bool enable) {
     return true;
 }
 
-std::shared_ptr<Serializer> ScalarData::GetSerializer() { return m_serializationEnabled ? m_serializer : nullptr; }
+std::shared_ptr<Serializer> ScalarData::GetSerializer() {
+    if (!m_serializationEnabled)
+        return nullptr;
+    const std::lock_guard leaf(LeafMutexOf(this));
+    if (!m_serializer)
+        m_serializer = std::make_shared<ScalarSerializer>(*this);
+    return m_serializer;
+}
 
 std::shared_ptr<DataObject> ScalarData::Clone() { return std::make_shared<ScalarData>(*this); }
 
 std::string ScalarData::ToString() {
     const auto lock = GetDataLock();
-    if (!m_data)
+    if (m_size == 0)
         return {};
     std::ostringstream text;
     text.imbue(std::locale::classic());
@@ -216,19 +220,17 @@ template <class T>
 void ScalarData::SetValue(T value) {
     {
         const auto lock = GetDataLock();
-        const bool isNew = !m_data;
+        const bool isNew = m_size == 0;
         if (isNew)
-            AllocateData(m_eTypeID == eFLOATING_POINT_TYPE && std::is_integral_v<T> ? 8 : sizeof(T));
+            m_size = m_eTypeID == eFLOATING_POINT_TYPE && std::is_integral_v<T> ? 8 : sizeof(T);
         try {
             VisitNumber([&](auto former) {
                 former = Convert<decltype(former)>(value, m_typeName);
-                std::memcpy(m_data.get(), &former, sizeof former);
+                std::memcpy(m_bytes.data(), &former, sizeof former);
             });
         } catch (...) {
-            if (isNew) {
-                m_data.reset();
+            if (isNew)
                 m_size = 0;
-            }
             throw;
         }
         NoteChange();
@@ -246,13 +248,6 @@ TIVOR_ROW(std::uint64_t)
 TIVOR_ROW(float)
 TIVOR_ROW(double)
 #undef TIVOR_ROW
-
-void ScalarData::AllocateData(std::uint64_t size) {
-    if (!IsAllowedWidth(m_eTypeID, size))
-        RaiseInvalidSize(size, m_typeName);
-    m_data = std::make_shared<std::byte[]>(static_cast<std::size_t>(size));
-    m_size = size;
-}
 
 ScalarData::ScalarSerializer::ScalarSerializer(ScalarData& object) : m_object(object) {}
 
@@ -278,15 +273,14 @@ std::uint64_t ScalarData::ScalarSerializer::DataFromBinary(std::uint64_t size, C
         const auto lock = m_object.GetDataLock();
         if (!IsAllowedWidth(m_object.m_eTypeID, size))
             RaiseInvalidSize(size, m_object.m_typeName);
-        std::byte bytes[8];
-        if (const std::uint64_t got = stream.Read(bytes, size); got < size)
+        decltype(m_object.m_bytes) bytes{};
+        if (const std::uint64_t got = stream.Read(bytes.data(), size); got < size)
             Core::Error::RaiseError(EndOfStreamOnInput(Core::FormatText(
                                         "The stream ended after %1% of the %2% bytes of a scalar of type %3%",
                                         {got, size, m_object.m_typeName})),
                                     QOR_CODE_CONTEXT(source), category);
-        if (!m_object.m_data || m_object.m_size != size)
-            m_object.AllocateData(size);
-        std::memcpy(m_object.m_data.get(), bytes, static_cast<std::size_t>(size));
+        m_object.m_bytes = bytes;
+        m_object.m_size = size;
         m_object.NoteChange();
     }
     m_object.ReportChange(EDataChange::value);
@@ -295,9 +289,9 @@ std::uint64_t ScalarData::ScalarSerializer::DataFromBinary(std::uint64_t size, C
 
 std::uint64_t ScalarData::ScalarSerializer::DataToBinary(Core::BinaryOutputStream& stream) {
     const auto lock = m_object.GetDataLock();
-    if (!m_object.m_data)
+    if (m_object.m_size == 0)
         RaiseInvalidSize(m_object.m_size, m_object.m_typeName);
-    stream.Write(m_object.m_data.get(), m_object.m_size);
+    stream.Write(m_object.m_bytes.data(), m_object.m_size);
     return m_object.m_size;
 }
 

@@ -47,26 +47,20 @@ bool PropertyValuesDiffer(const Core::QorConstPtr<DataObject>& one, const Core::
     return !one || !other || !one->HoldsSameTypeAs(*other) || !bool(one->HoldsSameValueAs(*other));
 }
 
+PropertyContainer::Texts::Attributes PropertyContainer::Texts::GetAttributes() const {
+    return {{{&sPROPERTY_DISPLAY_NAME, displayName},
+             {&sPROPERTY_CATEGORY, category},
+             {&sPROPERTY_DESCRIPTION, description}}};
+}
+
 std::size_t PropertyContainer::NameHash::operator()(const std::string& name) const { return HashOfKey(name); }
 
-PropertyContainer::PropertyAttributes::PropertyAttributes() { ReceiveChanges(); }
-PropertyContainer::PropertyAttributes::~PropertyAttributes() { StopChanges(); }
+PropertyContainer::PropertyAttributes::PropertyAttributes() = default;
+PropertyContainer::PropertyAttributes::~PropertyAttributes() = default;
 
-void PropertyContainer::PropertyAttributes::OnDataObjectChanged(const std::string& key,
-                                                                std::shared_ptr<DataObject> object) {
-    if (key == sPROPERTY_PERMISSIONS)
-        m_permissions =
-            object ? static_cast<EPermissions>(GetScalarNumber(object.get()) & eREADABLE_WRITABLE) : eREADABLE_WRITABLE;
-}
-
-void PropertyContainer::PropertyAttributes::OnDataReferenceChanged(const std::string& key,
-                                                                   std::shared_ptr<DataObject> object) {
-    OnDataObjectChanged(key, std::move(object));
-}
-
-void PropertyContainer::PropertyAttributes::OnDataValueChanged(const std::string& key,
-                                                               std::shared_ptr<DataObject> object) {
-    OnDataObjectChanged(key, std::move(object));
+PropertyContainer::EPermissions PropertyContainer::PropertyAttributes::GetPermissions() const {
+    return m_permissions ? static_cast<EPermissions>(GetScalarNumber(m_permissions.get()) & eREADABLE_WRITABLE)
+                         : eREADABLE_WRITABLE;
 }
 
 void PropertyContainer::PropertyAttributes::SetPermissions(EPermissions permissions) {
@@ -75,9 +69,49 @@ void PropertyContainer::PropertyAttributes::SetPermissions(EPermissions permissi
         Details::MakeEnumScalar(typeid(EPermissions), true, width, static_cast<std::int64_t>(permissions)));
 }
 
+void PropertyContainer::PropertyAttributes::PutDataObject(const std::string& key, std::shared_ptr<DataObject> object) {
+    DataContainer::PutDataObject(key, object);
+    if (object && key == sPROPERTY_PERMISSIONS)
+        m_permissions = std::move(object);
+}
+
+std::shared_ptr<DataObject> PropertyContainer::PropertyAttributes::Remove(const std::string& key) {
+    if (key == sPROPERTY_PERMISSIONS)
+        m_permissions.reset();
+    return DataContainer::Remove(key);
+}
+
+void PropertyContainer::PropertyAttributes::Clear() {
+    m_permissions.reset();
+    DataContainer::Clear();
+}
+
+void PropertyContainer::PropertyAttributes::SetTexts(const Texts& texts) {
+    for (const auto& [key, text] : texts.GetAttributes())
+        Remove(*key);
+    m_texts = &texts;
+}
+
+std::shared_ptr<DataObject> PropertyContainer::PropertyAttributes::Find(const std::string& key) {
+    if (m_texts != nullptr &&
+        (key == sPROPERTY_DISPLAY_NAME || key == sPROPERTY_CATEGORY || key == sPROPERTY_DESCRIPTION))
+        Complete();
+    return Get(key);
+}
+
+PropertyContainer::PropertyAttributes& PropertyContainer::PropertyAttributes::Complete() {
+    if (m_texts != nullptr)
+        for (const auto& [key, text] : m_texts->GetAttributes())
+            if (!Exists(*key))
+                PutValue(*key, text);
+    m_texts = nullptr;
+    return *this;
+}
+
 std::shared_ptr<PropertyContainer::PropertyAttributes> PropertyContainer::PropertyAttributes::CloneRecord() const {
     auto clone = std::make_shared<PropertyAttributes>();
     clone->CloneContents(*this);
+    clone->m_texts = m_texts;
     clone->validators = validators;
     return clone;
 }

@@ -13,8 +13,14 @@ public:
     ~PropertyAttributes() override;
 
     /// As the attribute says, or both without it.
-    EPermissions GetPermissions() const { return m_permissions.load(std::memory_order_relaxed); }
+    EPermissions GetPermissions() const;
     void SetPermissions(EPermissions permissions);
+    /// From now on these stand for the texts, which become attributes when somebody looks at them.
+    void SetTexts(const Texts& texts);
+    /// The attribute, that of a text too.
+    std::shared_ptr<DataObject> Find(const std::string& key);
+    /// Itself, with all texts among the attributes.
+    PropertyAttributes& Complete();
     /// Attributes cloned, validators shared, no handlers.
     std::shared_ptr<PropertyAttributes> CloneRecord() const;
     /// Validators and handlers of another record.
@@ -30,13 +36,15 @@ public:
     /// The read handler is at work, and may read the property itself.
     bool isBeingRead = false;
 
+    std::shared_ptr<DataObject> Remove(const std::string& key) override;
+    void Clear() override;
+
 protected:
-    void OnDataObjectChanged(const std::string& key, std::shared_ptr<DataObject> object) override;
-    void OnDataReferenceChanged(const std::string& key, std::shared_ptr<DataObject> object) override;
-    void OnDataValueChanged(const std::string& key, std::shared_ptr<DataObject> object) override;
+    void PutDataObject(const std::string& key, std::shared_ptr<DataObject> object) override;
 
 private:
-    std::atomic<EPermissions> m_permissions{eREADABLE_WRITABLE};
+    std::shared_ptr<const DataObject> m_permissions; // the attribute, which every change asks for
+    const Texts* m_texts = nullptr;                  // those that are no attributes yet
 };
 
 /// The number of a scalar, whatever its kind of integer; 0 of anything else.

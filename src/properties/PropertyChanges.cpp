@@ -35,14 +35,14 @@ void PropertyContainer::AddProperty(const std::string& name, std::shared_ptr<Dat
     const Update update(*this);
     RequireValue(value, "p_spValue", "Qor.Tivor.PropertyContainer.AddProperty");
     const auto attributes = std::make_shared<PropertyAttributes>();
-    if (const PropertyAttributes* const former = FindAttributes(name))
-        attributes->Append(*former);
+    if (PropertyAttributes* const former = FindAttributes(name))
+        attributes->Append(former->Complete());
     attributes->SetPermissions(permissions);
     attributes->readHandler = std::move(readHandler);
     attributes->changeHandler = std::move(changeHandler);
     attributes->Put(sPROPERTY_DEFAULT, value);
     if (auto* const attributed = dynamic_cast<AttributedValidator*>(validator.get()))
-        attributed->StorePropertyAttributes(*attributes);
+        attributed->StorePropertyAttributes(attributes->Complete());
     if (validator)
         attributes->validators.push_back(std::move(validator));
     m_propertyData->Put(name, value);
@@ -60,7 +60,7 @@ void PropertyContainer::AddProperties(std::span<const Description> descriptions)
     const Update update(*this);
     for (const Description& line : descriptions) {
         AddProperty(line.name, line.value, line.permissions, nullptr, line.validator, nullptr);
-        PropertyAttributes& attributes = MakeAttributes(line.name);
+        PropertyAttributes& attributes = *FindAttributes(line.name);
         for (const auto& [key, text] :
              {std::pair(&sPROPERTY_DISPLAY_NAME, &line.displayName), std::pair(&sPROPERTY_CATEGORY, &line.category),
               std::pair(&sPROPERTY_DESCRIPTION, &line.description)})
@@ -83,14 +83,15 @@ void PropertyContainer::SetPropertyValue(const std::string& name, std::shared_pt
     const Update update(*this);
     RequireValue(value, "p_spValue", "Qor.Tivor.PropertyContainer.SetPropertyValue");
     const std::shared_ptr<DataObject> former = FindValue(name);
+    FindAttributes(name); // with the former value as default
     m_propertyData->Put(name, value);
     if (HasPropertyChangeListeners())
         Queue(CreateChangeEvent(name, std::move(value), former));
 }
 
 std::shared_ptr<DataContainer> PropertyContainer::SelectableValues(const std::string& name) const {
-    PropertyAttributes* const attributes = FindAttributes(name);
-    return attributes != nullptr ? attributes->GetPtr<DataContainer>(sSELECTABLE_PROPERTY_VALUES) : nullptr;
+    const auto attributes = FindSpecialAttributes(name);
+    return attributes ? attributes->GetPtr<DataContainer>(sSELECTABLE_PROPERTY_VALUES) : nullptr;
 }
 
 // What stands for the offered text among the values to select from, or else the offered value.
@@ -202,7 +203,8 @@ EPropertyChangeResult PropertyContainer::AskForConsent(const PropertyChangeEvent
         return handler->Execute(event);
     if (!event.IsNewProperty())
         return eACCEPT_CHANGE;
-    KeepDefault(event.GetPropertyName(), FindValue(event.GetPropertyName()));
+    if (const auto attributes = FindSpecialAttributes(event.GetPropertyName()))
+        attributes->Put(sPROPERTY_DEFAULT, FindValue(event.GetPropertyName()));
     return OnExternalPropertyAdded(event);
 }
 
@@ -211,14 +213,6 @@ void PropertyContainer::PutBack(const std::string& name, const std::shared_ptr<D
         m_propertyData->Put(name, oldValue);
     else
         RemoveProperty(name);
-}
-
-void PropertyContainer::KeepDefault(const std::string& name, const std::shared_ptr<DataObject>& value) {
-    const bool isNew = FindAttributes(name) == nullptr;
-    PropertyAttributes& attributes = MakeAttributes(name);
-    if (isNew)
-        attributes.SetPermissions(eREADABLE_WRITABLE);
-    attributes.Put(sPROPERTY_DEFAULT, value);
 }
 
 EPropertyChangeResult PropertyContainer::OnExternalPropertyAdded(const PropertyChangeEvent&) { return eACCEPT_CHANGE; }

@@ -37,12 +37,19 @@ PropertyContainer::PropertyContainer(bool allowSetOfNonExistingProperties)
 PropertyContainer::~PropertyContainer() { m_life.reset(); }
 
 PropertyContainer::PropertyAttributes* PropertyContainer::FindAttributes(const std::string& name) const {
-    const auto found = m_attributes.find(name);
-    return found != m_attributes.end() ? found->second.get() : nullptr;
+    if (const auto found = m_attributes.find(name); found != m_attributes.end())
+        return found->second.get();
+    const std::shared_ptr<DataObject> value = FindValue(name);
+    if (!value)
+        return nullptr;
+    const auto attributes = std::make_shared<PropertyAttributes>();
+    attributes->SetPermissions(eREADABLE_WRITABLE);
+    attributes->Put(sPROPERTY_DEFAULT, value);
+    return m_attributes.emplace(name, attributes).first->second.get();
 }
 
 std::shared_ptr<PropertyContainer::PropertyAttributes>
-PropertyContainer::ShareAttributes(const std::string& name) const {
+PropertyContainer::FindSpecialAttributes(const std::string& name) const {
     const auto found = m_attributes.find(name);
     return found != m_attributes.end() ? found->second : nullptr;
 }
@@ -54,13 +61,6 @@ PropertyContainer::PropertyAttributes& PropertyContainer::RequireAttributes(cons
     Core::Error::RaiseError(
         NoSuchProperty(Core::FormatText("Attempted %1% on non-existant property <%2%>", {operation, name})),
         QOR_CODE_CONTEXT("PropertyContainer"), "Qor.Tivor.PropertyContainer");
-}
-
-PropertyContainer::PropertyAttributes& PropertyContainer::MakeAttributes(const std::string& name) {
-    std::shared_ptr<PropertyAttributes>& attributes = m_attributes[name];
-    if (!attributes)
-        attributes = std::make_shared<PropertyAttributes>();
-    return *attributes;
 }
 
 std::uint64_t PropertyContainer::NumProperties() const {
@@ -101,7 +101,7 @@ bool PropertyContainer::PropertyExists(const std::string& name) const {
 
 PropertyContainer::EPermissions PropertyContainer::GetPermissions(const std::string& name) const {
     const Lock lock(m_mutex);
-    if (const PropertyAttributes* const attributes = FindAttributes(name))
+    if (const auto attributes = FindSpecialAttributes(name))
         return attributes->GetPermissions();
     return m_propertyData->Exists(name) ? eREADABLE_WRITABLE : eNO_PERMISSIONS;
 }
@@ -130,7 +130,7 @@ std::shared_ptr<DataObject> PropertyContainer::GetAttributeByPropertyName(const 
                                                                           const std::string& attributeKey) const {
     const Lock lock(m_mutex);
     PropertyAttributes* const attributes = FindAttributes(name);
-    return attributes != nullptr ? attributes->Get(attributeKey) : nullptr;
+    return attributes != nullptr ? attributes->Find(attributeKey) : nullptr;
 }
 
 bool PropertyContainer::HasCustomPropertyEditor(const std::string& name) const {
@@ -183,6 +183,12 @@ void PropertyContainer::SetAttribute(const std::string& name, const std::string&
     SetAttribute(name, attributeKey, text != nullptr ? MakePropertyValue(text) : nullptr);
 }
 
+void PropertyContainer::SetTexts(const std::string& name, const Texts& texts) {
+    const Lock lock(m_mutex);
+    if (PropertyAttributes* const attributes = FindAttributes(name))
+        attributes->SetTexts(texts);
+}
+
 void PropertyContainer::SetAttributes(const std::string& name, const DataContainer& added) {
     const Lock lock(m_mutex);
     if (PropertyAttributes* const attributes = FindAttributes(name))
@@ -191,7 +197,7 @@ void PropertyContainer::SetAttributes(const std::string& name, const DataContain
 
 void PropertyContainer::GetAttributes(const std::string& name, DataContainer& target) const {
     const Lock lock(m_mutex);
-    target.Append(RequireAttributes(name, "to call GetAttributes()"));
+    target.Append(RequireAttributes(name, "to call GetAttributes()").Complete());
 }
 
 bool PropertyContainer::RemoveProperty(const std::string& name) {

@@ -8,19 +8,18 @@ namespace Qor::Tivor {
 
 bool PropertyContainer::AddValidator(const std::string& name, std::shared_ptr<Validator> validator) {
     const Update update(*this);
-    const std::shared_ptr<PropertyAttributes> attributes =
-        ShareAttributes(name); // the validator may remove the property
-    if (!attributes || !validator)
+    if (FindAttributes(name) == nullptr || !validator)
         return false;
+    const auto attributes = FindSpecialAttributes(name); // the validator may remove the property
     if (auto* const attributed = dynamic_cast<AttributedValidator*>(validator.get()))
-        attributed->StorePropertyAttributes(*attributes);
+        attributed->StorePropertyAttributes(attributes->Complete());
     attributes->validators.push_back(std::move(validator));
     return true;
 }
 
 void PropertyContainer::RemoveValidator(const std::string& name, std::shared_ptr<Validator> validator) {
     const Update update(*this);
-    const std::shared_ptr<PropertyAttributes> attributes = ShareAttributes(name);
+    const auto attributes = FindSpecialAttributes(name);
     if (!attributes || !validator)
         return;
     PropertyAttributes::Validators kept = attributes->validators;
@@ -41,8 +40,8 @@ void PropertyContainer::SetReadHandler(const std::string& name, std::shared_ptr<
 
 std::shared_ptr<PropertyContainer::ReadHandler> PropertyContainer::GetReadHandler(const std::string& name) const {
     const Lock lock(m_mutex);
-    const PropertyAttributes* const attributes = FindAttributes(name);
-    return attributes != nullptr ? attributes->readHandler : nullptr;
+    const auto attributes = FindSpecialAttributes(name);
+    return attributes ? attributes->readHandler : nullptr;
 }
 
 void PropertyContainer::SetChangeHandler(const std::string& name, std::shared_ptr<ChangeHandler> handler) {
@@ -52,13 +51,13 @@ void PropertyContainer::SetChangeHandler(const std::string& name, std::shared_pt
 
 std::shared_ptr<PropertyContainer::ChangeHandler> PropertyContainer::GetChangeHandler(const std::string& name) const {
     const Lock lock(m_mutex);
-    const PropertyAttributes* const attributes = FindAttributes(name);
-    return attributes != nullptr ? attributes->changeHandler : nullptr;
+    const auto attributes = FindSpecialAttributes(name);
+    return attributes ? attributes->changeHandler : nullptr;
 }
 
 bool PropertyContainer::VerifyPropertyRead(const std::string& name) const {
     const Lock lock(m_mutex);
-    const std::shared_ptr<PropertyAttributes> attributes = ShareAttributes(name); // the handler may remove the property
+    const auto attributes = FindSpecialAttributes(name); // the handler may remove the property
     if (!attributes)
         return true;
     if ((attributes->GetPermissions() & eREADABLE) == 0)

@@ -125,7 +125,7 @@ void PropertyContainer::Aggregate(std::shared_ptr<PropertyContainer> subContaine
     const Update update(*this);
     RequireDistinct(subContainer.get(), name);
     AddProperty(name, GenericWrapper<PropertyContainer>::Create(std::move(subContainer)), eREADABLE);
-    PropertyAttributes& attributes = MakeAttributes(name);
+    PropertyAttributes& attributes = *FindAttributes(name);
     attributes.PutValue(sPROPERTY_DISPLAY_NAME, displayName);
     attributes.PutValue(sPROPERTY_CATEGORY, category.empty() ? std::string("External") : category);
     attributes.PutValue(sPROPERTY_DESCRIPTION,

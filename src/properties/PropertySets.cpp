@@ -26,12 +26,13 @@ std::uint64_t PropertyContainer::MultiplePropertySet(const DataContainer& values
             if (applyPermissions && !TakesPart(name))
                 continue;
             const std::shared_ptr<DataObject> value = applyPermissions ? NamedValue(name, offered) : offered;
+            FindAttributes(name); // with the former value as default
             m_propertyData->Put(name, value);
             changes.Put(name, value);
         }
         for (const auto& [name, value] : changes) {
             OfferedValue offered(name, value);
-            Validate(offered, FindAttributes(name));
+            Validate(offered, FindSpecialAttributes(name).get());
             if (offered.second == value)
                 continue;
             m_propertyData->Put(name, offered.second);
@@ -62,7 +63,7 @@ std::uint64_t PropertyContainer::ApplyPropertyChanges(const DataContainer& curre
         if (othersMadeEvents)
             DropPendingEvents(name, position);
         const std::size_t before = NumPendingEvents();
-        if (SettleChange(name, value, former, FindAttributes(name)))
+        if (SettleChange(name, value, former, FindSpecialAttributes(name).get()))
             ++count;
         othersMadeEvents = othersMadeEvents || NumPendingEvents() > before + 1;
     }
@@ -98,10 +99,7 @@ bool PropertyContainer::CloneProperty(const std::string& sourceName, const std::
     if (!source)
         return false;
     m_propertyData->Put(targetName, source->Clone());
-    if (const PropertyAttributes* const attributes = FindAttributes(sourceName))
-        m_attributes[targetName] = attributes->CloneRecord();
-    else
-        m_attributes.erase(targetName);
+    m_attributes[targetName] = FindAttributes(sourceName)->CloneRecord();
     return true;
 }
 

@@ -26,8 +26,8 @@ PropertyContainer::RestorePoint::RestorePoint(PropertyContainer& container, std:
     const auto kept = DataContainer::Create();
     kept->Put(propertiesKey, std::make_shared<DataContainer>(*container.m_propertyData));
     const auto attributes = DataContainer::Create();
-    for (const auto& [name, record] : container.m_attributes)
-        attributes->Put(name, std::make_shared<DataContainer>(*record));
+    for (const auto& entry : *container.m_propertyData)
+        attributes->Put(entry.key, std::make_shared<DataContainer>(container.FindAttributes(entry.key)->Complete()));
     kept->Put(attributesKey, attributes);
     m_kept = kept;
 }
