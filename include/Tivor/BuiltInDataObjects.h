@@ -78,7 +78,12 @@ struct BuiltInTraits {
         else
             target = value;
     }
-    static std::shared_ptr<T> CreateDefault() { return MakeValue(T{}); }
+    static std::shared_ptr<T> CreateDefault() { return MakeValue(); }
+    /// Of the values that have their parts in a container.
+    template <class Value = T>
+    static auto GetContent(const Value& value) -> decltype(value.GetContent()) {
+        return value.GetContent();
+    }
     template <class... Arguments>
     static std::shared_ptr<T> MakeValue(Arguments&&... arguments) {
         return Details::MakePooled<facts.id, EPooled::value, T>(std::forward<Arguments>(arguments)...);

@@ -84,15 +84,6 @@ private:
     std::shared_ptr<Position1D> FindPositionFunction() const;
 };
 
-template <>
-inline constexpr std::size_t rowOf<Data1D> = FindTypeRow(eNAMED_CLASS, "Data1D");
-extern template struct TIVOR_API BuiltInTraits<Data1D>;
-template <>
-struct ValueTraits<Data1D> : BuiltInTraits<Data1D> {
-    static std::shared_ptr<Data1D> CreateDefault() { return Data1D::Create(); }
-    static std::shared_ptr<DataContainer> GetContent(const Data1D& value) { return value.GetContent(); }
-};
-extern template class TIVOR_API GenericWrapper<Data1D>;
-extern template class TIVOR_API Data<Data1D>;
+TIVOR_DECLARE_VALUE(Data1D, eNAMED_CLASS, "Data1D")
 
 } // namespace Qor::Tivor

@@ -112,15 +112,6 @@ private:
     std::shared_ptr<Position2D> FindPositionFunction() const;
 };
 
-template <>
-inline constexpr std::size_t rowOf<Data2D> = FindTypeRow(eNAMED_CLASS, "Data2D");
-extern template struct TIVOR_API BuiltInTraits<Data2D>;
-template <>
-struct ValueTraits<Data2D> : BuiltInTraits<Data2D> {
-    static std::shared_ptr<Data2D> CreateDefault() { return Data2D::Create(); }
-    static std::shared_ptr<DataContainer> GetContent(const Data2D& value) { return value.GetContent(); }
-};
-extern template class TIVOR_API GenericWrapper<Data2D>;
-extern template class TIVOR_API Data<Data2D>;
+TIVOR_DECLARE_VALUE(Data2D, eNAMED_CLASS, "Data2D")
 
 } // namespace Qor::Tivor

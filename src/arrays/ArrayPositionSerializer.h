@@ -35,12 +35,6 @@ class ArrayPositionSerializer final : public ValueSerializer<T> {
 public:
     using ValueSerializer<T>::ValueSerializer;
 
-    std::uint64_t GetDataSize_bytes() const override {
-        const auto lock = this->m_object.GetDataLock();
-        return GetStoredSize(this->m_object.GetValue());
-    }
-    bool DataSizeIsConstant() const override { return false; }
-
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& binaryStream) override {
         Core::BoundedInputStream block(binaryStream, size); // no length inside may lead out of it
         std::array<ReadPositions, rows.size()> dimensions;
@@ -83,7 +77,7 @@ private:
             }).positions;
     }
 
-    static std::uint64_t GetStoredSize(const T& value) {
+    std::uint64_t GetStoredSize(const T& value) const override {
         std::uint64_t size = 0;
         for (const StoredPositions<T>& row : rows)
             size += (value.*row.getUnits)()->GetSerializedSize() + sizeof(std::uint64_t) +

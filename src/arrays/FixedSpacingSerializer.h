@@ -81,12 +81,6 @@ class FixedSpacingSerializer final : public XMLValueSerializer<T, FixedSpacingXM
 public:
     using XMLValueSerializer<T, FixedSpacingXMLHandler<T>>::XMLValueSerializer;
 
-    std::uint64_t GetDataSize_bytes() const override {
-        const auto lock = this->m_object.GetDataLock();
-        return GetStoredSize(this->m_object.GetValue());
-    }
-    bool DataSizeIsConstant() const override { return false; }
-
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& binaryStream) override {
         Core::BoundedInputStream block(binaryStream, size); // no length inside may lead out of it
         Core::DataInputStream stream(block);
@@ -123,7 +117,7 @@ protected:
 private:
     static constexpr auto& rows = StoredSpacings<T>::rows;
 
-    static std::uint64_t GetStoredSize(const T& value) {
+    std::uint64_t GetStoredSize(const T& value) const override {
         std::uint64_t size = 0;
         for (const StoredSpacing<T>& row : rows)
             size += (value.*row.get)().GetSerializedSize();

@@ -24,12 +24,6 @@ class CollectionSerializer final : public ValueSerializer<T> {
 public:
     using ValueSerializer<T>::ValueSerializer;
 
-    std::uint64_t GetDataSize_bytes() const override {
-        const auto lock = this->m_object.GetDataLock();
-        return GetStoredSize(this->m_object.GetValue());
-    }
-    bool DataSizeIsConstant() const override { return false; }
-
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& binaryStream) override {
         Core::BoundedInputStream block(binaryStream, size); // no length inside may lead out of it
         Core::DataInputStream stream(block);
@@ -72,7 +66,7 @@ private:
             return Details::GetLeastSize<Element>();
     }
 
-    static std::uint64_t GetStoredSize(const T& collection) {
+    std::uint64_t GetStoredSize(const T& collection) const override {
         std::uint64_t size = sizeof(std::uint64_t);
         if constexpr (isFixedSize)
             return size + collection.size() * sizeof(Element);

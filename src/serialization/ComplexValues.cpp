@@ -15,7 +15,6 @@ class ComplexSerializer final : public ValueSerializer<T> {
 public:
     using ValueSerializer<T>::ValueSerializer;
 
-    std::uint64_t GetDataSize_bytes() const override { return sizeof(T); }
     bool DataSizeIsConstant() const override { return true; }
 
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& stream) override {
@@ -37,6 +36,9 @@ public:
         stream.Write(&this->m_object.GetValue(), sizeof(T));
         return sizeof(T);
     }
+
+private:
+    std::uint64_t GetStoredSize(const T&) const override { return sizeof(T); }
 };
 
 } // namespace

@@ -55,12 +55,6 @@ class StoredValueSerializer final : public XMLValueSerializer<T, typename Reader
 public:
     using XMLValueSerializer<T, typename ReaderOf<T>::Type>::XMLValueSerializer;
 
-    std::uint64_t GetDataSize_bytes() const override {
-        const auto lock = this->m_object.GetDataLock();
-        return this->m_object.GetValue().GetSerializedSize();
-    }
-    bool DataSizeIsConstant() const override { return BuiltInTraits<T>::facts.header == EHeaderKind::fixedSize; }
-
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& binaryStream) override {
         Core::BoundedInputStream block(binaryStream, size); // no length inside may lead out of it
         Core::DataInputStream stream(block);
@@ -89,6 +83,9 @@ public:
 
 protected:
     void Take(T value) override { this->m_object.SetValue(std::move(value)); }
+
+private:
+    std::uint64_t GetStoredSize(const T& value) const override { return value.GetSerializedSize(); }
 };
 
 static_assert(Core::Time::GetSerializedSize() == BuiltInTraits<Core::Time>::facts.constantSize);

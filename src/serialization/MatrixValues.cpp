@@ -17,12 +17,6 @@ public:
     using ValueSerializer<T>::ValueSerializer;
     using Element = typename T::value_type;
 
-    std::uint64_t GetDataSize_bytes() const override {
-        const auto lock = this->m_object.GetDataLock();
-        return extentsSize + this->m_object.GetValue().size() * sizeof(Element);
-    }
-    bool DataSizeIsConstant() const override { return false; }
-
     std::uint64_t DataFromBinary(std::uint64_t size, Core::BinaryInputStream& binaryStream) override {
         Core::DataInputStream stream(binaryStream);
         std::uint64_t size1 = 0;
@@ -46,6 +40,11 @@ public:
         stream.Write(std::uint64_t{matrix.size1()});
         stream.Write(std::uint64_t{matrix.size2()});
         binaryStream.Write(matrix.data(), matrix.size() * sizeof(Element));
+        return GetStoredSize(matrix);
+    }
+
+private:
+    std::uint64_t GetStoredSize(const T& matrix) const override {
         return extentsSize + matrix.size() * sizeof(Element);
     }
 };

@@ -14,9 +14,6 @@ class NumberSerializer final : public ValueSerializer<T> {
 public:
     using ValueSerializer<T>::ValueSerializer;
 
-    std::uint64_t GetDataSize_bytes() const override { return sizeof(T); }
-    bool DataSizeIsConstant() const override { return true; }
-
     std::uint64_t DataFromBinary(std::uint64_t, Core::BinaryInputStream& stream) override {
         T value;
         if (const std::uint64_t got = ReadNumber(stream, value); got < sizeof(T))
@@ -32,6 +29,8 @@ public:
     }
 
 private:
+    std::uint64_t GetStoredSize(const T&) const override { return sizeof(T); }
+
     static std::uint64_t ReadNumber(Core::BinaryInputStream& stream, T& value) {
         if constexpr (std::is_same_v<T, bool>) {
             std::uint8_t byte = 0;

@@ -34,11 +34,6 @@ class StringSerializer : public XMLValueSerializer<T, XMLTextHandler> {
 public:
     using XMLValueSerializer<T, XMLTextHandler>::XMLValueSerializer;
 
-    std::uint64_t GetDataSize_bytes() const override {
-        const auto lock = this->m_object.GetDataLock();
-        return StoredSize(this->m_object.GetValue());
-    }
-    bool DataSizeIsConstant() const override { return false; }
     std::string GetXMLEncoding() override {
         const auto lock = this->m_object.GetDataLock();
         m_isXMLText = XMLCanHold(this->m_object.GetValue());
@@ -80,6 +75,8 @@ protected:
     }
 
 private:
+    std::uint64_t GetStoredSize(const T& value) const override { return StoredSize(value); }
+
     std::optional<bool> m_isXMLText; // what the element's encoding says
 };
 
