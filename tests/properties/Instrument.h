@@ -39,6 +39,8 @@ public:
     using PropertyContainer::SetPermissions;
     using PropertyContainer::SetPropertyDefault;
     using PropertyContainer::SetReadHandler;
+    using PropertyContainer::SetTexts;
+    using PropertyContainer::Texts;
     using PropertyContainer::UpdateProperty;
 
     /// Adds a property that can be read and written.

@@ -110,6 +110,24 @@ TEST(Properties, RefuseWhatTheyMust) {
     NeedTheLock(instrument);
 }
 
+TEST(Properties, TakeTextsThatAreAttributesWhenSomebodyLooks) {
+    static constexpr Instrument::Texts texts{"Gain", "Signal", "of the detector"};
+    Instrument instrument;
+    instrument.Add("g", 1);
+    instrument.SetAttribute("g", sPROPERTY_CATEGORY, "former");
+    instrument.SetTexts("g", texts);
+    instrument.SetAttribute("g", sPROPERTY_DESCRIPTION, "later");
+    instrument.SetTexts("none", texts);
+    Instrument clone;
+    clone.CloneContents(instrument);
+    for (const Instrument* const each : {&instrument, &clone}) {
+        std::string found;
+        for (const std::string& key : {sPROPERTY_DESCRIPTION, sPROPERTY_CATEGORY, sPROPERTY_DISPLAY_NAME})
+            found += each->GetAttributeByPropertyName("g", key)->ToString() + ";";
+        EXPECT_EQ(found, "later;Signal;Gain;");
+    }
+}
+
 TEST(Properties, ThatComeFromOutside) {
     Instrument instrument(true);
     EventLog log(instrument);
@@ -128,6 +146,29 @@ TEST(Properties, ThatComeFromOutside) {
     result = static_cast<EPropertyChangeResult>(9);
     EXPECT_TRUE(instrument.SetValue("other", 1) && instrument.PropertyExists("other"));
     EXPECT_EQ(log.Take(), Events());
+}
+
+TEST(Properties, ThatNobodyDescribedKeepTheirFirstValueAsDefault) {
+    DataContainer values;
+    values.PutValue("new", 6);
+    const std::function<void(Instrument&)> ways[] = {
+        [](Instrument& instrument) { instrument.SetValue("new", 6); },
+        [](Instrument& instrument) { instrument.UpdateProperty("new", MakeData(6), false); },
+        [&](Instrument& instrument) { instrument.SetProperties(values); },
+        [&](Instrument& instrument) { instrument.InputProperties(values); },
+    };
+    for (const auto& change : ways) {
+        Instrument instrument(true);
+        instrument.SetValue("new", 5);
+        change(instrument);
+        EXPECT_TRUE(!instrument.IsDefault("new") && instrument.RestoreDefault("new"));
+        EXPECT_EQ(TextOf(instrument, "new"), "5");
+    }
+    Instrument instrument(true);
+    instrument.SetValue("new", 5);
+    const PropertyContainer::RestorePoint before(instrument);
+    EXPECT_EQ(instrument.GetAttributeByPropertyName("new", sPROPERTY_DEFAULT)->ToString(), "5");
+    EXPECT_FALSE(before.PropertiesChanged());
 }
 
 TEST(Properties, ChangeHandlersDecide) {
