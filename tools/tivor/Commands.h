@@ -16,6 +16,8 @@ struct Arguments {
     std::string text;
     std::vector<std::string> words; ///< the keys; for `Set` the value behind them
     std::string type;
+    std::string number;    ///< of degrees, of a dimension
+    std::string ranges[2]; ///< along dimension 1 and 2
     bool asJson = false;
     bool dropsUnread = false;
     bool creates = false;
@@ -37,6 +39,10 @@ EStatus Get(const Arguments& arguments, Console& console);
 EStatus Set(const Arguments& arguments, Console& console);
 EStatus Import(const Arguments& arguments, Console& console);
 EStatus Convert(const Arguments& arguments, Console& console);
+EStatus Rotate(const Arguments& arguments, Console& console);
+EStatus Flip(const Arguments& arguments, Console& console);
+EStatus Transpose(const Arguments& arguments, Console& console);
+EStatus Crop(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
 
 } // namespace Qor::Tivor::Tool

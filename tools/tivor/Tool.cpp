@@ -59,7 +59,8 @@ void Unmark(std::string& word) {
 }
 
 void Unmark(Arguments& arguments) {
-    for (std::string* const word : {&arguments.file, &arguments.target, &arguments.text, &arguments.type})
+    for (std::string* const word : {&arguments.file, &arguments.target, &arguments.text, &arguments.type,
+                                    &arguments.number, &arguments.ranges[0], &arguments.ranges[1]})
         Unmark(*word);
     for (std::string& word : arguments.words)
         Unmark(word);
@@ -80,6 +81,7 @@ public:
         AddSet();
         AddImport();
         AddConvert();
+        AddTurns();
         Add("types", "The file types, the built-in classes and the plug-ins", ShowTypes);
     }
 
@@ -176,6 +178,34 @@ private:
             ->type_name("TYPE");
         convert->add_flag("--force", m_arguments.overwrites, "Replaces files that exist");
         convert->add_flag("--drop-unread", m_arguments.dropsUnread, "Leaves out entries that cannot be read");
+    }
+
+    void AddTurns() {
+        AddTurn("rotate", "Turns the surfaces of a file by a right angle or more", Rotate)
+            ->add_option("--by", m_arguments.number, "90 unless given, 180 or 270: in(R - 1 - c, r) comes to (r, c)")
+            ->type_name("DEGREES");
+        AddTurn("flip", "Reverses the surfaces of a file along a dimension", Flip)
+            ->add_option("--along", m_arguments.number, "1, which runs down the rows, or 2")
+            ->type_name("DIMENSION")
+            ->required();
+        AddTurn("transpose", "Makes rows of the columns of the surfaces of a file", Transpose);
+        CLI::App* const crop = AddTurn("crop", "Cuts a block out of the surfaces of a file", Crop);
+        for (const int dimension : {1, 2})
+            crop->add_option("--dim" + std::to_string(dimension), m_arguments.ranges[dimension - 1],
+                             "The first index along dimension " + std::to_string(dimension) +
+                                 ", and the one behind the last; either may be left out")
+                ->type_name("BEGIN:END");
+    }
+
+    CLI::App* AddTurn(const char* name, const char* description, Command command) {
+        CLI::App* const added = Add(name, description, command);
+        added->add_option("FROM", m_arguments.file, "The data file")->type_name("")->required();
+        added->add_option("TO", m_arguments.target, "The new file")->type_name("")->required();
+        added->add_option("KEY", m_arguments.words, "Where one surface stands, or some; all unless given")
+            ->type_name("");
+        added->add_flag("--force", m_arguments.overwrites, "Replaces a file that exists");
+        added->add_flag("--drop-unread", m_arguments.dropsUnread, "Leaves out entries that cannot be read");
+        return added;
     }
 
     Arguments m_arguments;

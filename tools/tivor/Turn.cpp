@@ -1,0 +1,163 @@
+#include "Commands.h"
+#include "Files.h"
+#include "Measured.h"
+
+#include <QorCore/Message.h>
+#include <Tivor/Data2DOperation.h>
+
+#include <charconv>
+#include <limits>
+
+namespace Qor::Tivor::Tool {
+
+namespace {
+
+using Operation = std::function<std::shared_ptr<Data2D>(const Data2D&)>;
+
+/// One surface, and what the operation left out of it.
+struct Turned {
+    Path path;
+    MeasuredFacts before;
+    MeasuredFacts after;
+    std::vector<std::string> left;
+};
+
+/// Makes new entries of those of a file, with other surfaces where the keys lead, or below.
+class Turning {
+public:
+    Turning(const Path& keys, Operation operation) : m_keys(keys), m_operation(std::move(operation)) {}
+
+    std::shared_ptr<DataContainer> Turn(const DataContainer& source) { return Turn(source, {}); }
+    const std::vector<Turned>& GetTurned() const { return m_turned; }
+
+private:
+    bool IsOnTheWay(const Path& path) const { return StartsWith(path, m_keys) || StartsWith(m_keys, path); }
+
+    std::shared_ptr<DataContainer> Turn(const DataContainer& source, const Path& above) {
+        auto result = DataContainer::Create();
+        for (const auto& [key, object] : source) {
+            Path path = above;
+            path.push_back(key);
+            if (const auto inner = source.GetPtr<const DataContainer>(key); inner && IsOnTheWay(path))
+                result->Put(key, Turn(*inner, path));
+            else if (source.GetPtr<const Data2D>(key) && StartsWith(path, m_keys))
+                result->Put(key, Turn(*object, *source.GetPtr<const Data2D>(key), std::move(path)));
+            else
+                result->Put(key, object);
+        }
+        return result;
+    }
+
+    std::shared_ptr<DataObject> Turn(const DataObject& object, const Data2D& surface, Path path) {
+        const auto result = m_operation(surface);
+        if (!result)
+            Fail(Core::FormatText("%1%: expected a surface of real numbers, found a %2%",
+                                  {ShowPath(path), surface.ToString()}));
+        auto turned = ValueTraits<Data2D>::MakeData(result);
+        m_turned.push_back({std::move(path), *FindMeasuredFacts(object), *FindMeasuredFacts(*turned), {}});
+        for (const auto& entry : *surface.GetContent())
+            if (!result->GetContent()->Exists(entry.key))
+                m_turned.back().left.push_back(entry.key);
+        return turned;
+    }
+
+    const Path& m_keys;
+    const Operation m_operation;
+    std::vector<Turned> m_turned;
+};
+
+void PrintText(const std::vector<Turned>& all, std::ostream& out) {
+    for (const Turned& turned : all) {
+        out << ShowPath(turned.path) << ": " << Describe(turned.before) << "\n  -> " << Describe(turned.after) << '\n';
+        std::string left;
+        for (const std::string& key : turned.left)
+            left += (left.empty() ? "  left out: " : ", ") + Show(key);
+        out << left << (left.empty() ? "" : "\n");
+    }
+}
+
+void PrintJson(const std::string& fileName, const std::vector<Turned>& all, std::ostream& out) {
+    Json surfaces = Json::array();
+    for (const Turned& turned : all)
+        surfaces.push_back({{"path", PathJson(turned.path)},
+                            {"before", ToJson(turned.before)},
+                            {"after", ToJson(turned.after)},
+                            {"leftOut", PathJson(turned.left)}});
+    Print(out, {{"file", TextJson(fileName)}, {"surfaces", std::move(surfaces)}});
+}
+
+/// A range "BEGIN:END", either of which may be left out.
+std::pair<std::uint64_t, std::uint64_t> ReadRange(const std::string& text, std::uint64_t count) {
+    std::pair<std::uint64_t, std::uint64_t> range{0, count};
+    const std::size_t colon = text.find(':');
+    const auto read = [&](std::size_t begin, std::size_t end, std::uint64_t& number) {
+        if (begin == end)
+            return true;
+        const auto parsed = std::from_chars(text.data() + begin, text.data() + end, number);
+        return parsed.ec == std::errc() && parsed.ptr == text.data() + end;
+    };
+    if (!text.empty() &&
+        (colon == std::string::npos || !read(0, colon, range.first) || !read(colon + 1, text.size(), range.second)))
+        Fail("Expected a range as 10:20, 10: or :20, found " + Show(text));
+    return range;
+}
+
+EStatus Write(const Arguments& arguments, Console& console, Operation operation) {
+    if (AreSameFile(arguments.file, arguments.target))
+        Fail(Core::FormatText("%1%: expected another file to write to, found the one that is read",
+                              {Show(arguments.target)}));
+    RequireNewFile(arguments.target, arguments.overwrites);
+    const auto source = OpenFile(arguments.file, DataFile::eREAD_ONLY);
+    RequireNothingUnread(*source, arguments.file, arguments.dropsUnread);
+    if (!arguments.words.empty())
+        FindObject(*source, arguments.words);
+    Turning turning(arguments.words, std::move(operation));
+    const auto entries = turning.Turn(*source);
+    if (turning.GetTurned().empty())
+        Fail(Core::FormatText("%1%: expected a surface%2%, found none",
+                              {Show(arguments.file), arguments.words.empty() ? "" : " where the keys lead"}));
+    FileBeside beside(arguments.target);
+    {
+        const auto made = beside.Make(ChooseFileType(arguments.target));
+        made->Assign(*entries);
+        made->Flush();
+    }
+    beside.TakePlace();
+    arguments.asJson ? PrintJson(arguments.target, turning.GetTurned(), console.out)
+                     : PrintText(turning.GetTurned(), console.out);
+    return eFINE;
+}
+
+} // namespace
+
+EStatus Rotate(const Arguments& arguments, Console& console) {
+    if (arguments.number.empty() || arguments.number == "90")
+        return Write(arguments, console, &Data2DOperation<Data2DOp::Rotate90>::Execute);
+    if (arguments.number == "180")
+        return Write(arguments, console, &Data2DOperation<Data2DOp::Rotate180>::Execute);
+    if (arguments.number == "270")
+        return Write(arguments, console, &Data2DOperation<Data2DOp::Rotate270>::Execute);
+    Fail("Expected 90, 180 or 270 behind --by, found " + Show(arguments.number));
+}
+
+EStatus Flip(const Arguments& arguments, Console& console) {
+    if (arguments.number == "1")
+        return Write(arguments, console, &Data2DOperation<Data2DOp::FlipDim1>::Execute);
+    if (arguments.number == "2")
+        return Write(arguments, console, &Data2DOperation<Data2DOp::FlipDim2>::Execute);
+    Fail("Expected dimension 1 or 2 behind --along, found " + Show(arguments.number));
+}
+
+EStatus Transpose(const Arguments& arguments, Console& console) {
+    return Write(arguments, console, &Data2DOperation<Data2DOp::Transpose>::Execute);
+}
+
+EStatus Crop(const Arguments& arguments, Console& console) {
+    return Write(arguments, console, [&](const Data2D& surface) {
+        const auto [begin1, end1] = ReadRange(arguments.ranges[0], surface.GetNumDimension1Points());
+        const auto [begin2, end2] = ReadRange(arguments.ranges[1], surface.GetNumDimension2Points());
+        return CreateSubregion(surface, begin1, end1, begin2, end2);
+    });
+}
+
+} // namespace Qor::Tivor::Tool
