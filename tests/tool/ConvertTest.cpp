@@ -152,7 +152,7 @@ TEST_F(ConvertTest, RefusesWhatWouldHarm) {
     } rows[] = {
         {{file}, "TO is required"},
         {{file, taken}, "taken.qordml: expected a new file, found one of that name; --force replaces it"},
-        {{file, file, "--force"}, "expected another file to write to, found the one that is to be converted"},
+        {{file, file, "--force"}, "expected another file to write to, found the one that is read"},
         {{file, folder, "--to", "qordml"}, "folder: expected the name of a file, found a folder"},
         {{file, Name("no/x.qordml")}, "no/x.qordml: expected a place where a file can be made"},
         {{file, Name("data.txt")}, "data.txt: expected the extension of a file type, or --to with one, found neither"},

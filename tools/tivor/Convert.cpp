@@ -1,7 +1,6 @@
 #include "Commands.h"
 #include "Conversion.h"
 #include "Files.h"
-#include "SameEntries.h"
 
 #include <QorCore/Message.h>
 #include <QorCore/PathName.h>
@@ -44,38 +43,9 @@ std::string FindTypeByExtension(const std::string& fileName) {
     return factory->GetFileType();
 }
 
-void RequireTarget(const Conversion& conversion, bool overwrites) {
-    if (AreSameFile(conversion.source, conversion.target))
-        Fail(Core::FormatText("%1%: expected another file to write to, found the one that is to be converted",
-                              {Show(conversion.target)}));
-    if (IsFolder(conversion.target))
-        Fail(Core::FormatText("%1%: expected the name of a file, found a folder", {Show(conversion.target)}));
-    RequireNewFile(conversion.target, overwrites);
-}
-
-/// Saves the entries, and takes nothing for saved before it was read.
-void SaveAs(const DataFile& source, Conversion& conversion, Console& console) {
-    FileBeside beside(conversion.target);
-    {
-        const auto made = beside.Make(conversion.targetType);
-        made->Assign(source);
-        made->Flush();
-    }
-    console.hidesWarnings = true; // they were seen when the source was read
-    const auto found = DataFile::Open(beside.GetName(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING,
-                                      conversion.targetType, nullptr);
-    const std::string difference = found ? FindDifference(source, *found) : "all of it";
-    if (!difference.empty())
-        Fail(Core::FormatText("%1%: expected to read what was written, found %2% to be different; nothing is saved",
-                              {Show(conversion.target), difference}));
-    found->Close();
-    conversion.bytesAfter = GetFileSize(beside.GetName());
-    beside.TakePlace();
-}
-
 void ConvertFile(Conversion& conversion, const Arguments& arguments, Console& console) {
     console.hidesWarnings = false;
-    RequireTarget(conversion, arguments.overwrites);
+    RequireTarget(conversion.source, conversion.target, arguments.overwrites);
     const auto file = OpenFile(conversion.source, DataFile::eREAD_ONLY);
     RequireNothingUnread(*file, conversion.source, arguments.dropsUnread);
     conversion.sourceType = file->GetFileType();
@@ -83,7 +53,7 @@ void ConvertFile(Conversion& conversion, const Arguments& arguments, Console& co
     conversion.dropped = file->GetUnreadEntries();
     conversion.deviates = !conversion.dropped.empty();
     DataContainer::ForEachHeader(*file, [&](const Path&, const DataObjectHeader&) { return ++conversion.numEntries; });
-    SaveAs(*file, conversion, console);
+    conversion.bytesAfter = SaveAs(*file, conversion.target, conversion.targetType, console);
 }
 
 /// The same name below another folder, with another extension.

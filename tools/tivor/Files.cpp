@@ -1,5 +1,7 @@
 #include "Files.h"
 
+#include "Commands.h"
+#include "SameEntries.h"
 #include "Values.h"
 
 #include <QorCore/BinaryFileStream.h>
@@ -45,6 +47,14 @@ void RequireNewFile(const std::string& fileName, bool overwrites) {
                               {Show(fileName)}));
 }
 
+void RequireTarget(const std::string& source, const std::string& target, bool overwrites) {
+    if (AreSameFile(source, target))
+        Fail(Core::FormatText("%1%: expected another file to write to, found the one that is read", {Show(target)}));
+    if (IsFolder(target))
+        Fail(Core::FormatText("%1%: expected the name of a file, found a folder", {Show(target)}));
+    RequireNewFile(target, overwrites);
+}
+
 void RequireNothingUnread(const DataFile& file, const std::string& fileName, bool dropsUnread) {
     const auto unread = file.GetUnreadEntries();
     if (unread.empty() || dropsUnread)
@@ -69,6 +79,27 @@ std::shared_ptr<DataFile> FileBeside::Make(const std::string& fileType) {
 }
 
 void FileBeside::TakePlace() { Core::System::Replace(Core::PathName(m_beside), Core::PathName(m_fileName)); }
+
+std::uint64_t SaveAs(const DataContainer& entries, const std::string& fileName, const std::string& fileType,
+                     Console& console) {
+    FileBeside beside(fileName);
+    {
+        const auto made = beside.Make(fileType);
+        made->Assign(entries);
+        made->Flush();
+    }
+    console.hidesWarnings = true; // they were seen when the entries were read
+    const auto found =
+        DataFile::Open(beside.GetName(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, fileType, nullptr);
+    const std::string difference = found ? FindDifference(entries, *found) : "all of it";
+    if (!difference.empty())
+        Fail(Core::FormatText("%1%: expected to read what was written, found %2% to be different; nothing is saved",
+                              {Show(fileName), difference}));
+    found->Close();
+    const std::uint64_t size = GetFileSize(beside.GetName());
+    beside.TakePlace();
+    return size;
+}
 
 std::shared_ptr<DataFile> OpenFile(const std::string& fileName, DataFile::EAccess access) {
     RequireFile(fileName);

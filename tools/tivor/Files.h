@@ -8,11 +8,15 @@
 
 namespace Qor::Tivor::Tool {
 
+struct Console;
+
 /// Opens a file that exists.
 std::shared_ptr<DataFile> OpenFile(const std::string& fileName, DataFile::EAccess access);
 void RequireFile(const std::string& fileName);
 /// That there is no file of that name yet, or that it may be replaced.
 void RequireNewFile(const std::string& fileName, bool overwrites);
+/// That another file than the source may be made there.
+void RequireTarget(const std::string& source, const std::string& target, bool overwrites);
 /// That saving the file's entries loses none, or may do so.
 void RequireNothingUnread(const DataFile& file, const std::string& fileName, bool dropsUnread);
 
@@ -44,6 +48,10 @@ private:
     std::string m_fileName;
     std::string m_beside;
 };
+
+/// Makes a file of these entries, and takes nothing for saved before it was read and is the same. Returns its bytes.
+std::uint64_t SaveAs(const DataContainer& entries, const std::string& fileName, const std::string& fileType,
+                     Console& console);
 
 /// The bytes on disk.
 std::uint64_t GetFileSize(const std::string& fileName);

@@ -181,19 +181,20 @@ private:
     }
 
     void AddTurns() {
-        AddTurn("rotate", "Turns the surfaces of a file by a right angle or more", Rotate)
-            ->add_option("--by", m_arguments.number, "90 unless given, 180 or 270: in(R - 1 - c, r) comes to (r, c)")
+        AddTurn("rotate", "Turns the surfaces of a file", Rotate)
+            ->add_option("--by", m_arguments.number,
+                         "90 unless given, 180 or 270: clockwise, with the first row of samples at the top")
             ->type_name("DEGREES");
         AddTurn("flip", "Reverses the surfaces of a file along a dimension", Flip)
-            ->add_option("--along", m_arguments.number, "1, which runs down the rows, or 2")
+            ->add_option("--along", m_arguments.number, "1, which reverses the order of the rows, or 2")
             ->type_name("DIMENSION")
             ->required();
         AddTurn("transpose", "Makes rows of the columns of the surfaces of a file", Transpose);
         CLI::App* const crop = AddTurn("crop", "Cuts a block out of the surfaces of a file", Crop);
         for (const int dimension : {1, 2})
             crop->add_option("--dim" + std::to_string(dimension), m_arguments.ranges[dimension - 1],
-                             "The first index along dimension " + std::to_string(dimension) +
-                                 ", and the one behind the last; either may be left out")
+                             "The index of the first " + std::string(dimension == 1 ? "row" : "column") +
+                                 " and of the one behind the last, either of which may be left out")
                 ->type_name("BEGIN:END");
     }
 
@@ -201,10 +202,13 @@ private:
         CLI::App* const added = Add(name, description, command);
         added->add_option("FROM", m_arguments.file, "The data file")->type_name("")->required();
         added->add_option("TO", m_arguments.target, "The new file")->type_name("")->required();
-        added->add_option("KEY", m_arguments.words, "Where one surface stands, or some; all unless given")
+        added->add_option("KEY", m_arguments.words, "Where the surface stands, or some; all unless given")
             ->type_name("");
         added->add_flag("--force", m_arguments.overwrites, "Replaces a file that exists");
         added->add_flag("--drop-unread", m_arguments.dropsUnread, "Leaves out entries that cannot be read");
+        added->footer("Of a surface, the kind and the scale of the data and the positions are carried over: these in\n"
+                      "their order, exchanged with the dimensions, or cut with the samples; a fixed spacing does not\n"
+                      "tell where a block was. What else is left out is told. All other entries stay as they are.");
         return added;
     }
 

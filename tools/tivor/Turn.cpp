@@ -1,12 +1,13 @@
 #include "Commands.h"
 #include "Files.h"
 #include "Measured.h"
+#include "Values.h"
 
 #include <QorCore/Message.h>
 #include <Tivor/Data2DOperation.h>
 
 #include <charconv>
-#include <limits>
+#include <set>
 
 namespace Qor::Tivor::Tool {
 
@@ -21,6 +22,25 @@ struct Turned {
     MeasuredFacts after;
     std::vector<std::string> left;
 };
+
+/// The properties that are gone, or have another value; those that tell the positions only where none are told any
+/// more.
+std::vector<std::string> FindLeftOut(const Data2D& before, const Data2D& after) {
+    static const std::set<std::string> ofSamples{"Matrix", "Dimension1Points", "Dimension2Points"};
+    static const std::set<std::string> ofPositions{"PositionFunction",  "Dimension1Extent",  "Dimension2Extent",
+                                                   "Dim1PositionArray", "Dim2PositionArray", "Dim1PositionUnits",
+                                                   "Dim2PositionUnits"};
+    const bool hasPositions = after.GetPositionFunction() != nullptr;
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : *before.GetContent()) {
+        const auto found = after.GetContent()->Get(key);
+        const bool isKept = ofSamples.contains(key) || (ofPositions.contains(key) && hasPositions) ||
+                            (found && BriefText(*found) == BriefText(*value));
+        if (!isKept)
+            keys.push_back(key);
+    }
+    return keys;
+}
 
 /// Makes new entries of those of a file, with other surfaces where the keys lead, or below.
 class Turning {
@@ -49,16 +69,24 @@ private:
     }
 
     std::shared_ptr<DataObject> Turn(const DataObject& object, const Data2D& surface, Path path) {
-        const auto result = m_operation(surface);
-        if (!result)
-            Fail(Core::FormatText("%1%: expected a surface of real numbers, found a %2%",
-                                  {ShowPath(path), surface.ToString()}));
+        const auto result = Operate(surface, path);
         auto turned = ValueTraits<Data2D>::MakeData(result);
-        m_turned.push_back({std::move(path), *FindMeasuredFacts(object), *FindMeasuredFacts(*turned), {}});
-        for (const auto& entry : *surface.GetContent())
-            if (!result->GetContent()->Exists(entry.key))
-                m_turned.back().left.push_back(entry.key);
+        m_turned.push_back({std::move(path), *FindMeasuredFacts(object), *FindMeasuredFacts(*turned),
+                            FindLeftOut(surface, std::as_const(*result))});
         return turned;
+    }
+
+    std::shared_ptr<Data2D> Operate(const Data2D& surface, const Path& path) const {
+        try {
+            if (auto result = m_operation(surface))
+                return result;
+        } catch (Core::Error& error) {
+            error.AddVariable("Surface", ShowPath(path));
+            throw;
+        }
+        Fail(Core::FormatText("%1%: expected samples that are real numbers, found a %2%; keys behind TO choose other "
+                              "surfaces",
+                              {ShowPath(path), surface.ToString()}));
     }
 
     const Path& m_keys;
@@ -66,24 +94,24 @@ private:
     std::vector<Turned> m_turned;
 };
 
-void PrintText(const std::vector<Turned>& all, std::ostream& out) {
+void PrintText(const std::string& fileName, std::uint64_t size, const std::vector<Turned>& all, std::ostream& out) {
     for (const Turned& turned : all) {
         out << ShowPath(turned.path) << ": " << Describe(turned.before) << "\n  -> " << Describe(turned.after) << '\n';
-        std::string left;
         for (const std::string& key : turned.left)
-            left += (left.empty() ? "  left out: " : ", ") + Show(key);
-        out << left << (left.empty() ? "" : "\n");
+            out << (&key == &turned.left.front() ? "  left out: " : ", ") << Show(key);
+        out << (turned.left.empty() ? "" : "\n");
     }
+    out << "Written: " << Show(fileName) << ", " << Count(size, "byte", "bytes") << '\n';
 }
 
-void PrintJson(const std::string& fileName, const std::vector<Turned>& all, std::ostream& out) {
+void PrintJson(const std::string& fileName, std::uint64_t size, const std::vector<Turned>& all, std::ostream& out) {
     Json surfaces = Json::array();
     for (const Turned& turned : all)
         surfaces.push_back({{"path", PathJson(turned.path)},
                             {"before", ToJson(turned.before)},
                             {"after", ToJson(turned.after)},
                             {"leftOut", PathJson(turned.left)}});
-    Print(out, {{"file", TextJson(fileName)}, {"surfaces", std::move(surfaces)}});
+    Print(out, {{"file", TextJson(fileName)}, {"fileBytes", size}, {"surfaces", std::move(surfaces)}});
 }
 
 /// A range "BEGIN:END", either of which may be left out.
@@ -103,28 +131,22 @@ std::pair<std::uint64_t, std::uint64_t> ReadRange(const std::string& text, std::
 }
 
 EStatus Write(const Arguments& arguments, Console& console, Operation operation) {
-    if (AreSameFile(arguments.file, arguments.target))
-        Fail(Core::FormatText("%1%: expected another file to write to, found the one that is read",
-                              {Show(arguments.target)}));
-    RequireNewFile(arguments.target, arguments.overwrites);
+    const Path& keys = arguments.words;
+    RequireFile(arguments.file);
+    RequireTarget(arguments.file, arguments.target, arguments.overwrites);
     const auto source = OpenFile(arguments.file, DataFile::eREAD_ONLY);
     RequireNothingUnread(*source, arguments.file, arguments.dropsUnread);
-    if (!arguments.words.empty())
-        FindObject(*source, arguments.words);
-    Turning turning(arguments.words, std::move(operation));
+    if (!keys.empty())
+        FindObject(*source, keys); // tells which keys are there
+    Turning turning(keys, std::move(operation));
     const auto entries = turning.Turn(*source);
-    if (turning.GetTurned().empty())
+    const auto& turned = turning.GetTurned();
+    if (turned.empty())
         Fail(Core::FormatText("%1%: expected a surface%2%, found none",
-                              {Show(arguments.file), arguments.words.empty() ? "" : " where the keys lead"}));
-    FileBeside beside(arguments.target);
-    {
-        const auto made = beside.Make(ChooseFileType(arguments.target));
-        made->Assign(*entries);
-        made->Flush();
-    }
-    beside.TakePlace();
-    arguments.asJson ? PrintJson(arguments.target, turning.GetTurned(), console.out)
-                     : PrintText(turning.GetTurned(), console.out);
+                              {Show(arguments.file), keys.empty() ? "" : " at " + ShowPath(keys) + " or below"}));
+    const std::uint64_t size = SaveAs(*entries, arguments.target, ChooseFileType(arguments.target), console);
+    arguments.asJson ? PrintJson(arguments.target, size, turned, console.out)
+                     : PrintText(arguments.target, size, turned, console.out);
     return eFINE;
 }
 
@@ -153,6 +175,8 @@ EStatus Transpose(const Arguments& arguments, Console& console) {
 }
 
 EStatus Crop(const Arguments& arguments, Console& console) {
+    if (arguments.ranges[0].empty() && arguments.ranges[1].empty())
+        Fail("Expected a range behind --dim1, --dim2 or both, found neither");
     return Write(arguments, console, [&](const Data2D& surface) {
         const auto [begin1, end1] = ReadRange(arguments.ranges[0], surface.GetNumDimension1Points());
         const auto [begin2, end2] = ReadRange(arguments.ranges[1], surface.GetNumDimension2Points());
