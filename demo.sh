@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the library and its tool: one process imports a measured surface, another checks every sample, others change
-# one value, and nothing but that value is different then. Then the surface becomes XML, and that a binary file again;
-# two profiles, one with a fixed spacing and one with positions of its own, go the same way.
+# one value, and nothing but that value is different then. Then the surface becomes XML, and that a binary file again; a
+# block of it is turned, and turned on until it is as it was. Two profiles, one with a fixed spacing and one with
+# positions of its own, go the same way.
 set -euo pipefail
 . "$(dirname "$0")/cmake/setup.sh"
 
@@ -60,6 +61,17 @@ echo "Success: $(stat -c %s "$file") bytes as a binary file, $(stat -c %s "$xml"
 echo
 show info "$again"
 show get "$again" Surface PositionFunction
+
+block=build/$preset/demo_block.dataset turned=build/$preset/demo_turned.dataset
+show crop --force "$file" "$block" --dim1 96:160 --dim2 :200
+show rotate --force "$block" "$turned"
+"$tivor" rotate --force "$turned" "$turned.again" --by 270 >/dev/null
+if ! cmp "$block" "$turned.again"; then
+    echo "Expected a block that was turned by 90 and by 270 degrees to be what it was" >&2
+    exit 1
+fi
+echo "Success: turned on by 270 degrees, the block is each byte what it was"
+echo
 
 for text in "${profiles[@]}"; do
     file=build/$preset/demo_$(basename "${text%.*}").dataset

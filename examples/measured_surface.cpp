@@ -1,6 +1,7 @@
 // A measured surface and a profile: where their samples lie, what they mean, which points are missing; saved and
-// opened.
+// opened, turned and cut.
 #include <Tivor/BinaryDataFile.h>
+#include <Tivor/Data2DOperation.h>
 #include <Tivor/MatrixView.h>
 #include <Tivor/SampleStatistics.h>
 
@@ -57,6 +58,16 @@ void Show(const Data2D& surface) {
     std::cout << '\n';
 }
 
+void TurnAndCut(const Data2D& surface) {
+    const auto turned = Data2DOperation<Data2DOp::Rotate90>::Execute(surface);
+    const auto block = CreateSubregion(*turned, 0, 2, 1, 3); // rows 0 and 1, columns 1 and 2
+    UnitizedDouble down, across;
+    block->GetFixedSpacing(down, across);
+    const MatrixView<const float> heights(std::as_const(*block));
+    std::cout << "turned and cut: " << heights(0, 0) << ' ' << heights(0, 1) << " above " << heights(1, 0) << ' '
+              << heights(1, 1) << ", " << down.ToString() << " x " << across.ToString() << '\n';
+}
+
 void Show(const Data1D& profile) {
     const auto positions = profile.GetPositionFunction();
     for (std::uint64_t i = 0; i < profile.GetNumPoints(); ++i)
@@ -74,5 +85,6 @@ int main() {
     }
     const BinaryDataFile file("measured.dataset", DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
     Show(*file.GetPtr<Data2D>("Surface"));
+    TurnAndCut(*file.GetPtr<Data2D>("Surface"));
     Show(*file.GetPtr<Data1D>("Profile"));
 }

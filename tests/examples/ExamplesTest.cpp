@@ -83,6 +83,7 @@ TEST(MeasuredSurface, KeepsWhatBelongsTogether) {
                               "the highest one: 46 nm\n"
                               "the last one: 23 at 1 um, 0.75 um\n"
                               "row 1: xx-x\n"
+                              "turned and cut: 10 0 above 11 1, 0.25 um x 0.5 um\n"
                               "7 at 0 mm\n9 at 0.1 mm\n8 at 0.4 mm\n");
     ExpectBlocksOf("docs/measured-arrays.md", "examples/measured_surface.cpp");
 }
