@@ -31,11 +31,15 @@ struct VectorOf {
 template <class T>
 using Vector = typename VectorOf<T>::Type;
 
-// What is larger than the caches is written past them, where it would only displace what is still to be read.
+// What is larger than the caches is written past them, where it would only displace what is still to be read. And
+// sources are read upwards: what is read ahead in any other order ends with each page.
 bool IsLarge(std::size_t bytes) { return bytes >= std::size_t{4} << 20; }
-bool IsAligned(const void* address, std::size_t bytesBetween, std::size_t bytes) {
-    return (reinterpret_cast<std::uintptr_t>(address) | bytesBetween) % bytes == 0;
+/// How far an address lies behind one that is aligned.
+std::size_t Misalignment(const void* address, std::size_t alignment) {
+    return reinterpret_cast<std::uintptr_t>(address) % alignment;
 }
+/// Lines that are shorter are not: their ends, which are written otherwise, would count.
+constexpr std::size_t shortestLinePast = 4 * cacheLine;
 
 // --- Transposition
 
@@ -137,49 +141,56 @@ __m128i GetOrder() {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(order.data()));
 }
 
+/// Takes the elements from `i` on as far as they fill vectors, and returns where they no longer do.
 template <class T>
-__attribute__((target("ssse3"))) std::size_t ReverseBySsse3(const T* source, T* target, std::size_t count, bool past) {
+__attribute__((target("ssse3"))) std::size_t ReverseBySsse3(const T* source, T* target, std::size_t count,
+                                                            std::size_t i, bool past) {
     const __m128i order = GetOrder<T>();
-    std::size_t i = 0;
     for (; i + width<T> <= count; i += width<T>) {
-        const __m128i vector =
-            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(source + count - i - width<T>)), order);
-        past ? _mm_stream_si128(reinterpret_cast<__m128i*>(target + i), vector)
-             : _mm_storeu_si128(reinterpret_cast<__m128i*>(target + i), vector);
+        const __m128i vector = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(source + i)), order);
+        auto* const place = reinterpret_cast<__m128i*>(target + count - i - width<T>);
+        past ? _mm_stream_si128(place, vector) : _mm_storeu_si128(place, vector);
     }
     return i;
 }
 
 template <class T>
-__attribute__((target("avx2"))) std::size_t ReverseByAvx2(const T* source, T* target, std::size_t count, bool past) {
+__attribute__((target("avx2"))) std::size_t ReverseByAvx2(const T* source, T* target, std::size_t count, std::size_t i,
+                                                          bool past) {
     constexpr std::size_t step = 2 * width<T>;
     const __m256i order = _mm256_broadcastsi128_si256(GetOrder<T>());
-    std::size_t i = 0;
     for (; i + step <= count; i += step) {
-        const auto* const place = reinterpret_cast<const __m256i*>(source + count - i - step);
-        const __m256i halves = _mm256_shuffle_epi8(_mm256_loadu_si256(place), order);
+        const __m256i halves =
+            _mm256_shuffle_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(source + i)), order);
         const __m256i vector = _mm256_permute4x64_epi64(halves, 0x4E);
-        past ? _mm256_stream_si256(reinterpret_cast<__m256i*>(target + i), vector)
-             : _mm256_storeu_si256(reinterpret_cast<__m256i*>(target + i), vector);
+        auto* const place = reinterpret_cast<__m256i*>(target + count - i - step);
+        past ? _mm256_stream_si256(place, vector) : _mm256_storeu_si256(place, vector);
     }
     return i;
 }
 
 template <class T>
-std::size_t ReverseVectors(const T* source, T* target, std::size_t count, bool past) {
+std::size_t ReverseVectors(const T* source, T* target, std::size_t count, std::size_t i, bool past) {
     static const bool hasAvx2 = __builtin_cpu_supports("avx2");
     static const bool hasSsse3 = __builtin_cpu_supports("ssse3");
     if (hasAvx2)
-        return ReverseByAvx2(source, target, count, past);
-    return hasSsse3 ? ReverseBySsse3(source, target, count, past) : 0;
+        return ReverseByAvx2(source, target, count, i, past);
+    return hasSsse3 ? ReverseBySsse3(source, target, count, i, past) : i;
 }
 
-void CopyPast(const void* source, void* target, std::size_t bytes) {
-    const auto* const from = static_cast<const __m128i*>(source);
-    auto* const to = static_cast<__m128i*>(target);
-    const std::size_t count = bytes / vectorBytes;
-    for (std::size_t i = 0; i < count; ++i)
-        _mm_stream_si128(to + i, _mm_loadu_si128(from + i));
+/// Fetches the same places of the line that comes next.
+void CopyPast(const void* source, const void* next, void* target, std::size_t bytes) {
+    const auto* const from = static_cast<const char*>(source);
+    auto* const to = static_cast<char*>(target);
+    std::size_t i = (cacheLine - Misalignment(target, cacheLine)) % cacheLine;
+    std::memcpy(to, from, i);
+    for (; i + cacheLine <= bytes; i += cacheLine) {
+        _mm_prefetch(static_cast<const char*>(next) + i, _MM_HINT_T0);
+        for (std::size_t j = i; j < i + cacheLine; j += vectorBytes)
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to + j),
+                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + j)));
+    }
+    std::memcpy(to + i, from + i, bytes - i);
 }
 
 void EndWritingPast() { _mm_sfence(); }
@@ -187,27 +198,34 @@ void EndWritingPast() { _mm_sfence(); }
 #else
 
 template <class T>
-std::size_t ReverseVectors(const T*, T*, std::size_t, bool) {
-    return 0;
+std::size_t ReverseVectors(const T*, T*, std::size_t, std::size_t i, bool) {
+    return i;
 }
-void CopyPast(const void* source, void* target, std::size_t bytes) { std::memcpy(target, source, bytes); }
+void CopyPast(const void* source, const void*, void* target, std::size_t bytes) { std::memcpy(target, source, bytes); }
 void EndWritingPast() {}
 
 #endif
 
 template <class T>
 void ReverseLine(const T* source, T* target, std::size_t count, bool past) {
-    for (std::size_t i = ReverseVectors(source, target, count, past); i < count; ++i)
-        target[i] = source[count - 1 - i];
+    const auto move = [&](std::size_t i) { target[count - 1 - i] = source[i]; };
+    std::size_t i = 0;
+    for (; past && Misalignment(target + count - i, 2 * vectorBytes) != 0; ++i)
+        move(i);
+    for (i = ReverseVectors(source, target, count, i, past); i < count; ++i)
+        move(i);
 }
 
-template <class T, class SourceLine>
-void CopyEachLine(SourceLine sourceLine, T* target, std::size_t lines, std::size_t length) {
+template <class T>
+void CopyEachLine(const T* source, std::size_t stride, T* target, std::size_t lines, std::size_t length, bool reverse) {
     const std::size_t bytes = length * sizeof(T);
-    const bool past = IsLarge(lines * bytes) && IsAligned(target, bytes, vectorBytes);
-    for (std::size_t i = 0; i < lines; ++i)
-        past ? CopyPast(sourceLine(i), target + i * length, bytes)
-             : static_cast<void>(std::memcpy(target + i * length, sourceLine(i), bytes));
+    const bool past = IsLarge(lines * bytes) && bytes >= shortestLinePast;
+    for (std::size_t i = 0; i < lines; ++i) {
+        const T* const from = source + i * stride;
+        T* const to = target + (reverse ? lines - 1 - i : i) * length;
+        past ? CopyPast(from, i + 1 < lines ? from + stride : from, to, bytes)
+             : static_cast<void>(std::memcpy(to, from, bytes));
+    }
     if (past)
         EndWritingPast();
 }
@@ -217,19 +235,19 @@ void CopyEachLine(SourceLine sourceLine, T* target, std::size_t lines, std::size
 template <class T>
 void ReverseLines(const T* source, T* target, std::size_t lines, std::size_t length) {
     if (length != 0)
-        CopyEachLine([=](std::size_t i) { return source + (lines - 1 - i) * length; }, target, lines, length);
+        CopyEachLine(source, length, target, lines, length, true);
 }
 
 template <class T>
 void CopyLines(const T* source, std::size_t stride, T* target, std::size_t lines, std::size_t length) {
     if (length != 0)
-        CopyEachLine([=](std::size_t i) { return source + i * stride; }, target, lines, length);
+        CopyEachLine(source, stride, target, lines, length, false);
 }
 
 template <class T>
 void ReverseElements(const T* source, T* target, std::size_t lines, std::size_t length) {
-    constexpr std::size_t alignment = 2 * vectorBytes;
-    const bool past = IsLarge(lines * length * sizeof(T)) && IsAligned(target, length * sizeof(T), alignment);
+    const std::size_t bytes = length * sizeof(T);
+    const bool past = IsLarge(lines * bytes) && bytes >= shortestLinePast;
     for (std::size_t i = 0; i < lines; ++i)
         ReverseLine(source + i * length, target + i * length, length, past);
     if (past)
@@ -240,7 +258,8 @@ template <class T>
 void Transpose(const T* source, T* target, std::size_t lines, std::size_t length, bool reverseLines,
                bool reverseElements) {
     const Transposition<T> work{source, target, lines, length, reverseLines, reverseElements};
-    if (IsLarge(lines * length * sizeof(T)) && IsAligned(target, lines * sizeof(T), vectorBytes)) {
+    if (IsLarge(lines * length * sizeof(T)) && Misalignment(target, vectorBytes) == 0 &&
+        lines * sizeof(T) % vectorBytes == 0) {
         TransposeBlocks<T, true>(work);
         EndWritingPast();
     } else {
