@@ -112,13 +112,23 @@ void TransposeBlock(const Transposition<T>& work, std::size_t line, std::size_t 
         WriteCacheLine<past>(work.TargetLine(element + c) + line, block[c]);
 }
 
+// The lines of a block are more than what is read ahead by itself.
+template <class T>
+void FetchBlock(const Transposition<T>& work, std::size_t line, std::size_t element) {
+    for (std::size_t i = 0; i < blockSide<T>; ++i)
+        __builtin_prefetch(work.Line(line + i) + element);
+}
+
 template <class T, bool past>
 void TransposeBlocks(const Transposition<T>& work) {
     const std::size_t lines = work.lines / blockSide<T> * blockSide<T>;
     const std::size_t length = work.length / blockSide<T> * blockSide<T>;
     for (std::size_t line = 0; line < lines; line += blockSide<T>)
-        for (std::size_t i = 0; i < length; i += blockSide<T>)
+        for (std::size_t i = 0; i < length; i += blockSide<T>) {
+            if constexpr (past)
+                FetchBlock(work, line, std::min(i + 2 * blockSide<T>, length - blockSide<T>));
             TransposeBlock<T, past>(work, line, i);
+        }
     TransposePlainly(work, 0, lines, length, work.length);
     TransposePlainly(work, lines, work.lines, 0, work.length);
 }
@@ -185,7 +195,7 @@ void CopyPast(const void* source, const void* next, void* target, std::size_t by
     std::size_t i = (cacheLine - Misalignment(target, cacheLine)) % cacheLine;
     std::memcpy(to, from, i);
     for (; i + cacheLine <= bytes; i += cacheLine) {
-        _mm_prefetch(static_cast<const char*>(next) + i, _MM_HINT_T0);
+        __builtin_prefetch(static_cast<const char*>(next) + i);
         for (std::size_t j = i; j < i + cacheLine; j += vectorBytes)
             _mm_stream_si128(reinterpret_cast<__m128i*>(to + j),
                              _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + j)));
