@@ -20,9 +20,12 @@ constexpr std::size_t vectorBytes = 16;
 
 template <class T>
 inline constexpr std::size_t width = vectorBytes / sizeof(T);
-/// Elements along one side of a block whose lines are lines of the cache.
+/// Elements along the lines of a block, which are lines of the cache.
 template <class T>
-inline constexpr std::size_t blockSide = cacheLine / sizeof(T);
+inline constexpr std::size_t blockLength = cacheLine / sizeof(T);
+/// Of wide elements, more lines: they become longer pieces of the target.
+template <class T>
+inline constexpr std::size_t blockLines = std::max<std::size_t>(16, blockLength<T>);
 
 template <class T>
 struct VectorOf {
@@ -98,9 +101,9 @@ void WriteCacheLine(void* target, const void* line) {
 
 template <class T, bool past>
 void TransposeBlock(const Transposition<T>& work, std::size_t line, std::size_t element) {
-    alignas(cacheLine) T block[blockSide<T>][blockSide<T>];
-    for (std::size_t r = 0; r < blockSide<T>; r += width<T>)
-        for (std::size_t c = 0; c < blockSide<T>; c += width<T>) {
+    alignas(cacheLine) T block[blockLength<T>][blockLines<T>];
+    for (std::size_t r = 0; r < blockLines<T>; r += width<T>)
+        for (std::size_t c = 0; c < blockLength<T>; c += width<T>) {
             Vector<T> tile[width<T>];
             for (std::size_t i = 0; i < width<T>; ++i)
                 std::memcpy(&tile[i], work.Line(line + r + i) + element + c, vectorBytes);
@@ -108,25 +111,26 @@ void TransposeBlock(const Transposition<T>& work, std::size_t line, std::size_t 
             for (std::size_t i = 0; i < width<T>; ++i)
                 std::memcpy(&block[c + i][r], &tile[i], vectorBytes);
         }
-    for (std::size_t c = 0; c < blockSide<T>; ++c)
-        WriteCacheLine<past>(work.TargetLine(element + c) + line, block[c]);
+    for (std::size_t c = 0; c < blockLength<T>; ++c)
+        for (std::size_t r = 0; r < blockLines<T>; r += blockLength<T>)
+            WriteCacheLine<past>(work.TargetLine(element + c) + line + r, &block[c][r]);
 }
 
 // The lines of a block are more than what is read ahead by itself.
 template <class T>
 void FetchBlock(const Transposition<T>& work, std::size_t line, std::size_t element) {
-    for (std::size_t i = 0; i < blockSide<T>; ++i)
+    for (std::size_t i = 0; i < blockLines<T>; ++i)
         __builtin_prefetch(work.Line(line + i) + element);
 }
 
 template <class T, bool past>
 void TransposeBlocks(const Transposition<T>& work) {
-    const std::size_t lines = work.lines / blockSide<T> * blockSide<T>;
-    const std::size_t length = work.length / blockSide<T> * blockSide<T>;
-    for (std::size_t line = 0; line < lines; line += blockSide<T>)
-        for (std::size_t i = 0; i < length; i += blockSide<T>) {
+    const std::size_t lines = work.lines / blockLines<T> * blockLines<T>;
+    const std::size_t length = work.length / blockLength<T> * blockLength<T>;
+    for (std::size_t line = 0; line < lines; line += blockLines<T>)
+        for (std::size_t i = 0; i < length; i += blockLength<T>) {
             if constexpr (past)
-                FetchBlock(work, line, std::min(i + 2 * blockSide<T>, length - blockSide<T>));
+                FetchBlock(work, line, std::min(i + 2 * blockLength<T>, length - blockLength<T>));
             TransposeBlock<T, past>(work, line, i);
         }
     TransposePlainly(work, 0, lines, length, work.length);
