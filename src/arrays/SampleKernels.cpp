@@ -168,27 +168,10 @@ __attribute__((target("ssse3"))) std::size_t ReverseBySsse3(const T* source, T* 
     return i;
 }
 
-template <class T>
-__attribute__((target("avx2"))) std::size_t ReverseByAvx2(const T* source, T* target, std::size_t count, std::size_t i,
-                                                          bool past) {
-    constexpr std::size_t step = 2 * width<T>;
-    const __m256i order = _mm256_broadcastsi128_si256(GetOrder<T>());
-    for (; i + step <= count; i += step) {
-        const __m256i halves =
-            _mm256_shuffle_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(source + i)), order);
-        const __m256i vector = _mm256_permute4x64_epi64(halves, 0x4E);
-        auto* const place = reinterpret_cast<__m256i*>(target + count - i - step);
-        past ? _mm256_stream_si256(place, vector) : _mm256_storeu_si256(place, vector);
-    }
-    return i;
-}
-
+// Wider vectors would only be faster within the first cache, and some systems misalign them on the stack.
 template <class T>
 std::size_t ReverseVectors(const T* source, T* target, std::size_t count, std::size_t i, bool past) {
-    static const bool hasAvx2 = __builtin_cpu_supports("avx2");
     static const bool hasSsse3 = __builtin_cpu_supports("ssse3");
-    if (hasAvx2)
-        return ReverseByAvx2(source, target, count, i, past);
     return hasSsse3 ? ReverseBySsse3(source, target, count, i, past) : i;
 }
 
@@ -224,7 +207,7 @@ template <class T>
 void ReverseLine(const T* source, T* target, std::size_t count, bool past) {
     const auto move = [&](std::size_t i) { target[count - 1 - i] = source[i]; };
     std::size_t i = 0;
-    for (; past && Misalignment(target + count - i, 2 * vectorBytes) != 0; ++i)
+    for (; past && Misalignment(target + count - i, vectorBytes) != 0; ++i)
         move(i);
     for (i = ReverseVectors(source, target, count, i, past); i < count; ++i)
         move(i);

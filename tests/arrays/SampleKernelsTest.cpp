@@ -1,5 +1,4 @@
-// The kernels alone: targets that begin anywhere, lines that lie apart, and the vectors that a newer machine passes
-// over.
+// The kernels alone: targets that begin anywhere, and lines that lie apart.
 #include "../../src/arrays/SampleKernels.cpp"
 
 #include <gtest/gtest.h>
@@ -16,17 +15,17 @@ struct Shape {
     std::size_t offset; ///< of the target, in elements
 };
 
-const Shape small[] = {{0, 5, 0}, {5, 0, 0}, {1, 1, 1}, {3, 70, 1}, {64, 64, 0}, {65, 131, 3}};
-/// As many bytes as are written past the caches: aligned, not aligned, and with lines that are too short for that.
+/// The last are as many bytes as are written past the caches: aligned, not aligned, and in lines too short for that.
 template <class T>
-const Shape large[] = {{2112 / sizeof(T), 2048, 0}, {2101 / sizeof(T), 2100, 1}, {40000 / sizeof(T), 107, 1}};
-
-template <class T>
-std::vector<Shape> Shapes() {
-    std::vector<Shape> shapes(std::begin(small), std::end(small));
-    shapes.insert(shapes.end(), std::begin(large<T>), std::end(large<T>));
-    return shapes;
-}
+const Shape shapes[] = {{0, 5, 0},
+                        {5, 0, 0},
+                        {1, 1, 1},
+                        {3, 70, 1},
+                        {64, 64, 0},
+                        {65, 131, 3},
+                        {2112 / sizeof(T), 2048, 0},
+                        {2101 / sizeof(T), 2100, 1},
+                        {40000 / sizeof(T), 107, 1}};
 
 /// The rule tells which line and element of the source stands at a place of the target.
 template <class T, class Kernel, class Rule>
@@ -86,25 +85,8 @@ TYPED_TEST_SUITE(SampleKernels, Widths);
 } // namespace
 
 TYPED_TEST(SampleKernels, MoveEachElementToItsPlace) {
-    for (const Shape& shape : Shapes<TypeParam>())
+    for (const Shape& shape : shapes<TypeParam>)
         CheckAll<TypeParam>(shape);
 }
-
-#ifdef TIVOR_X86
-TYPED_TEST(SampleKernels, ReverseByTheVectorsOfOlderMachines) {
-    if (!__builtin_cpu_supports("ssse3"))
-        GTEST_SKIP() << "This machine is older";
-    for (const Shape& shape : small)
-        Check<TypeParam>(
-            "ReverseBySsse3", {1, shape.length, 0}, shape.length, false,
-            [&](const TypeParam* from, TypeParam* to) {
-                std::size_t i = ReverseBySsse3(from, to, shape.length, 0, false);
-                EXPECT_LT(shape.length - i, width<TypeParam>);
-                for (; i < shape.length; ++i)
-                    to[shape.length - 1 - i] = from[i];
-            },
-            [&](std::size_t line, std::size_t element) { return std::pair(line, shape.length - 1 - element); });
-}
-#endif
 
 } // namespace Qor::Tivor::SampleKernels
