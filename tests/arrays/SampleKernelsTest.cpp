@@ -24,7 +24,8 @@ const Shape shapes[] = {{0, 5, 0},
                         {64, 64, 0},
                         {65, 131, 3},
                         {2112 / sizeof(T), 2048, 0},
-                        {2101 / sizeof(T), 2100, 1},
+                        {2112 / sizeof(T), 2048, 1},
+                        {2101 / sizeof(T), 2100, 0},
                         {40000 / sizeof(T), 107, 1}};
 
 /// The rule tells which line and element of the source stands at a place of the target.
