@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #define TIVOR_X86
@@ -87,6 +88,28 @@ void TransposePlainly(const Transposition<T>& work, std::size_t firstLine, std::
             work.TargetLine(i)[line] = work.Line(line)[i];
 }
 
+/// Puts a block of the source transposed to where lines are `stride` elements apart.
+template <class T>
+void TransposeBlock(const Transposition<T>& work, std::size_t line, std::size_t element, T* target,
+                    std::size_t stride) {
+    for (std::size_t r = 0; r < blockLines<T>; r += width<T>)
+        for (std::size_t c = 0; c < blockLength<T>; c += width<T>) {
+            Vector<T> tile[width<T>];
+            for (std::size_t i = 0; i < width<T>; ++i)
+                std::memcpy(&tile[i], work.Line(line + r + i) + element + c, vectorBytes);
+            TransposeTile<T>(tile);
+            for (std::size_t i = 0; i < width<T>; ++i)
+                std::memcpy(target + (c + i) * stride + r, &tile[i], vectorBytes);
+        }
+}
+
+// The lines of a block are more than what is read ahead by itself.
+template <class T>
+void FetchBlock(const Transposition<T>& work, std::size_t line, std::size_t element) {
+    for (std::size_t i = 0; i < blockLines<T>; ++i)
+        __builtin_prefetch(work.Line(line + i) + element);
+}
+
 template <bool past>
 void WriteCacheLine(void* target, const void* line) {
 #ifdef TIVOR_X86
@@ -100,41 +123,17 @@ void WriteCacheLine(void* target, const void* line) {
 }
 
 template <class T, bool past>
-void TransposeBlock(const Transposition<T>& work, std::size_t line, std::size_t element) {
+void TransposeBlocks(const Transposition<T>& work, std::size_t lines, std::size_t length) {
     alignas(cacheLine) T block[blockLength<T>][blockLines<T>];
-    for (std::size_t r = 0; r < blockLines<T>; r += width<T>)
-        for (std::size_t c = 0; c < blockLength<T>; c += width<T>) {
-            Vector<T> tile[width<T>];
-            for (std::size_t i = 0; i < width<T>; ++i)
-                std::memcpy(&tile[i], work.Line(line + r + i) + element + c, vectorBytes);
-            TransposeTile<T>(tile);
-            for (std::size_t i = 0; i < width<T>; ++i)
-                std::memcpy(&block[c + i][r], &tile[i], vectorBytes);
-        }
-    for (std::size_t c = 0; c < blockLength<T>; ++c)
-        for (std::size_t r = 0; r < blockLines<T>; r += blockLength<T>)
-            WriteCacheLine<past>(work.TargetLine(element + c) + line + r, &block[c][r]);
-}
-
-// The lines of a block are more than what is read ahead by itself.
-template <class T>
-void FetchBlock(const Transposition<T>& work, std::size_t line, std::size_t element) {
-    for (std::size_t i = 0; i < blockLines<T>; ++i)
-        __builtin_prefetch(work.Line(line + i) + element);
-}
-
-template <class T, bool past>
-void TransposeBlocks(const Transposition<T>& work) {
-    const std::size_t lines = work.lines / blockLines<T> * blockLines<T>;
-    const std::size_t length = work.length / blockLength<T> * blockLength<T>;
     for (std::size_t line = 0; line < lines; line += blockLines<T>)
         for (std::size_t i = 0; i < length; i += blockLength<T>) {
             if constexpr (past)
                 FetchBlock(work, line, std::min(i + 2 * blockLength<T>, length - blockLength<T>));
-            TransposeBlock<T, past>(work, line, i);
+            TransposeBlock(work, line, i, block[0], blockLines<T>);
+            for (std::size_t c = 0; c < blockLength<T>; ++c)
+                for (std::size_t r = 0; r < blockLines<T>; r += blockLength<T>)
+                    WriteCacheLine<past>(work.TargetLine(i + c) + line + r, &block[c][r]);
         }
-    TransposePlainly(work, 0, lines, length, work.length);
-    TransposePlainly(work, lines, work.lines, 0, work.length);
 }
 
 // --- Lines
@@ -203,6 +202,28 @@ void EndWritingPast() {}
 
 #endif
 
+/// For targets whose lines begin anywhere in lines of the cache: pieces of them are gathered, and then copied.
+template <class T>
+void TransposeStrips(const Transposition<T>& work, std::size_t lines, std::size_t length) {
+    constexpr std::size_t stripLines = 8 * blockLines<T>;
+    constexpr std::size_t stripLength = 2 * blockLength<T>;
+    std::vector<T> strip(stripLines * stripLength);
+    for (std::size_t firstLine = 0; firstLine < lines; firstLine += stripLines)
+        for (std::size_t first = 0; first < length; first += stripLength) {
+            const std::size_t endLine = std::min(firstLine + stripLines, lines);
+            const std::size_t end = std::min(first + stripLength, length);
+            for (std::size_t line = firstLine; line < endLine; line += blockLines<T>)
+                for (std::size_t i = first; i < end; i += blockLength<T>) {
+                    FetchBlock(work, line, std::min(i + stripLength, length - blockLength<T>));
+                    TransposeBlock(work, line, i, &strip[(i - first) * stripLines + line - firstLine], stripLines);
+                }
+            for (std::size_t i = first; i < end; ++i) {
+                const T* const piece = &strip[(i - first) * stripLines];
+                CopyPast(piece, piece, work.TargetLine(i) + firstLine, (endLine - firstLine) * sizeof(T));
+            }
+        }
+}
+
 template <class T>
 void ReverseLine(const T* source, T* target, std::size_t count, bool past) {
     const auto move = [&](std::size_t i) { target[count - 1 - i] = source[i]; };
@@ -255,13 +276,17 @@ template <class T>
 void Transpose(const T* source, T* target, std::size_t lines, std::size_t length, bool reverseLines,
                bool reverseElements) {
     const Transposition<T> work{source, target, lines, length, reverseLines, reverseElements};
-    if (IsLarge(lines * length * sizeof(T)) && Misalignment(target, vectorBytes) == 0 &&
-        lines * sizeof(T) % vectorBytes == 0) {
-        TransposeBlocks<T, true>(work);
-        EndWritingPast();
-    } else {
-        TransposeBlocks<T, false>(work);
-    }
+    const std::size_t wholeLines = lines / blockLines<T> * blockLines<T>;
+    const std::size_t wholeLength = length / blockLength<T> * blockLength<T>;
+    if (!IsLarge(lines * length * sizeof(T)))
+        TransposeBlocks<T, false>(work, wholeLines, wholeLength);
+    else if (Misalignment(target, vectorBytes) == 0 && lines * sizeof(T) % vectorBytes == 0)
+        TransposeBlocks<T, true>(work, wholeLines, wholeLength);
+    else
+        TransposeStrips(work, wholeLines, wholeLength);
+    EndWritingPast();
+    TransposePlainly(work, 0, wholeLines, wholeLength, length);
+    TransposePlainly(work, wholeLines, lines, 0, length);
 }
 
 #define TIVOR_INSTANTIATE(T)                                                                                           \
