@@ -154,12 +154,12 @@ __m128i GetOrder() {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(order.data()));
 }
 
-/// Takes the elements from `i` on as far as they fill vectors, and returns where they no longer do.
+/// Takes the elements from `i` to `end` as far as they fill vectors, and returns where they no longer do.
 template <class T>
 __attribute__((target("ssse3"))) std::size_t ReverseBySsse3(const T* source, T* target, std::size_t count,
-                                                            std::size_t i, bool past) {
+                                                            std::size_t i, std::size_t end, bool past) {
     const __m128i order = GetOrder<T>();
-    for (; i + width<T> <= count; i += width<T>) {
+    for (; i + width<T> <= end; i += width<T>) {
         const __m128i vector = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(source + i)), order);
         auto* const place = reinterpret_cast<__m128i*>(target + count - i - width<T>);
         past ? _mm_stream_si128(place, vector) : _mm_storeu_si128(place, vector);
@@ -169,9 +169,9 @@ __attribute__((target("ssse3"))) std::size_t ReverseBySsse3(const T* source, T* 
 
 // Wider vectors would only be faster within the first cache, and some systems misalign them on the stack.
 template <class T>
-std::size_t ReverseVectors(const T* source, T* target, std::size_t count, std::size_t i, bool past) {
+std::size_t ReverseVectors(const T* source, T* target, std::size_t count, std::size_t i, std::size_t end, bool past) {
     static const bool hasSsse3 = __builtin_cpu_supports("ssse3");
-    return hasSsse3 ? ReverseBySsse3(source, target, count, i, past) : i;
+    return hasSsse3 ? ReverseBySsse3(source, target, count, i, end, past) : i;
 }
 
 /// Fetches the same places of the line that comes next.
@@ -194,7 +194,7 @@ void EndWritingPast() { _mm_sfence(); }
 #else
 
 template <class T>
-std::size_t ReverseVectors(const T*, T*, std::size_t, std::size_t i, bool) {
+std::size_t ReverseVectors(const T*, T*, std::size_t, std::size_t i, std::size_t, bool) {
     return i;
 }
 void CopyPast(const void* source, const void*, void* target, std::size_t bytes) { std::memcpy(target, source, bytes); }
@@ -226,12 +226,17 @@ void TransposeStrips(const Transposition<T>& work, std::size_t lines, std::size_
 
 template <class T>
 void ReverseLine(const T* source, T* target, std::size_t count, bool past) {
-    const auto move = [&](std::size_t i) { target[count - 1 - i] = source[i]; };
-    std::size_t i = 0;
-    for (; past && Misalignment(target + count - i, vectorBytes) != 0; ++i)
-        move(i);
-    for (i = ReverseVectors(source, target, count, i, past); i < count; ++i)
-        move(i);
+    const auto reverse = [&](std::size_t i, std::size_t end, bool isPast) {
+        for (i = ReverseVectors(source, target, count, i, end, isPast); i < end; ++i)
+            target[count - 1 - i] = source[i];
+    };
+    // Whole lines of the cache are written past it.
+    const std::size_t first = past ? Misalignment(target + count, cacheLine) / sizeof(T) : count;
+    const std::size_t last =
+        past ? count - (cacheLine - Misalignment(target, cacheLine)) % cacheLine / sizeof(T) : count;
+    reverse(0, first, false);
+    reverse(first, last, true);
+    reverse(last, count, false);
 }
 
 template <class T>
