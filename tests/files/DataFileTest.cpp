@@ -16,6 +16,7 @@ namespace Qor::Tivor::Testing {
 namespace {
 
 using namespace Core::Testing;
+using namespace std::string_literals;
 using Names = std::vector<std::string>;
 
 /// Entries at three levels.
@@ -42,24 +43,6 @@ struct OpenFile {
     StreamedDataFile& file;
 };
 
-template <class T>
-Data<T>& At(DataContainer& container, const std::string& key) {
-    return dynamic_cast<Data<T>&>(*container.Get(key));
-}
-
-/// Class, severity, category and text of the error that an operation raises, or "".
-template <class Operation>
-std::string ErrorOf(Operation operation, const std::string& fileName) {
-    try {
-        operation();
-        return {};
-    } catch (const Core::Error& error) {
-        EXPECT_EQ(error.GetVariable("File"), fileName);
-        return error.GetTypeName() + ' ' + std::to_string(error.GetSeverity()) + ' ' + error.GetCategory() + ": " +
-               error.GetText();
-    }
-}
-
 struct Content {
     std::string bytes;
     bool isRecognized = false;
@@ -69,25 +52,27 @@ struct Content {
 std::vector<Content> ContentsOf(const TestedType& type, const std::string& fileName) {
     const std::string good = type.fileOf(*Entries());
     if (type.make == xmlType.make) {
-        const std::string fault = "XMLParseError 2 Qor.Core.XMLParser: ";
-        const std::string tag = "InvalidDataTag 2 Qor.Tivor.XMLHandler.OnStartTagContent: Invalid Tivor XML data tag ";
+        const std::string fault = "XMLParseError [Qor.Core.XMLParser] line ";
+        const std::string tag = "InvalidDataTag [Qor.Tivor.XMLHandler.OnStartTagContent] Invalid Tivor XML data tag ";
         return {{good, true},
-                {"something else entirely", false, fault + "line 1, column 1: syntax error"},
-                {good.substr(0, good.size() - 3), true, fault + "line 9, column 1: unclosed token"},
-                {"<Other><DataContainer/></Other>", false, tag + "named Other"},
-                {"<Data typeid='6' encoding='def/hex64'>7</Data>", false, tag + "named Data"}};
+                {"something else entirely", false, fault + "1, column 1: syntax error; Line = 1; Column = 1"},
+                {good.substr(0, good.size() - 3), true, fault + "9, column 1: unclosed token; Line = 9; Column = 1"},
+                {"<Other><DataContainer/></Other>", false,
+                 tag + "named Other; Reason = the element of a container was expected"},
+                {"<Data typeid='6' encoding='def/hex64'>7</Data>", false,
+                 tag + "named Data; Reason = it is of another class than the object to be read; Line = 1; Column = 1"}};
     }
     std::string unicode = good;
     unicode[11] = 'U';
     std::string otherMark = good;
     otherMark.replace(8, 4, "wxyz");
-    const std::string header = "InvalidFileHeader 2 Qor.Tivor.BinaryDataFile: " + fileName +
+    const std::string header = "InvalidFileHeader [Qor.Tivor.BinaryDataFile] " + fileName +
                                " does not have a valid QOR Binary Data File header";
     return {{good, true},
             {"something else entirely", false, header},
             {good.substr(0, 11), false, header},
             {unicode, true,
-             "IncompatibleCharacterSet 2 Qor.Tivor.BinaryDataFile: " + fileName +
+             "IncompatibleCharacterSet [Qor.Tivor.BinaryDataFile] " + fileName +
                  " was saved with a Unicode compiled executable, cannot open with the current ASCII compiled "
                  "executable"},
             {otherMark, true}};
@@ -126,13 +111,11 @@ TEST_P(DataFiles, OpenAsAccessAndBehaviorSay) {
             const char outcome = outcomes[std::min<std::size_t>(i, 2)];
             const bool isRead = outcome == 'r' && content.error.empty();
             const bool opens = outcome == 'n' || isRead;
-            EXPECT_EQ(ErrorOf(
-                          [&, access = access, behavior = behavior] {
-                              const auto how = static_cast<DataFile::EOpenBehavior>(behavior);
-                              EXPECT_EQ(file->Open(path.ToString(), access, how, container), opens);
-                          },
-                          path.ToString()),
-                      outcome == 'r' ? content.error : "");
+            const auto open = [&, access = access, how = static_cast<DataFile::EOpenBehavior>(behavior)] {
+                EXPECT_EQ(file->Open(path.ToString(), access, how, container), opens);
+            };
+            const bool fails = outcome == 'r' && !isRead;
+            EXPECT_EQ(ErrorOf(open), fails ? content.error + "; File = " + path.ToString() : "");
             EXPECT_EQ(file->IsOpen(), opens);
             EXPECT_EQ(file->GetFileName(), opens ? path.ToString() : "");
             EXPECT_EQ(file->IsModified(), outcome == 'n' && access == writing);
@@ -165,13 +148,12 @@ TEST_P(DataFiles, DoNothingWhileClosed) {
         {"PutDataObject()", [&] { file.Append(*Entries()); }},
         {"Clear()", [&] { file.Assign(*Entries()); }}};
     for (const auto& [name, work] : rows) {
-        const auto error = RaisedBy<ClosedDataFileError>(work);
-        EXPECT_EQ(error.GetText(), std::string(name) + " called on an unopened " + GetParam().fileType);
-        EXPECT_EQ(error.GetCategory(), GetParam().category);
+        EXPECT_EQ(RaisedBy<ClosedDataFileError>(work).ToString(), "ClosedDataFileError ["s + GetParam().category +
+                                                                      "] " + name + " called on an unopened " +
+                                                                      GetParam().fileType);
         EXPECT_TRUE(file.IsEmpty());
     }
-    file.Close();
-    EXPECT_EQ(file.GetFileType(), GetParam().fileType);
+    EXPECT_NO_THROW(file.Close());
 }
 
 TEST_P(DataFiles, NoticeEveryChange) {
@@ -241,10 +223,9 @@ TEST_P(DataFiles, KeepChangesInMemoryWhenReadOnly) {
     OpenFile open(GetParam(), content, nullptr, DataFile::eREAD_ONLY);
     open.file.Flush();
     open.file.PutValue("n", 8);
-    const auto error = RaisedBy<ReadOnlyDataFileError>([&] { open.file.Flush(); });
-    EXPECT_EQ(error.GetText(), std::string("Flush() called on a read-only ") + GetParam().fileType);
-    EXPECT_EQ(error.GetCategory(), GetParam().category);
-    EXPECT_EQ(error.GetVariable("File"), open.path.ToString());
+    EXPECT_EQ(RaisedBy<ReadOnlyDataFileError>([&] { open.file.Flush(); }).ToString(),
+              "ReadOnlyDataFileError ["s + GetParam().category + "] Flush() called on a read-only " +
+                  GetParam().fileType + "; File = " + open.path.ToString());
     EXPECT_TRUE(open.file.IsModified());
     EXPECT_EQ(open.file.GetValue<int>("n"), 8);
     EXPECT_EQ(open.Content(), content);
@@ -281,28 +262,19 @@ TEST_P(DataFiles, StandInMemoryToo) {
 }
 
 TEST_P(DataFiles, LeaveTheContainerWhenTheyCannotBeRead) {
-    const std::string content = GetParam().fileOf(*Entries());
-    const TemporaryDirectory directory;
-    const Core::PathName path = directory / "f";
-    const auto file = GetParam().make();
-    const auto leaves = [&](std::shared_ptr<DataContainer> container) {
-        const std::string keys = Keys(*container);
-        const auto error = RaisedBy<Core::LogicError>(
-            [&] { file->Open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, container); });
-        EXPECT_EQ(error.GetVariable("File"), path.ToString());
-        EXPECT_FALSE(file->IsOpen());
-        EXPECT_EQ(Keys(*container), keys);
-    };
-    // It may neither become deeper than containers are where it comes to stand, nor belong to another file.
-    WriteFileText(path, content);
     const auto container = DataContainer::Create();
-    std::shared_ptr<DataContainer> place = container;
-    for (int level = 2; level < 256; ++level)
-        place = place->GetSubData({"d"}, true);
+    // It may neither become deeper than containers are where it comes to stand, nor belong to another file.
+    const auto place = container->GetSubData(std::vector<std::string>(254, "d"), true);
     place->PutValue("last", 1);
-    leaves(place);
-    leaves(GetParam().make());
-    EXPECT_EQ(ReadFileText(path), content);
+    for (const auto& [bound, keys] : {std::pair(place, "last "), {GetParam().make(), ""}}) {
+        OpenFile open(GetParam(), GetParam().fileOf(*Entries()));
+        const std::string path = open.path.ToString();
+        const auto error = RaisedBy<Core::LogicError>(
+            [&, bound = bound] { open.file.Open(path, DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, bound); });
+        EXPECT_EQ(error.GetVariable("File"), path);
+        EXPECT_FALSE(open.file.IsOpen());
+        EXPECT_EQ(Keys(*bound), keys);
+    }
 }
 
 /// An entry and a container, in which are two and a number, and behind that a number; what is odd is of no known class.
@@ -325,12 +297,8 @@ TEST_P(DataFiles, SayWhatTheyDropBeforeTheyDo) {
     const std::string content = OddFileOf(GetParam());
     {
         const Warnings refusing(true);
-        const TemporaryDirectory directory;
-        const std::string path = (directory / "f").ToString();
-        WriteFileText(directory / "f", content);
         const auto container = DataContainer::Create();
-        RaisedBy<Core::Error>(
-            [&] { GetParam().open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, container); });
+        RaisedBy<Core::Error>([&] { OpenFile(GetParam(), content, container); });
         EXPECT_TRUE(container->IsEmpty());
     }
     OpenFile open(GetParam(), content);
@@ -355,8 +323,8 @@ TEST_P(DataFiles, SayWhatTheyDropBeforeTheyDo) {
     open.file.Flush();
     open.file.PutValue("n", 7);
     open.file.Flush();
-    ASSERT_EQ(warnings.GetNames(), Names{"DroppingUnreadEntries"});
-    EXPECT_EQ(warnings.seen[0].GetText(), "Saving " + open.path.ToString() + " drops 3 entries that could not be read");
+    EXPECT_EQ(warnings.Tell(), Names{"DroppingUnreadEntries ["s + GetParam().category + "] Saving " +
+                                     open.path.ToString() + " drops 3 entries that could not be read"});
     EXPECT_EQ(open.file.NumUnreadEntries(), 0u);
     EXPECT_EQ(open.Content(), GetParam().fileOf(open.file));
 }
@@ -378,24 +346,19 @@ TEST_P(DataFiles, KeepMetaData) {
     EXPECT_TRUE(open.file.IsModified() && !open.file.GetMetaData("m"));
 }
 
-// By its content, whatever its extension; a new one by its extension where one is named.
 TEST_P(DataFiles, AreFoundByTheManager) {
     const TestedType& type = GetParam();
     const TemporaryDirectory directory;
-    const std::string odd = (directory / "f.x").ToString();
-    WriteFileText(Core::PathName(odd), type.fileOf(*Entries()));
-    const auto visit = [](const auto&, const auto&) { return true; };
-    EXPECT_EQ(DataFile::ForEachHeader(odd, "", visit), type.fileType);
     const auto factory = DataFileTypeManager::Instance().FindFactoryByExtension("F." + std::string(type.extension));
     ASSERT_TRUE(factory);
     EXPECT_EQ(factory->GetFileType(), type.fileType);
     EXPECT_EQ(factory->DescribeFileType(), type.make()->DescribeFileType());
-    const std::string path = (directory / (std::string("new.") + type.extension)).ToString();
-    WriteFileText(Core::PathName(path), "");
-    const auto empty = DataFile::Open(path, DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, "", nullptr);
+    const Core::PathName path = directory / ("new."s + type.extension);
+    WriteFileText(path, "");
+    const auto empty = DataFile::Open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, "", nullptr);
     EXPECT_EQ(empty->GetFileType(), type.fileType);
     empty->Flush();
-    EXPECT_EQ(ReadFileText(Core::PathName(path)), Bytes(type.empty));
+    EXPECT_EQ(ReadFileText(path), Bytes(type.empty));
 }
 
 TEST(XMLFile, OfAContainerComesBackOrSaysWhatFails) {
@@ -406,14 +369,12 @@ TEST(XMLFile, OfAContainerComesBackOrSaysWhatFails) {
     const std::string content = ReadFileText(path);
     EXPECT_EQ(content, StoredXML(*Entries()));
     EXPECT_TRUE(*DataContainer::FromXMLFile(name) == *Entries());
-    const std::string places[] = {(directory / "absent" / "f.xml").ToString(), directory.GetPath().ToString()};
-    for (const std::string& place : places)
-        for (const std::function<void()>& operation :
-             {std::function<void()>([&] { Entries()->ToXMLFile(place); }),
-              std::function<void()>([&] { DataContainer::FromXMLFile(place); })})
-            EXPECT_EQ(ErrorOf(operation, place), "OpenDataFileFailed 2 Qor.Tivor.DataContainer: Failed to open data "
-                                                 "file named " +
-                                                     place);
+    for (const auto& place : {(directory / "absent" / "f.xml").ToString(), directory.GetPath().ToString()}) {
+        const std::string text = "OpenDataFileFailed [Qor.Tivor.DataContainer] Failed to open data file named " +
+                                 place + "; File = " + place;
+        EXPECT_EQ(ErrorOf([&] { Entries()->ToXMLFile(place); }), text);
+        EXPECT_EQ(ErrorOf([&] { DataContainer::FromXMLFile(place); }), text);
+    }
     const auto odd = std::make_shared<ForeignObject>();
     odd->onSize = [] { throw Core::LogicError("mine"); };
     const auto container = Entries();
@@ -428,23 +389,12 @@ TEST(XMLFile, OfAContainerComesBackOrSaysWhatFails) {
 TEST(XMLDataFile, IsKnownByItsFirstElement) {
     const std::string element = "<DataContainer typeid='125'/>";
     const std::string comment = "<!--" + std::string(70 * 1024, 'c') + "-->";
-    const auto wide = [](const std::string& text, bool isBigEndian) {
-        std::string bytes = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
-        for (const char c : text)
-            isBigEndian ? bytes.append({'\0', c}) : bytes.append({c, '\0'});
-        return bytes;
-    };
     const std::pair<std::string, bool> rows[] = {
         {element, true},
-        {"\xEF\xBB\xBF" + element, true},
         {"\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8' standalone='yes'?>\n<!-- < -->\n<?pi <?>\n"
          "<!DOCTYPE DataContainer>\n<?pi?><!---->" +
              element,
          true},
-        {"<!DOCTYPE DataContainer SYSTEM 'http://no.where/no.dtd'>" + element, true},
-        {"<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE4 -->" + element, true},
-        {wide(element, false), true},
-        {wide("<?xml version='1.0' encoding='UTF-16'?>" + element, true), true},
         {"<!--" + std::string(60 * 1024, 'c') + "-->" + element, true},
         {"<DataContainer><no end", true},
         {comment + element, false},
@@ -453,7 +403,6 @@ TEST(XMLDataFile, IsKnownByItsFirstElement) {
         {"<q:DataContainer xmlns:q='q'/>", false},
         {"x" + element, false},
         {"<!-- " + element, false},
-        {"<?xml version='1.0' encoding='EBCDIC'?>" + element, false},
         {"", false},
         {"<DataContainer", false},
     };

@@ -1,30 +1,34 @@
-// Saves a file again and again, alternating between two contents of different length, until it is killed. Says so when
-// the first save is done.
+// Saves the entries of two files into a third, again and again and in turn, until it ends itself: some time after so
+// many saves, at whatever it is about, and without a step more of its own.
 //
-//     KilledSaverProgram <file> <bytes>
-
-#include "AlternatingContent.h"
+//     KilledSaverProgram <file> <one> <other> <saves> <microseconds>
 
 #include <Tivor/DataFile.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <thread>
 
 using namespace Qor::Tivor;
 
-int main(int count, char** arguments) {
-    if (count != 3)
-        return EXIT_FAILURE;
+int main(int, char** arguments) {
     try {
-        const auto size = static_cast<std::size_t>(std::strtoull(arguments[2], nullptr, 10));
-        const auto file = DataFile::Open(arguments[1], DataFile::eREAD_WRITE, DataFile::eOPEN_EXISTING, "", nullptr);
-        if (!file)
-            return EXIT_FAILURE;
-        for (bool longer = false;; longer = !longer) {
-            Testing::FillWithAlternative(*file, size, longer);
+        const auto open = [&](int number, DataFile::EAccess access) {
+            return DataFile::Open(arguments[number], access, DataFile::eOPEN_EXISTING, "", nullptr);
+        };
+        const auto file = open(1, DataFile::eREAD_WRITE);
+        const std::shared_ptr<DataFile> contents[] = {open(2, DataFile::eREAD_ONLY), open(3, DataFile::eREAD_ONLY)};
+        const int saves = std::atoi(arguments[4]);
+        for (int save = 0;; ++save) {
+            if (save == saves)
+                std::thread([delay = std::chrono::microseconds(std::atoi(arguments[5]))] {
+                    std::this_thread::sleep_for(delay);
+                    std::_Exit(9);
+                }).detach();
+            file->Assign(*contents[save % 2]);
             file->Flush();
-            std::cout << "saved" << std::endl;
         }
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';

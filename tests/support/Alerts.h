@@ -26,6 +26,13 @@ public:
             names.push_back(warning.GetTypeName());
         return names;
     }
+    /// Class, category and text of each, as `ToString` tells them.
+    std::vector<std::string> Tell() const {
+        std::vector<std::string> told;
+        for (const Warning& warning : seen)
+            told.push_back(warning.ToString());
+        return told;
+    }
 
     std::vector<Warning> seen;
 
@@ -46,6 +53,17 @@ E RaisedBy(Operation operation) {
     }
     ADD_FAILURE() << "raised nothing";
     return E("");
+}
+
+/// What an operation raises, as `ToString` tells it; "" when it raises nothing.
+template <class Operation>
+std::string ErrorOf(Operation operation) {
+    try {
+        operation();
+    } catch (const Error& error) {
+        return error.ToString();
+    }
+    return {};
 }
 
 } // namespace Qor::Core::Testing

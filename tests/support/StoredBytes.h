@@ -30,4 +30,10 @@ void ExpectNothingHeld(const DataContainer& container);
 /// The keys of a container, in order, each followed by a blank.
 std::string Keys(const DataContainer& container);
 
+/// The object of that type under a key.
+template <class T>
+Data<T>& At(DataContainer& container, const std::string& key) {
+    return dynamic_cast<Data<T>&>(*container.Get(key));
+}
+
 } // namespace Qor::Tivor::Testing
