@@ -124,25 +124,10 @@ std::string FindDifference(const DataContainer& tree) {
 
 } // namespace
 
-TEST(BothForms, AgreeOnEveryObject) {
-    const Warnings refusing(true);
-    for (const auto& object : Pool()) {
-        DataContainer tree;
-        tree.Put("k", object);
-        EXPECT_EQ(FindDifference(tree), "");
-        if (HasFailure())
-            break;
-    }
-}
-
 TEST(BothForms, AgreeOnRandomTrees) {
     const Warnings refusing(true);
-    const unsigned first = 1;
-    RecordProperty("seed", static_cast<int>(first));
-    for (unsigned seed = first; seed < first + 20'000; ++seed) {
-        const std::string difference = FindDifference(*TreeMaker(seed).Make());
-        ASSERT_EQ(difference, "") << "seed " << seed;
-    }
+    for (unsigned seed = 1; seed <= 5000; ++seed)
+        ASSERT_EQ(FindDifference(*TreeMaker(seed).Make()), "") << "seed " << seed;
 }
 
 } // namespace Qor::Tivor::Testing

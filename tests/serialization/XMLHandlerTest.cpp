@@ -1,7 +1,6 @@
 #include "Alerts.h"
 #include "ForeignObject.h"
 #include "StoredBytes.h"
-#include "Watchdog.h"
 
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/DataContainer.h>
@@ -110,7 +109,6 @@ std::string Play(const std::string& content, const std::map<std::string, std::st
 }
 
 void ExpectUsable(XMLHandler& handler) {
-    const Watchdog watchdog;
     handler.ResetHandler();
     std::thread([&] {
         Parse("<DataContainer><DataContainer key='k'/></DataContainer>", handler);
@@ -173,7 +171,6 @@ TEST(XMLHandler, DeliversToTheTopOfItsStack) {
          {{"a:'t'", "parse"}, {"a:<x", "parse"}, {"a:end", "parse"}},
          "a:prepare a:'t' a:<x a:>x a:'u' a:</x> a:end"},
     };
-    const Watchdog watchdog;
     for (const Row& row : rows)
         EXPECT_EQ(Play(row.content, row.script), row.log) << row.content;
 }
@@ -234,11 +231,10 @@ TEST(XMLHandler, IsNeededForPushing) {
     const auto other = std::make_shared<ScriptedHandler>(stage, "b");
     const std::function<void()> pushes[] = {[&] { alone.PushHandler(other); }, [&] { alone.PushHandler(nullptr); },
                                             [&] { alone.PushDataObject("k", "Test"); }};
-    for (const auto& push : pushes) {
-        const auto error = RaisedBy<Core::LogicError>(push);
-        EXPECT_EQ(error.GetText(), "Attempted push of XMLContentHandler onto a NULL root handler");
-        EXPECT_EQ(error.GetCategory(), "Qor.Tivor.XMLContentHandler");
-    }
+    for (const auto& push : pushes)
+        EXPECT_EQ(RaisedBy<Core::LogicError>(push).ToString(),
+                  "LogicError [Qor.Tivor.XMLContentHandler] Attempted push "
+                  "of XMLContentHandler onto a NULL root handler");
     EXPECT_EQ(alone.CurrentTag() + stage->log, "");
     stage->script = {{"c:>x", "null"}};
     XMLHandler handler(ReadBy(std::make_shared<ScriptedHandler>(stage, "c")));
@@ -251,12 +247,10 @@ TEST(XMLHandler, RefusesElementsThatNobodyExpects) {
     class Reader final : public XMLContentHandler {};
     for (const std::string name : {"x", "Data", "DataContainer"}) {
         XMLHandler handler(ReadBy(std::make_shared<Reader>()));
-        const auto error =
-            RaisedBy<InvalidDataTag>([&] { Parse(RootElement("\n <" + name + " typeid='6'/>"), handler); });
-        EXPECT_EQ(error.GetText(), "Invalid Tivor XML data tag named " + name);
-        EXPECT_EQ(error.GetCategory(), "Qor.Tivor.XMLHandler.OnStartTagContent");
-        EXPECT_EQ(error.GetVariable("Line") + ':' + error.GetVariable("Column"), "2:2");
-        EXPECT_EQ(error.GetVariable("Key"), "root");
+        const auto parse = [&] { Parse(RootElement("\n <" + name + " typeid='6'/>"), handler); };
+        EXPECT_EQ(RaisedBy<InvalidDataTag>(parse).ToString(),
+                  "InvalidDataTag [Qor.Tivor.XMLHandler.OnStartTagContent] Invalid Tivor XML data tag named " + name +
+                      "; Reason = no element can stand here; Key = root; Line = 2; Column = 2");
         ExpectUsable(handler);
     }
 }
@@ -266,12 +260,13 @@ TEST(XMLHandler, NeedsASerializerAndItsHandler) {
         const auto object = ReadBy(nullptr);
         object->isSerializable = isSerializable;
         XMLHandler handler(object);
-        const auto error = RaisedBy<Core::Error>([&] { Parse(RootElement(""), handler); });
-        EXPECT_EQ(error.GetTypeName() + ": " + error.GetText(),
-                  isSerializable ? "NullXMLContentHandler: Attempt to deserialize data named root failed to obtain an "
-                                   "XMLContentHandler implementation"
-                                 : "NullSerializer: No serializer for data with class name = Test.Foreign");
-        EXPECT_EQ(error.GetCategory(), "Qor.Tivor.XMLHandler.OnStartTagContent");
+        const std::string category = " [Qor.Tivor.XMLHandler.OnStartTagContent] ";
+        const std::string expected =
+            isSerializable ? "NullXMLContentHandler" + category +
+                                 "Attempt to deserialize data named root failed to "
+                                 "obtain an XMLContentHandler implementation"
+                           : "NullSerializer" + category + "No serializer for data with class name = Test.Foreign";
+        EXPECT_TRUE(ErrorOf([&] { Parse(RootElement(""), handler); }).starts_with(expected));
         ExpectUsable(handler);
     }
 }
