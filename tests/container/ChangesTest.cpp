@@ -65,11 +65,6 @@ private:
     std::vector<std::string> m_heard;
 };
 
-template <class T>
-Data<T>& At(DataContainer& container, const std::string& key) {
-    return dynamic_cast<Data<T>&>(*container.Get(key));
-}
-
 /// A tree with something of everything.
 struct Tree {
     std::shared_ptr<Recorder> root = std::make_shared<Recorder>();
@@ -87,6 +82,9 @@ struct Tree {
         deep->Put("s", scalar);
         root->others.push_back(sub->BeginDataAccess());
         root->callsBack = true;
+        Forget();
+    }
+    void Forget() {
         root->Take();
         sub->Take();
     }
@@ -94,11 +92,6 @@ struct Tree {
 
 void Rebind(Tree& t, const std::shared_ptr<DataContainer>& next) {
     std::static_pointer_cast<DataContainerWrapper>(t.sub->Get("deep"))->SetData(next);
-}
-
-void Forget(Tree& t) {
-    t.root->Take();
-    t.sub->Take();
 }
 
 struct Change {
@@ -124,7 +117,7 @@ const Change changes[] = {
      [](Tree& t) {
          const auto next = DataContainer::Create();
          Rebind(t, next);
-         Forget(t);
+         t.Forget();
          t.deep->PutValue("x", 1);
          EXPECT_EQ(t.sub->Take(), "");
          next->PutValue("x", 1);
@@ -133,7 +126,7 @@ const Change changes[] = {
     {"under two keys",
      [](Tree& t) {
          t.root->Put("m", t.root->Get("n"));
-         Forget(t);
+         t.Forget();
          At<int>(*t.root, "n").SetValue(5);
      },
      "value m; value n; ", ""},
@@ -141,7 +134,7 @@ const Change changes[] = {
      [](Tree& t) {
          const auto object = t.root->Remove("n");
          t.root->Remove("sub");
-         Forget(t);
+         t.Forget();
          static_cast<Data<int>&>(*object).SetValue(5);
          t.sub->PutValue("x", 1);
      },
@@ -150,7 +143,7 @@ const Change changes[] = {
      [](Tree& t) {
          const auto walk = t.sub->begin();
          t.sub->Clear();
-         Forget(t);
+         t.Forget();
          t.scalar->SetValue(5);
          t.deep->PutValue("x", 1);
      },
