@@ -87,12 +87,12 @@ TEST(Configuration, IsReadInWholeBeforeItCounts) {
     for (const auto& [content, begin, ending] : rows) {
         SCOPED_TRACE(content);
         const Configuration configuration(content);
-        const auto error = RaisedBy<DataFileConfigParseError>([&] { configuration.Read(); });
-        const std::string head = "Error during parse of " + configuration.GetFileName() + ":\n" + begin;
-        EXPECT_EQ(error.GetText().substr(0, head.size()), head);
-        EXPECT_TRUE(error.GetText().ends_with(ending)) << error.GetText();
-        EXPECT_EQ(error.GetVariable("File"), configuration.GetFileName());
-        EXPECT_EQ(error.GetCategory(), "Qor.Tivor.DataFile");
+        const std::string error = RaisedBy<DataFileConfigParseError>([&] { configuration.Read(); }).ToString();
+        const std::string name = configuration.GetFileName();
+        EXPECT_TRUE(error.starts_with("DataFileConfigParseError [Qor.Tivor.DataFile] Error during parse of " + name +
+                                      ":\n" + begin) &&
+                    error.ends_with(ending + "; File = " + name))
+            << error;
         EXPECT_EQ(configuration.GetPlugIns(), Names());
         EXPECT_EQ(Manager().GetDefaultFileType(), "");
     }

@@ -55,17 +55,13 @@ std::shared_ptr<MarkedFileFactory> Registered(const std::string& fileType, const
     return factory;
 }
 
-std::string BinaryContent() {
-    DataContainer container;
-    container.PutValue("n", 7);
-    return Bytes("'QOR DATA' 01 0000 'A'") + Stored(container);
-}
-
 std::string MarkedContent(const std::string& mark) {
     DataContainer container;
     container.PutValue("n", 7);
     return mark + Stored(container);
 }
+
+std::string BinaryContent() { return MarkedContent(Bytes("'QOR DATA' 01 0000 'A'")); }
 
 /// The type of what is opened, "-" for nothing, or the name of the error.
 template <class Operation>
@@ -101,29 +97,21 @@ protected:
 
 TEST_F(FileTypes, AreReplacedWithAWarning) {
     LogLines log;
-    const Names registered = {"Registered DataFile type: R"};
+    const std::string registered = "Registered DataFile type: R";
+    const std::string replacing = "Replacing registered DataFile::Factory for R";
     const auto first = Registered("R", "R1", {"r1"});
+    EXPECT_EQ(log.Take().back(), registered);
     const std::size_t count = Manager().GetFactories().size();
     const auto replacement = std::make_shared<MarkedFileFactory>("R", "R2", Names{"R2"});
-    EXPECT_EQ(log.Take().back(), registered[0]);
-    {
-        const Warnings refusing(true);
-        RaisedBy<Core::Error>([&] { Manager().SetFactory(replacement); });
-        EXPECT_EQ(Manager().GetFactory("R"), first);
-        EXPECT_EQ(Manager().FindFactoryByExtension("x.r1"), first);
-        EXPECT_EQ(refusing.GetNames(), Names{"ReplacingDataFileFactory"});
-        log.Take();
+    for (const bool isRefused : {true, false}) {
+        const Warnings warnings(isRefused);
+        EXPECT_EQ(ErrorOf([&] { Manager().SetFactory(replacement); }), isRefused ? "Error [] refused" : "");
+        EXPECT_EQ(Manager().GetFactory("R"), isRefused ? first : replacement);
+        EXPECT_EQ(Manager().FindFactoryByExtension("x.r1"), isRefused ? first : nullptr);
+        EXPECT_EQ(warnings.Tell(), Names{"ReplacingDataFileFactory [Qor.Tivor.DataFile] " + replacing});
+        const std::string logged = "ReplacingDataFileFactory: " + replacing;
+        EXPECT_EQ(log.Take(), isRefused ? Names{logged} : (Names{logged, registered}));
     }
-    const Warnings warnings;
-    Manager().SetFactory(replacement);
-    ASSERT_EQ(warnings.GetNames(), Names{"ReplacingDataFileFactory"});
-    EXPECT_EQ(warnings.seen[0].GetText(), "Replacing registered DataFile::Factory for R");
-    EXPECT_EQ(warnings.seen[0].GetCategory(), "Qor.Tivor.DataFile");
-    EXPECT_EQ(log.Take(),
-              (Names{"ReplacingDataFileFactory: Replacing registered DataFile::Factory for R", registered[0]}));
-    EXPECT_EQ(Manager().GetFactory("R"), replacement);
-    EXPECT_EQ(Manager().GetFactories().size(), count);
-    EXPECT_EQ(Manager().FindFactoryByExtension("x.r1"), nullptr);
     EXPECT_EQ(Manager().FindFactoryByExtension("x.r2"), replacement);
     std::unordered_map<std::string, std::string> fileTypes;
     DataFile::EnumFileTypes(fileTypes);
@@ -155,28 +143,23 @@ TEST_F(FileTypes, AreFoundByTheirClass) {
 TEST_F(FileTypes, HaveADefault) {
     LogLines log;
     const Warnings warnings;
+    const std::string text = "Default DataFile type was not set, auto setting it to " + binary;
     EXPECT_EQ(DataFile::GetDefaultFileType(), "");
     EXPECT_TRUE(log.Take().empty());
     for (const char* const after : {"first", "second"}) {
         EXPECT_EQ(Manager().GetDefaultFactory(), Manager().GetFactory(binary)) << after;
         EXPECT_EQ(DataFile::GetDefaultFileType(), binary);
     }
-    ASSERT_EQ(warnings.GetNames(), Names{"NoDefaultDataFile"});
-    const std::string text = "Default DataFile type was not set, auto setting it to " + binary;
-    EXPECT_EQ(warnings.seen[0].GetText(), text);
     EXPECT_EQ(log.Take(),
               (Names{"Default DataFile type automatically set to " + binary, "NoDefaultDataFile: " + text}));
     DataFile::SetDefaultFileType("A");
-    const auto error = RaisedBy<InvalidDataFileType>([] { DataFile::SetDefaultFileType("None"); });
-    EXPECT_EQ(error.GetText(), "Missing installed data file type: None");
-    EXPECT_EQ(error.GetCategory(), "Qor.Tivor.DataFile");
-    EXPECT_EQ(RaisedBy<InvalidDataFileType>([] { Manager().GetFactory("a"); }).GetText(),
-              "Missing installed data file type: a");
-    EXPECT_EQ(DataFile::GetDefaultFileType(), "A");
+    const std::string missing = "InvalidDataFileType [Qor.Tivor.DataFile] Missing installed data file type: ";
+    EXPECT_EQ(ErrorOf([] { DataFile::SetDefaultFileType("None"); }), missing + "None");
+    EXPECT_EQ(ErrorOf([] { Manager().GetFactory("a"); }), missing + "a");
     EXPECT_EQ(Manager().GetDefaultFactory(), Manager().GetFactory("A"));
     DataFile::SetDefaultFileType("");
     EXPECT_EQ(DataFile::GetDefaultFileType(), "");
-    EXPECT_EQ(warnings.seen.size(), 1u);
+    EXPECT_EQ(warnings.Tell(), Names{"NoDefaultDataFile [Qor.Tivor.DataFile] " + text});
 }
 
 TEST_F(FileTypes, OfFilesAreChosen) {

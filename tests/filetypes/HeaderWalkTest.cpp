@@ -53,22 +53,16 @@ struct Seen {
     std::string fileType;
     Names lines;
     std::string error;
-    std::string text;
-    std::string file;
 };
 
 Seen Visit(const std::string& fileName, const std::string& fileType, const std::string& closedKey = "") {
     Seen seen;
-    try {
+    seen.error = ErrorOf([&] {
         seen.fileType = DataFile::ForEachHeader(fileName, fileType, [&](const Names& path, const auto& header) {
             seen.lines.push_back(Line(path, header));
             return path.back() != closedKey;
         });
-    } catch (const Core::Error& error) {
-        seen.error = error.GetTypeName();
-        seen.text = error.GetText();
-        seen.file = error.GetVariable("File");
-    }
+    });
     return seen;
 }
 
@@ -152,31 +146,28 @@ TEST(HeaderWalk, StopsWhereTheFileIsDamaged) {
         SCOPED_TRACE(size);
         WriteFileText(path, content.substr(0, size));
         const Seen seen = Visit(path.ToString(), "QOR Binary Data File");
-        EXPECT_NE(seen.error, "");
-        EXPECT_EQ(seen.file, path.ToString());
+        EXPECT_TRUE(seen.error.ends_with("; File = " + path.ToString())) << seen.error;
         ASSERT_LE(seen.lines.size(), whole.size());
         EXPECT_TRUE(std::equal(seen.lines.begin(), seen.lines.end(), whole.begin()));
     }
-    const std::tuple<std::string, std::string, std::string, std::size_t> rows[] = {
-        {Bytes("01000000 'a' 06 01000000 01000000 'b' 7F 0000"), "InputInvalidTypeID", "", 1},
-        {Bytes("01000000 'a' 13 08 FFFFFFFFFFFFFFFF 'b' "), "EndOfStreamOnInput",
-         "Expected 18446744073709551615 bytes of data, found the end of the stream after 1", 1},
-        {Bytes("01000000 'a' 7D 01 0A 01000000 'b' 06 01000000") + end, "EndOfStreamOnInput", "", 2},
+    const std::tuple<std::string, std::string, std::size_t> rows[] = {
+        {Bytes("01000000 'a' 06 01000000 01000000 'b' 7F 0000"), "InputInvalidTypeID ", 1},
+        {Bytes("01000000 'a' 13 08 FFFFFFFFFFFFFFFF 'b' "),
+         "EndOfStreamOnInput [Qor.Tivor.DataContainer.ForEachHeader] Expected 18446744073709551615 bytes of data, "
+         "found the end of the stream after 1; Key = a; File = " +
+             path.ToString(),
+         1},
+        {Bytes("01000000 'a' 7D 01 0A 01000000 'b' 06 01000000") + end, "EndOfStreamOnInput ", 2},
     };
-    for (const auto& [entries, error, text, count] : rows) {
+    for (const auto& [entries, error, count] : rows) {
         WriteFileText(path, fileHeader + entries);
-        SCOPED_TRACE(testing::PrintToString(entries));
         const Seen seen = Visit(path.ToString(), "");
-        EXPECT_EQ(seen.error, error) << seen.text;
-        EXPECT_EQ(seen.text.substr(0, text.size()), text);
-        EXPECT_EQ(seen.file, path.ToString());
+        EXPECT_TRUE(seen.error.starts_with(error)) << seen.error;
         EXPECT_EQ(seen.lines.size(), count);
     }
     const std::string absent = (directory / "absent").ToString();
-    for (const char* const fileType : {"", "QOR Binary Data File"}) {
-        const auto error = RaisedBy<Core::IOError>([&] { DataFile::ForEachHeader(absent, fileType, {}); });
-        EXPECT_EQ(error.GetVariable("File"), absent);
-    }
+    for (const char* const fileType : {"", "QOR Binary Data File"})
+        EXPECT_TRUE(Visit(absent, fileType).error.ends_with("; File = " + absent));
     // The visitor's own exceptions are not swallowed.
     WriteFileText(path, content);
     EXPECT_THROW(DataFile::ForEachHeader(path.ToString(), "", [](const auto&, const auto&) -> bool { throw 7; }), int);
