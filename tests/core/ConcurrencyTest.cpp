@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,7 +22,7 @@
 namespace {
 
 using namespace Qor::Core;
-using namespace std::chrono_literals;
+using Testing::LetOthersRun;
 using Testing::OnThreads;
 
 bool IsFreeForOthers(Mutex& mutex) {
@@ -40,9 +39,6 @@ void WaitUntil(const std::atomic<bool>& flag) {
     while (!flag)
         std::this_thread::yield();
 }
-
-// Long enough for a thread that does not wait, although it should, to be seen.
-void LetOthersRun() { std::this_thread::sleep_for(20ms); }
 
 TEST(MutexThreads, IsFreeWhenItsOwnerReleasedItAsOftenAsItAcquiredIt) {
     Mutex mutex;

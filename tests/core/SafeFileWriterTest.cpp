@@ -159,12 +159,7 @@ protected:
     }
 
     bool IsRefused(const std::string& text) {
-        try {
-            SafeFileWriter::Save(m_file, Content(text));
-        } catch (const Error&) {
-            return true;
-        }
-        return false;
+        return !ErrorOf([&] { SafeFileWriter::Save(m_file, Content(text)); }).empty();
     }
 
     TemporaryDirectory m_directory;

@@ -1,6 +1,5 @@
 #include "Alerts.h"
 #include "Platform.h"
-#include "Watchdog.h"
 
 #include <QorCore/Context.h>
 #include <QorCore/Mutex.h>
@@ -32,7 +31,6 @@ private:
 std::shared_ptr<Task> MakeTask(std::function<void()> work) { return std::make_shared<Work>(std::move(work)); }
 
 TEST(TaskThreads, JoinThrowsWhatTheTaskThrewOnce) {
-    const Testing::Watchdog watchdog;
     const void* thrown = nullptr;
     Thread failing("failing", MakeTask([&] {
                        try {
@@ -61,7 +59,6 @@ TEST(TaskThreads, JoinThrowsWhatTheTaskThrewOnce) {
 }
 
 TEST(TaskThreads, TheDestructorWaitsAndDropsTheException) {
-    const Testing::Watchdog watchdog;
     std::atomic<bool> isDone{false};
     {
         Thread thread("slow", MakeTask([&] {
@@ -78,7 +75,6 @@ TEST(TaskThreads, TheDestructorWaitsAndDropsTheException) {
 }
 
 TEST(TaskThreads, TheTaskWorksOnBehalfOfTheStarter) {
-    const Testing::Watchdog watchdog;
     Testing::Warnings warnings;
     Mutex mutex;
     const MutexGuard guard(mutex);

@@ -19,6 +19,7 @@ namespace {
 
 using namespace Qor::Core;
 using Qor::Core::Testing::RaisedBy;
+using namespace std::string_literals;
 
 using Value = UnitizedValue<double>;
 
@@ -143,17 +144,14 @@ TEST(Units, WhatHasNoMeaningIsRefused) {
         {[&] { return m.ConvertTo(odd(notANumber).GetUnits()); }, "\"Meter\" to \"Odd\""},
         {[&] { return odd(1, infinity).ConvertTo("Meter"); }, "\"Odd\" to \"Meter\""},
         {[&] { return odd(1e-200) * odd(1e-200); }, "\"Odd\" to \"Odd\""}};
-    for (const auto& [operation, units] : rows) {
-        const auto error = RaisedBy<IllegalUnitConversion>(operation);
-        EXPECT_EQ(error.GetText(), std::string("Illegal unit conversion from ") + units);
-        EXPECT_EQ(error.GetCategory(), "Qor.Core.UnitizedValue");
-    }
+    for (const auto& [operation, units] : rows)
+        EXPECT_EQ(RaisedBy<IllegalUnitConversion>(operation).ToString(),
+                  "IllegalUnitConversion [Qor.Core.UnitizedValue] Illegal unit conversion from "s + units);
     const Value far(1, UnitDescriptor::Create("Far", "f", 1, 0, {127}));
     EXPECT_THROW(far * m, OutOfRangeError);
     EXPECT_THROW(1 / far / m / m, OutOfRangeError);
-    const auto error = RaisedBy<UnitNotFound>([&] { return m.ConvertTo("100%1%"); });
-    EXPECT_EQ(error.GetText(), "100%1% unit not found in the unit dictionary");
-    EXPECT_EQ(error.GetCategory(), "Qor.Core.UnitDictionary");
+    EXPECT_EQ(RaisedBy<UnitNotFound>([&] { return m.ConvertTo("100%1%"); }).ToString(),
+              "UnitNotFound [Qor.Core.UnitDictionary] 100%1% unit not found in the unit dictionary");
     EXPECT_EQ(Dictionary().Find("meter"), nullptr);
     EXPECT_THROW(Dictionary().Add({"Meter", "m", 1.1, 0, {1}}), LogicError);
     EXPECT_THROW(Dictionary().Add({"", "", 2}), LogicError);

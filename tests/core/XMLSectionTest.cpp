@@ -8,19 +8,13 @@
 
 #include <Alerts.h>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
-namespace {
+namespace Qor::Core::Testing {
 
-using namespace Qor::Core;
-using Testing::Deliver;
-using Testing::Joined;
-using Testing::pieceSize;
-using Testing::RaisedBy;
-using Testing::Recorder;
-using Testing::Repeated;
-using Testing::Trickle;
+namespace {
 
 // In this encoding, sections are read by expat and stand in memory: what comes from the source is compared with that.
 std::string Utf16(const std::string& utf8) {
@@ -49,12 +43,7 @@ std::string OutcomeOf(BinaryInputStream& stream, std::uint64_t readSize, std::ui
         return std::to_string(parser.GetPosition().line) + ":" + std::to_string(parser.GetPosition().column) + " ";
     };
     recorder.action = [&] { places += place(); };
-    std::string fault;
-    try {
-        parser.Parse(stream, recorder);
-    } catch (const XMLParseError& error) {
-        fault = error.ToString();
-    }
+    const std::string fault = ErrorOf([&] { parser.Parse(stream, recorder); });
     return Joined(recorder.seen) + "\n" + places + fault;
 }
 
@@ -79,6 +68,7 @@ TEST(XMLSection, SeemsToBeReadAsAWhole) {
                              "\xF4\x8F\xBF\xBF";
     const std::string documents[] = {
         "<a><![CDATA[]]></a>",
+        "<a x='1' y=\"&lt;2\">t&amp;u<b/><![CDATA[<]]]]><?p i?>\xC3\xA4\r\nv&#x20AC;</a>",
         "<a>t<![CDATA[1]]><![CDATA[2]]>u\r\n<![CDATA[\r\n3\r4\n\r\r\n]]>v<b/></a>",
         "<a><![CDATA[]]]]><![CDATA[]]]]]]><![CDATA[> ]> ]] > \t&lt;<b>&#0;]]></a>",
         "<a><![CDATA[]]]></a><![CDATA[<a>]]>&amp;</a>",
@@ -138,22 +128,12 @@ TEST(XMLSection, AnyTextIsReadInAnyPieces) {
 
 TEST(XMLSection, WhatIsNoCharacterIsAFaultWhereItStands) {
     using namespace std::string_literals;
-    const std::string rows[] = {"\x80",
-                                "\xC0\x80",
-                                "\xC1\xBF",
-                                "\xC3(",
-                                "\xE0\x9F\xBF",
-                                "\xE2\x82(",
-                                "\xED\xA0\x80",
-                                "\xEF\xBF\xBE",
-                                "\xEF\xBF\xBF",
-                                "\xF0\x8F\xBF\xBF",
-                                "\xF4\x90\x80\x80",
-                                "\xF5\x80\x80\x80",
-                                "\xFF",
-                                "\x1F",
-                                "\0"s,
-                                "\xF0\x9F\x98"};
+    std::vector<std::string> rows = {"\0"s};
+    std::istringstream words(
+        "\x80 \xC0\x80 \xC1\xBF \xC3( \xE0\x9F\xBF \xE2\x82( \xED\xA0\x80 \xEF\xBF\xBE \xEF\xBF\xBF \xF0\x8F\xBF\xBF "
+        "\xF4\x90\x80\x80 \xF5\x80\x80\x80 \xFF \x1F \xF0\x9F\x98");
+    for (std::string word; words >> word;)
+        rows.push_back(word);
     for (const std::string& row : rows) {
         const bool isCut = row == "\xF0\x9F\x98";
         const std::string bytes = isCut ? row : row + "]]></a>";
@@ -241,3 +221,5 @@ TEST(XMLSection, HandlersCannotHideAFault) {
 }
 
 } // namespace
+
+} // namespace Qor::Core::Testing

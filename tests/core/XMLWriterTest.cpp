@@ -11,15 +11,6 @@
 
 namespace Qor::Core::Testing {
 
-namespace {
-
-void WriteCData(XMLWriter& writer, std::ostream& stream, const std::string& bytes) {
-    MemoryInputStream input(bytes.data(), bytes.size());
-    writer.CData(stream, input);
-}
-
-} // namespace
-
 TEST(XMLWriter, WritesWhatIsReadByPeopleAndParsers) {
     std::ostringstream stream;
     XMLWriter writer;
@@ -38,7 +29,9 @@ TEST(XMLWriter, WritesWhatIsReadByPeopleAndParsers) {
     writer.EndTag(stream);
     writer.EndTag(stream);
     writer.StartTag(stream, "c");
-    WriteCData(writer, stream, "1]]>2]]]>3");
+    const std::string bytes = "1]]>2]]]>3";
+    MemoryInputStream section(bytes.data(), bytes.size());
+    writer.CData(stream, section);
     writer.EndTag(stream);
     writer.EndTag(stream);
     writer.EndDocument(stream);

@@ -8,21 +8,9 @@ namespace Qor::Core::Testing {
 namespace {
 
 FileStatus StatusOf(EFault fault) {
-    switch (fault) {
-    case EFault::eIO:
-        return {eFILE_IO, EIO};
-    case EFault::eNO_SPACE:
-        return {eFILE_NO_SPACE, ENOSPC};
-    case EFault::eINTERRUPTED:
-        return {eFILE_INTERRUPTED, EINTR};
-    case EFault::eDENIED:
-        return {eFILE_DENIED, EACCES};
-    case EFault::eCANNOT_REPLACE:
-        return {eFILE_CANNOT_REPLACE, EXDEV};
-    case EFault::eSHORT_WRITE:
-        break;
-    }
-    return {};
+    const FileStatus statuses[] = {{eFILE_IO, EIO},        {eFILE_NO_SPACE, ENOSPC},     {eFILE_INTERRUPTED, EINTR}, {},
+                                   {eFILE_DENIED, EACCES}, {eFILE_CANNOT_REPLACE, EXDEV}};
+    return statuses[static_cast<std::size_t>(fault)];
 }
 
 } // namespace

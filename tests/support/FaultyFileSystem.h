@@ -6,6 +6,7 @@
 
 namespace Qor::Core::Testing {
 
+/// In the order of their statuses.
 enum class EFault {
     eIO,
     eNO_SPACE,

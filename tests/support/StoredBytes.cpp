@@ -1,7 +1,5 @@
 #include "StoredBytes.h"
 
-#include "Watchdog.h"
-
 #include <QorCore/Context.h>
 #include <QorCore/MemoryStreams.h>
 
@@ -78,7 +76,6 @@ void ExpectNothingHeld(const DataContainer& container) {
     const Core::Context& context = Core::Context::Current();
     EXPECT_TRUE(context.nestingDepth == 0 && context.operation == nullptr && context.reading == nullptr &&
                 context.lockSet == nullptr);
-    const Core::Testing::Watchdog watchdog;
     std::thread([&] {
         std::vector<std::shared_ptr<Core::Lock>> locks;
         container.AcquireLocks(locks);

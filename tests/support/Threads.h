@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -27,6 +28,9 @@ private:
     std::condition_variable m_complete;
     int m_missing;
 };
+
+/// Long enough for a thread to come to where it should wait, or does not although it should.
+inline void LetOthersRun() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
 
 /// Does the work on so many threads, which begin together; each is told its number. What they throw is a failure.
 template <class Work>
