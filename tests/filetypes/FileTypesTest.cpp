@@ -255,9 +255,7 @@ TEST_F(FileTypes, PassOnWhatTheirFilesRaise) {
     const auto factory = Registered("Fails", "MF", {"fail"});
     const auto open = [&] { return DataFile::Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, "", nullptr); };
     factory->onOpen = [] { throw ClosedDataFileError("mine"); };
-    const auto error = RaisedBy<ClosedDataFileError>(open);
-    EXPECT_EQ(error.GetText(), "mine");
-    EXPECT_EQ(error.GetVariable("File"), path);
+    EXPECT_EQ(RaisedBy<ClosedDataFileError>(open).ToString(), "ClosedDataFileError [] mine; File = " + path);
     factory->onOpen = [] { throw std::runtime_error("other"); };
     EXPECT_THROW(open(), std::runtime_error);
 }
