@@ -123,24 +123,21 @@ TEST(UnboundData, OutlivesAPlaceWithoutItsPlugIn) {
     deep->Put("deep", FromPlugIn("Test.Spectrum"));
     deep->GetPtr<Spectrum>("deep")->order = 2;
     deep->Put("band", FromPlugIn("Test.Band"));
-    std::string expected = Stored(first);
     std::string second;
-    for (const bool isChanged : {false, true}) {
+    {
         const Core::Context::ScopedLimits refusing({.moduleNames = Core::EModuleNames::none});
         const Warnings warnings;
-        DataContainer container(isChanged);
-        ReadInto(container, expected);
+        DataContainer container(true);
+        ReadInto(container, Stored(first));
         EXPECT_EQ(warnings.GetNames(), std::vector<std::string>(3, "KeepingUnread"));
         EXPECT_TRUE(container.GetPtr<UnboundData>("top"));
         DataContainer copy;
         copy.CloneContents(container);
-        if (isChanged)
-            copy.PutValue("changing", 2);
+        copy.PutValue("changing", 2);
         second = Stored(DataContainer(*copy.Clone()));
-        EXPECT_EQ(second == expected, !isChanged);
     }
-    expected[expected.find("changing") + sizeof "changing"] = 2;
-    EXPECT_EQ(second, expected);
+    first.PutValue("changing", 2);
+    EXPECT_EQ(second, Stored(first));
     DataContainer third;
     ReadInto(third, second);
     EXPECT_EQ(lines(third, "top") + lines(*third.GetSubData({"sub", "below"}, false), "deep"), "top02");
