@@ -1,5 +1,6 @@
 #include "Alerts.h"
 #include "Platform.h"
+#include "Threads.h"
 
 #include <QorCore/Context.h>
 #include <QorCore/Mutex.h>
@@ -8,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -62,7 +62,7 @@ TEST(TaskThreads, TheDestructorWaitsAndDropsTheException) {
     std::atomic<bool> isDone{false};
     {
         Thread thread("slow", MakeTask([&] {
-                          std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                          Testing::LetOthersRun();
                           isDone = true;
                           throw Error("dropped");
                       }));
