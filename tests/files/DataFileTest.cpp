@@ -344,17 +344,10 @@ TEST_P(DataFiles, KeepMetaData) {
 
 TEST_P(DataFiles, AreFoundByTheManager) {
     const TestedType& type = GetParam();
-    const TemporaryDirectory directory;
     const auto factory = DataFileTypeManager::Instance().FindFactoryByExtension("F." + std::string(type.extension));
     ASSERT_TRUE(factory);
     EXPECT_EQ(factory->GetFileType(), type.fileType);
     EXPECT_EQ(factory->DescribeFileType(), type.make()->DescribeFileType());
-    const Core::PathName path = directory / ("new."s + type.extension);
-    WriteFileText(path, "");
-    const auto empty = DataFile::Open(path.ToString(), DataFile::eREAD_WRITE, DataFile::eOPEN_ALWAYS, "", nullptr);
-    EXPECT_EQ(empty->GetFileType(), type.fileType);
-    empty->Flush();
-    EXPECT_EQ(ReadFileText(path), Bytes(type.empty));
 }
 
 TEST(XMLFile, OfAContainerComesBackOrSaysWhatFails) {

@@ -1,5 +1,4 @@
 #include "Alerts.h"
-#include "ForeignObject.h"
 #include "StoredBytes.h"
 
 #include <QorCore/MemoryStreams.h>
@@ -15,14 +14,6 @@ using namespace Core::Testing;
 const std::string endMarker = Bytes("00 00 00 00 7F FF FF");
 
 } // namespace
-
-TEST(GoldenBytes, ForeignClassesAreNamed) {
-    auto foreign = std::make_shared<ForeignObject>();
-    foreign->announced = 2;
-    foreign->written = "hi";
-    EXPECT_EQ(Stored(*foreign, "key"), Bytes("03000000 'key' 00 0C 000000 'Test.Foreign' 03 000000 '1.2' "
-                                             "0A 000000 'absent.dll' 01 02 'hi'"));
-}
 
 TEST(GoldenBytes, SizesTakeTheSmallestForm) {
     const std::pair<std::uint64_t, const char*> rows[] = {{0, "01 00"},
