@@ -18,7 +18,7 @@ using namespace Core::Testing;
 /// TIVOR_TEST_KILLS=100000 in the environment makes a night of it.
 int NumberOfKills() {
     const char* const number = std::getenv("TIVOR_TEST_KILLS");
-    return number != nullptr ? std::atoi(number) : 60;
+    return number != nullptr ? std::atoi(number) : 40;
 }
 
 std::string FileOf(const TestedType& type, const std::string& text) {
