@@ -353,6 +353,9 @@ private:
     friend class PropertyChangeEvent;
     class PropertyAttributes;
     using Lock = Core::WriterLock;
+    struct Values final : DataContainer {
+        using DataContainer::Atomically;
+    };
     struct NameHash {
         std::size_t operator()(const std::string& name) const;
     };
@@ -382,7 +385,7 @@ private:
     void PutBack(const std::string& name, const std::shared_ptr<DataObject>& oldValue);
     std::uint64_t MultiplePropertySet(const DataContainer& values, bool applyPermissions);
     bool TakesPart(const std::string& name) const;
-    std::uint64_t ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes,
+    std::uint64_t ApplyPropertyChanges(const DataContainer& current, std::vector<DataContainer::Entry> changes,
                                        std::size_t position);
     void Reorder(const DataContainer& order);
 
@@ -407,7 +410,7 @@ private:
     void RequireDistinct(const PropertyContainer* other, const std::string& name) const;
 
     mutable Core::ReadersWriterMutex m_mutex;
-    const std::shared_ptr<DataContainer> m_propertyData;
+    const std::shared_ptr<Values> m_propertyData;
     mutable AttributeTable m_attributes; // made when they are needed
     bool m_allowsSetOfNonExisting;
     std::uint32_t m_updateDepth = 0;

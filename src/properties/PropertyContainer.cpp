@@ -29,7 +29,7 @@ bool IsTrue(const std::shared_ptr<DataObject>& object) {
 } // namespace
 
 PropertyContainer::PropertyContainer(bool allowSetOfNonExistingProperties)
-    : m_propertyData(DataContainer::Create()), m_allowsSetOfNonExisting(allowSetOfNonExistingProperties),
+    : m_propertyData(std::make_shared<Values>()), m_allowsSetOfNonExisting(allowSetOfNonExistingProperties),
       m_life(std::make_shared<bool>()) {
     RegisterEnumerations();
 }

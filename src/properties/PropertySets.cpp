@@ -21,24 +21,24 @@ std::uint64_t PropertyContainer::MultiplePropertySet(const DataContainer& values
     const AttributeTable formerAttributes = m_attributes;
     const std::size_t position = NumPendingEvents();
     try {
-        DataContainer changes;
+        std::vector<DataContainer::Entry> changes;
         for (const auto& [name, offered] : values) {
             if (applyPermissions && !TakesPart(name))
                 continue;
             const std::shared_ptr<DataObject> value = applyPermissions ? NamedValue(name, offered) : offered;
             FindAttributes(name); // with the former value as default
             m_propertyData->Put(name, value);
-            changes.Put(name, value);
+            changes.push_back({name, value});
         }
-        for (const auto& [name, value] : changes) {
+        for (auto& [name, value] : changes) {
             OfferedValue offered(name, value);
             Validate(offered, FindSpecialAttributes(name).get());
             if (offered.second == value)
                 continue;
             m_propertyData->Put(name, offered.second);
-            changes.Put(name, offered.second);
+            value = std::move(offered.second);
         }
-        const std::uint64_t count = ApplyPropertyChanges(snapshot, changes, position);
+        const std::uint64_t count = ApplyPropertyChanges(snapshot, std::move(changes), position);
         if (!applyPermissions)
             Reorder(values);
         return count;
@@ -50,8 +50,8 @@ std::uint64_t PropertyContainer::MultiplePropertySet(const DataContainer& values
 
 // What validators and handlers do to a property before its own turn is undone, with its events, which stand in the list
 // from `position` on.
-std::uint64_t PropertyContainer::ApplyPropertyChanges(const DataContainer& current, const DataContainer& changes,
-                                                      std::size_t position) {
+std::uint64_t PropertyContainer::ApplyPropertyChanges(const DataContainer& current,
+                                                      std::vector<DataContainer::Entry> changes, std::size_t position) {
     std::uint64_t count = 0;
     bool othersMadeEvents = NumPendingEvents() != position;
     for (const auto& [name, value] : changes) {
@@ -76,14 +76,21 @@ void PropertyContainer::RollBackTo(const DataContainer& snapshot, const Attribut
     DropPendingEvents();
 }
 
-// The properties that the container names come first, in its order.
+// The properties that the container names come first, in its order. In one container only: there may be many.
 void PropertyContainer::Reorder(const DataContainer& order) {
-    DataContainer ordered;
-    for (const DataContainer* const source : {&order, static_cast<const DataContainer*>(m_propertyData.get())})
-        for (const auto& entry : *source)
-            if (const std::shared_ptr<DataObject> value = FindValue(entry.key); value && !ordered.Exists(entry.key))
-                ordered.Put(entry.key, value);
-    m_propertyData->Assign(ordered);
+    std::vector<DataContainer::Entry> ordered;
+    ordered.reserve(m_propertyData->NumDataObjects());
+    for (const auto& entry : order)
+        if (const std::shared_ptr<DataObject> value = FindValue(entry.key))
+            ordered.push_back({entry.key, value});
+    for (const auto& entry : *m_propertyData)
+        if (!order.Exists(entry.key))
+            ordered.push_back(entry);
+    m_propertyData->Atomically([&] {
+        m_propertyData->Clear();
+        for (const auto& [name, value] : ordered)
+            m_propertyData->Put(name, value);
+    });
 }
 
 void PropertyContainer::CloneProperties(DataContainer& target, bool serializableOnly) const {

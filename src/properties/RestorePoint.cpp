@@ -72,7 +72,7 @@ void PropertyContainer::RestoreFrom(const DataContainer& properties, const DataC
             if (!properties.Exists(name) && !SettleRemoval(name, value) && m_attributes.count(name) != 0)
                 restored.emplace(name, m_attributes[name]);
         m_attributes = std::move(restored);
-        ApplyPropertyChanges(snapshot, properties, position);
+        ApplyPropertyChanges(snapshot, {properties.begin(), properties.end()}, position);
         Reorder(properties);
     } catch (...) {
         RollBackTo(snapshot, formerAttributes);

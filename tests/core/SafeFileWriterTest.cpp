@@ -147,7 +147,7 @@ TEST_P(SafeSaveSweep, LeavesOldOrNewWhicheverCallFails) {
 // New content larger than the buffer in front of the file, and smaller than the old content.
 INSTANTIATE_TEST_SUITE_P(Ways, SafeSaveSweep,
                          testing::Combine(testing::ValuesIn(ways),
-                                          testing::Values(EFault::eNO_SPACE, EFault::eSHORT_WRITE,
+                                          testing::Values(EFault::eIO, EFault::eNO_SPACE, EFault::eSHORT_WRITE,
                                                           EFault::eINTERRUPTED),
                                           testing::Bool(), testing::Values<std::size_t>(100'001, 10)));
 

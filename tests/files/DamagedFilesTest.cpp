@@ -418,7 +418,7 @@ TEST(DamagedFiles, CrowdsKeepToTheBound) {
     for (const auto& object : smallest)
         for (const bool oneKey : {false, true}) {
             const std::string behindKey = Stored(*object, "").substr(4);
-            const std::size_t count = 300'000 / behindKey.size();
+            const std::size_t count = 100'000 / behindKey.size();
             std::string bytes;
             for (std::size_t i = 0; i < count; ++i) {
                 const std::string key = oneKey ? "" : std::to_string(i);
@@ -431,7 +431,7 @@ TEST(DamagedFiles, CrowdsKeepToTheBound) {
             EXPECT_TRUE(*container.Clone() == container);
         }
     DataContainer crowd;
-    for (int i = 0; i < 50'000; ++i)
+    for (int i = 0; i < 20'000; ++i)
         crowd.PutValue(std::to_string(i), true);
     const auto crowded = Data2D::Create();
     crowded->InputProperties(crowd);

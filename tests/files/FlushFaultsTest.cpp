@@ -103,14 +103,15 @@ INSTANTIATE_TEST_SUITE_P(, FlushFaults, testing::ValuesIn(testedTypes),
 
 // The writer of files has a sweep of its own, of more faults.
 TEST_P(FlushFaults, LeaveOldOrNewWhicheverCallFails) {
-    for (const bool replacesOpenFiles : {true, false}) {
+    for (const auto& [forEver, replacesOpenFiles] :
+         {std::pair(true, true), {true, false}, {false, true}, {false, false}}) {
         int n = 0;
         for (bool met = true; met && !HasFailure();) {
             SCOPED_TRACE(++n);
             FaultyFileSystem faults;
             faults.SetReplacesOpenFiles(replacesOpenFiles && faults.ReplacesOpenFiles());
             Saving saving(GetParam());
-            faults.FailCall(n, EFault::eIO, true);
+            faults.FailCall(n, EFault::eIO, forEver);
             const bool flushed = IsFlushed(saving.GetFile());
             faults.Heal();
             met = faults.FaultsMade() != 0;

@@ -126,7 +126,7 @@ std::string FindDifference(const DataContainer& tree) {
 
 TEST(BothForms, AgreeOnRandomTrees) {
     const Warnings refusing(true);
-    for (unsigned seed = 1; seed <= 5000; ++seed)
+    for (unsigned seed = 1; seed <= 20'000; ++seed)
         ASSERT_EQ(FindDifference(*TreeMaker(seed).Make()), "") << "seed " << seed;
 }
 
