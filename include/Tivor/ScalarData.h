@@ -77,7 +77,8 @@ public:
     std::uint64_t GetSize_bytes() const { return m_size; }
 
 private:
-    friend std::shared_ptr<ScalarData> Details::MakeEnumScalar(const std::type_info&, bool, std::size_t, std::int64_t);
+    friend TIVOR_API std::shared_ptr<ScalarData> Details::MakeEnumScalar(const std::type_info&, bool, std::size_t,
+                                                                         std::int64_t);
 
     template <class Visitor>
     decltype(auto) VisitNumber(Visitor&& visitor) const;
