@@ -13,12 +13,6 @@ namespace Qor::Tivor {
 QOR_DECLARE_ALERT(TIVOR_API, InvalidScalarSize, Core::Error);
 QOR_DECLARE_ALERT(TIVOR_API, InvalidScalarTypeID, Core::Error);
 
-namespace Details {
-TIVOR_API std::shared_ptr<ScalarData> MakeEnumScalar(const std::type_info& type, bool isSigned, std::size_t width,
-                                                     std::int64_t number);
-TIVOR_API std::int64_t GetEnumNumber(const ScalarData& scalar, bool isSigned, std::size_t width);
-} // namespace Details
-
 /// One number whose kind (signed, unsigned, floating-point) and width are known only at run time: 1, 2, 4 or 8 bytes
 /// for the integer kinds, 4 or 8 for the floating-point kind. A new object has no width yet; the first value, or the
 /// data that it is read from, gives it one.
@@ -77,9 +71,6 @@ public:
     std::uint64_t GetSize_bytes() const { return m_size; }
 
 private:
-    friend TIVOR_API std::shared_ptr<ScalarData> Details::MakeEnumScalar(const std::type_info&, bool, std::size_t,
-                                                                         std::int64_t);
-
     template <class Visitor>
     decltype(auto) VisitNumber(Visitor&& visitor) const;
     template <class Visitor>
@@ -91,6 +82,12 @@ private:
     std::uint64_t m_size = 0;
     std::shared_ptr<ScalarSerializer> m_serializer; // made when it is asked for
 };
+
+namespace Details {
+TIVOR_API std::shared_ptr<ScalarData> MakeEnumScalar(const std::type_info& type, bool isSigned, std::size_t width,
+                                                     std::int64_t number);
+TIVOR_API std::int64_t GetEnumNumber(const ScalarData& scalar, bool isSigned, std::size_t width);
+} // namespace Details
 
 /// Writes the raw little-endian bytes of the number, and into XML its decimal text, whatever the width. The width is
 /// the declared data size.

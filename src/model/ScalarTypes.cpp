@@ -1,7 +1,7 @@
+#include <QorCore/MemoryStreams.h>
 #include <QorCore/Message.h>
 #include <Tivor/ScalarData.h>
 
-#include <cstring>
 #include <limits>
 #include <map>
 #include <mutex>
@@ -66,8 +66,8 @@ std::shared_ptr<ScalarData> MakeEnumScalar(const std::type_info& type, bool isSi
             Core::LogicError("An enumeration needs a class name before its values become data objects"),
             QOR_CODE_CONTEXT("DataObject"), "Qor.Tivor.ScalarData");
     auto scalar = std::make_shared<ScalarData>(className, isSigned ? eSIGNED_INTEGRAL_TYPE : eUNSIGNED_INTEGRAL_TYPE);
-    std::memcpy(scalar->m_bytes.data(), &number, width); // little-endian: the low bytes come first
-    scalar->m_size = width;
+    Core::MemoryInputStream bytes(&number, width); // little-endian: the low bytes come first
+    ScalarData::ScalarSerializer(*scalar).DataFromBinary(width, bytes);
     return scalar;
 }
 
