@@ -4,6 +4,8 @@
 
 #include <Tivor/ScalarData.h>
 
+#include <algorithm>
+
 namespace Qor::Tivor {
 
 #define TIVOR_KEY(name, text) const std::string name = text;
@@ -93,8 +95,8 @@ void PropertyContainer::PropertyAttributes::SetTexts(const Texts& texts) {
 }
 
 std::shared_ptr<DataObject> PropertyContainer::PropertyAttributes::Find(const std::string& key) {
-    if (m_texts != nullptr &&
-        (key == sPROPERTY_DISPLAY_NAME || key == sPROPERTY_CATEGORY || key == sPROPERTY_DESCRIPTION))
+    const auto texts = m_texts != nullptr ? m_texts->GetAttributes() : Texts::Attributes{};
+    if (std::any_of(texts.begin(), texts.end(), [&](const auto& text) { return text.first && *text.first == key; }))
         Complete();
     return Get(key);
 }

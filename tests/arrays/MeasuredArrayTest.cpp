@@ -2,7 +2,6 @@
 #include "Alerts.h"
 #include "Samples.h"
 #include "StoredBytes.h"
-#include "Watchdog.h"
 
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/Data1D.h>
@@ -367,7 +366,6 @@ TEST(MeasuredArrays, StandInContainersAsContainersDo) {
 }
 
 TEST(MeasuredArraysStress, AreReadAndWrittenWhileTheyChange) {
-    const Core::Testing::Watchdog watchdog;
     const auto surface = Data2D::Create(Heights(3, 5));
     const auto container = DataContainer::Create(true);
     const auto object = ValueTraits<Data2D>::MakeData(surface);

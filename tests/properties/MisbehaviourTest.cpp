@@ -1,7 +1,6 @@
 // Whoever is called by a container may do anything: the container stays whole, free and truthful.
 #include "Alerts.h"
 #include "Instrument.h"
-#include "Watchdog.h"
 
 #include <gtest/gtest.h>
 
@@ -238,7 +237,6 @@ void Misbehave(EPlace place, const Misbehaviour& what, bool together) {
 } // namespace
 
 TEST(Properties, SurviveThoseWhomTheyCall) {
-    const Core::Testing::Watchdog watchdog;
     for (const EPlace place :
          {EPlace::validator, EPlace::change, EPlace::external, EPlace::read, EPlace::listener, EPlace::delegate})
         for (const Misbehaviour& what : misbehaviours)

@@ -1,6 +1,5 @@
 #include "Alerts.h"
 #include "Instrument.h"
-#include "Watchdog.h"
 
 #include <gtest/gtest.h>
 
@@ -166,7 +165,6 @@ TEST(RestorePoints, BringBackWhatWasThere) {
 }
 
 TEST(PropertiesStress, ReadersSettersBatchesAndDelegates) {
-    const Core::Testing::Watchdog watchdog;
     Instrument instrument;
     for (const char* const name : {"a", "b", "c", "d"})
         instrument.Add(name, 0);

@@ -7,6 +7,7 @@
 #include <Tivor/Data2DOperation.h>
 
 #include <charconv>
+#include <map>
 #include <set>
 
 namespace Qor::Tivor::Tool {
@@ -150,24 +151,28 @@ EStatus Write(const Arguments& arguments, Console& console, Operation operation)
     return eFINE;
 }
 
+/// The operation behind what was said, or an error that says what was expected.
+Operation Choose(const std::map<std::string, Operation>& operations, const std::string& said, const char* expected) {
+    const auto found = operations.find(said);
+    if (found == operations.end())
+        Fail(Core::FormatText("Expected %1%, found %2%", {expected, Show(said)}));
+    return found->second;
+}
+
 } // namespace
 
 EStatus Rotate(const Arguments& arguments, Console& console) {
-    if (arguments.number.empty() || arguments.number == "90")
-        return Write(arguments, console, &Data2DOperation<Data2DOp::Rotate90>::Execute);
-    if (arguments.number == "180")
-        return Write(arguments, console, &Data2DOperation<Data2DOp::Rotate180>::Execute);
-    if (arguments.number == "270")
-        return Write(arguments, console, &Data2DOperation<Data2DOp::Rotate270>::Execute);
-    Fail("Expected 90, 180 or 270 behind --by, found " + Show(arguments.number));
+    const std::map<std::string, Operation> byDegrees{{"90", &Data2DOperation<Data2DOp::Rotate90>::Execute},
+                                                     {"180", &Data2DOperation<Data2DOp::Rotate180>::Execute},
+                                                     {"270", &Data2DOperation<Data2DOp::Rotate270>::Execute}};
+    const std::string degrees = arguments.number.empty() ? "90" : arguments.number;
+    return Write(arguments, console, Choose(byDegrees, degrees, "90, 180 or 270 behind --by"));
 }
 
 EStatus Flip(const Arguments& arguments, Console& console) {
-    if (arguments.number == "1")
-        return Write(arguments, console, &Data2DOperation<Data2DOp::FlipDim1>::Execute);
-    if (arguments.number == "2")
-        return Write(arguments, console, &Data2DOperation<Data2DOp::FlipDim2>::Execute);
-    Fail("Expected dimension 1 or 2 behind --along, found " + Show(arguments.number));
+    const std::map<std::string, Operation> byDimension{{"1", &Data2DOperation<Data2DOp::FlipDim1>::Execute},
+                                                       {"2", &Data2DOperation<Data2DOp::FlipDim2>::Execute}};
+    return Write(arguments, console, Choose(byDimension, arguments.number, "dimension 1 or 2 behind --along"));
 }
 
 EStatus Transpose(const Arguments& arguments, Console& console) {
