@@ -5,6 +5,7 @@
 #include <Tivor/Data1D.h>
 #include <Tivor/Data2D.h>
 #include <Tivor/DataContainer.h>
+#include <Tivor/DataSet.h>
 #include <Tivor/Position1D.h>
 #include <Tivor/Position2D.h>
 #include <Tivor/ScalarData.h>
@@ -44,6 +45,7 @@ constexpr auto creators = [] {
     byRow[FindTypeRow(eDATA_CONTAINER, "")] = &CreateContainer;
     byRow[rowOf<Data1D>] = &CreateValue<Data1D>;
     byRow[rowOf<Data2D>] = &CreateValue<Data2D>;
+    byRow[rowOf<DataSet>] = &CreateValue<DataSet>;
     return byRow;
 }();
 

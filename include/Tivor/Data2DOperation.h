@@ -72,6 +72,16 @@ public:
 TIVOR_API std::shared_ptr<Data2D> CreateSubregion(const Data2D& data, std::uint64_t begin1, std::uint64_t end1,
                                                   std::uint64_t begin2, std::uint64_t end2);
 
+/// A surface of a data set cannot be cut, and is left out.
+QOR_DECLARE_ALERT(TIVOR_API, OmittingSurface, Core::Warning);
+
+/// Cuts the same block out of every surface of a data set. A new set with the channels, the metadata and the profiles
+/// of the set; its primary surface is "Primary2D", all others keep their keys, but for another "Primary2D", which
+/// becomes "Primary2D_2". Surfaces that give an empty pointer above are left out, with the warning `OmittingSurface`.
+/// Raises what the above does, with the variable "Key".
+TIVOR_API std::shared_ptr<DataSet> CreateSubregion(const IDataSet& dataSet, std::uint64_t begin1, std::uint64_t end1,
+                                                   std::uint64_t begin2, std::uint64_t end2);
+
 #define TIVOR_ROW(Op, exchanges, reverses1, reverses2) extern template class TIVOR_API Data2DOperation<Data2DOp::Op>;
 TIVOR_DATA_2D_OPERATIONS(TIVOR_ROW)
 #undef TIVOR_ROW

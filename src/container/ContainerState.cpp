@@ -125,6 +125,7 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
     Unlink(number, formerReporting);
     if (leaving)
         Unnest(number, *leaving);
+    ++m_revision;
     MarkAboveStale();
 }
 
@@ -143,6 +144,7 @@ std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Chang
     }
     Detach(number, *object);
     MarkStale(number);
+    ++m_revision;
     MarkAboveStale();
     return object;
 }
@@ -167,6 +169,7 @@ void ContainerState::Clear(Change& change) {
         if (entry.object)
             Detach(entry.number, *entry.object);
     place = std::move(block);
+    ++m_revision;
     MarkAboveStale();
 }
 

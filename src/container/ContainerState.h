@@ -63,6 +63,7 @@ public:
     bool StandsAlone() const { return m_standsAlone; }
     void SetLockableByDefault(bool lockable) { m_lockableByDefault = lockable; }
     void EnableSizeTracking(bool enable);
+    std::uint64_t GetRevision() const { return m_revision.load(std::memory_order_relaxed); }
     /// What the end marker and all entries that can be written take in a stream. To be asked within a framed write,
     /// which remembers it.
     std::uint64_t MeasureSize_bytes() const;
@@ -143,6 +144,7 @@ private:
     std::uint32_t m_height = 1;
     std::atomic<bool> m_lockableByDefault;
     bool m_standsAlone;
+    std::atomic<std::uint64_t> m_revision{0};
     std::atomic<bool> m_isHeard{false};
     std::atomic<bool> m_tracksSize{false};
 };

@@ -1,0 +1,107 @@
+#include <QorCore/Message.h>
+#include <Tivor/CollectionSerialization.h>
+#include <Tivor/Data2DOperation.h>
+#include <Tivor/DataSet.h>
+
+#include <map>
+#include <optional>
+
+namespace Qor::Tivor {
+
+OmittingSurface::~OmittingSurface() = default;
+
+namespace {
+
+const char* const primaryKey = "Primary2D";
+const char* const channelsKey = "2D_Channels";
+
+struct Range {
+    std::uint64_t begin1, end1, begin2, end2;
+};
+
+/// What the surfaces of the source are called in the result.
+using NewKeys = std::map<std::string, std::string>;
+
+std::shared_ptr<Data2D> Cut(const Data2D& surface, const std::string& key, const Range& range) {
+    try {
+        if (auto block = CreateSubregion(surface, range.begin1, range.end1, range.begin2, range.end2))
+            return block;
+    } catch (Core::Error& error) {
+        error.AddVariable("Key", key);
+        throw;
+    }
+    Core::Warning::RaiseWarning(OmittingSurface(Core::FormatText("The surface <%1%>, a %2%, cannot be cut, and is left "
+                                                                 "out",
+                                                                 {key, surface.ToString()})),
+                                QOR_CODE_CONTEXT("DataSet"), "Qor.Tivor.DataSet.CreateSubregion");
+    return nullptr;
+}
+
+/// The recorded primary surface, or else the first one.
+std::optional<std::string> FindPrimary(const IDataSet& dataSet, DataContainer& surfaces) {
+    std::string recorded;
+    if (dataSet.GetPrimaryData2DKey(recorded) && surfaces.GetPtr<Data2D>(recorded))
+        return recorded;
+    for (const auto& entry : surfaces)
+        if (surfaces.GetPtr<Data2D>(entry.key))
+            return entry.key;
+    return std::nullopt;
+}
+
+std::string NewKeyOf(const std::string& key, const std::optional<std::string>& primary, const DataContainer& surfaces) {
+    if (key == primary)
+        return primaryKey;
+    std::string free = key;
+    for (int number = 2; free == primaryKey || (free != key && surfaces.Exists(free)); ++number)
+        free = key + '_' + std::to_string(number);
+    return free;
+}
+
+std::shared_ptr<DataContainer> CutAll(DataContainer& surfaces, const std::optional<std::string>& primary,
+                                      const Range& range, NewKeys& newKeys) {
+    auto blocks = DataContainer::Create();
+    for (const auto& [key, object] : surfaces) {
+        const auto surface = surfaces.GetPtr<Data2D>(key);
+        if (!surface) {
+            blocks->Put(NewKeyOf(key, primary, surfaces), object);
+        } else if (auto block = Cut(*surface, key, range)) {
+            const std::string& newKey = newKeys[key] = NewKeyOf(key, primary, surfaces);
+            blocks->Put(newKey, ValueTraits<Data2D>::MakeData(std::move(block)));
+        }
+    }
+    return blocks;
+}
+
+void RenameInChannels(DataContainer& metaData, const NewKeys& newKeys) {
+    const auto config = metaData.GetPtr<DataContainer>(channelsKey);
+    if (!config)
+        return;
+    for (const auto& entry : *config) {
+        std::list<std::string> keys;
+        for (const std::string& key : Data2DChannel::ReadConfig(*config, entry.key))
+            if (const auto found = newKeys.find(key); found != newKeys.end())
+                keys.push_back(found->second);
+        config->PutValue(entry.key, keys);
+    }
+}
+
+} // namespace
+
+std::shared_ptr<DataSet> CreateSubregion(const IDataSet& dataSet, std::uint64_t begin1, std::uint64_t end1,
+                                         std::uint64_t begin2, std::uint64_t end2) {
+    DataContainer layout; // with metadata that are copies, and items that are shared
+    const_cast<IDataSet&>(dataSet).StoreDataSet(layout);
+    const auto result = DataSet::Create(layout);
+    const auto primary = FindPrimary(dataSet, result->AllData2D());
+    NewKeys newKeys;
+    layout.Put(DataSet::s2D_DATA, CutAll(result->AllData2D(), primary, {begin1, end1, begin2, end2}, newKeys));
+    RenameInChannels(result->MetaData(), newKeys);
+    if (primary && newKeys.count(*primary) != 0)
+        result->SetPrimaryData2DKey(primaryKey);
+    else
+        result->MetaData().Remove(DataSet::sPRIMARY_2D_DATA_KEY);
+    result->LoadDataSet(layout);
+    return result;
+}
+
+} // namespace Qor::Tivor
