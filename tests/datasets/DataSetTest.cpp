@@ -1,0 +1,200 @@
+#include "Alerts.h"
+#include "Sets.h"
+#include "StoredBytes.h"
+
+#include <Tivor/CollectionSerialization.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <list>
+
+namespace Qor::Tivor::Testing {
+
+namespace {
+
+using Core::Testing::ErrorOf;
+using Core::Testing::Warnings;
+
+/// A set of another class, as a program may have it, with one surface "s".
+class ForeignSet final : public IDataSet {
+public:
+    std::shared_ptr<DataContainer> GetMetaData() override { return m_set.GetMetaData(); }
+    std::uint64_t GetNumData2DItems() const override { return m_set.GetNumData2DItems(); }
+    std::uint64_t GetNumData1DItems() const override { return m_set.GetNumData1DItems(); }
+    std::shared_ptr<DataContainer> GetAllData2DItems() override { return m_set.GetAllData2DItems(); }
+    std::shared_ptr<DataContainer> GetAllData1DItems() override { return m_set.GetAllData1DItems(); }
+    bool GetPrimaryData2DKey(std::string& key) const override { return m_set.GetPrimaryData2DKey(key); }
+    bool SetPrimaryData2DKey(const std::string& key) override { return m_set.SetPrimaryData2DKey(key); }
+    std::shared_ptr<Data2D> GetPrimaryData2D() override { return m_set.GetPrimaryData2D(); }
+    std::shared_ptr<Data2D> GetData2D(const std::string& key) override { return m_set.GetData2D(key); }
+    std::shared_ptr<Data1D> GetData1D(const std::string& key) override { return m_set.GetData1D(key); }
+    bool StoreData(std::shared_ptr<Data1D> data, const std::string& key) override { return m_set.StoreData(data, key); }
+    bool StoreData(std::shared_ptr<Data2D> data, const std::string& key) override { return m_set.StoreData(data, key); }
+    void Clear() override { m_set.Clear(); }
+    void GetData2DChannels(std::unordered_set<std::string>& names) override { m_set.GetData2DChannels(names); }
+    void GetData1DChannels(std::unordered_set<std::string>& names) override { m_set.GetData1DChannels(names); }
+    std::shared_ptr<IData2DChannel> GetData2DChannel(const std::string& name) override {
+        return m_set.GetData2DChannel(name);
+    }
+    std::shared_ptr<IData1DChannel> GetData1DChannel(const std::string& name) override {
+        return m_set.GetData1DChannel(name);
+    }
+    void StoreDataSet(DataContainer& container) override { m_set.StoreDataSet(container); }
+    void LoadDataSet(DataContainer& container) override { m_set.LoadDataSet(container); }
+
+private:
+    DataSet m_set{Surface("Height"), "s"};
+};
+
+} // namespace
+
+TEST(DataSets, CompleteWhatTheyLoad) {
+    DataContainer container;
+    container.PutValue(sDATA_FORMAT, DataSet::sFORMAT); // at the top it says nothing
+    EXPECT_FALSE(DataSet::IsDataSetFormat(container));
+    DataSet set(container);
+    EXPECT_TRUE(DataSet::IsDataSetFormat(container));
+    EXPECT_EQ(Keys(container), "DataFormat MetaData 2D_Data 1D_Data ");
+    EXPECT_EQ(Keys(set.MetaData()), "DataFormat ");
+    EXPECT_EQ(TellChannels(set) + Keys(set.AllData2D()) + Keys(set.AllData1D()), "");
+    EXPECT_EQ(set.GetPrimaryData2D(), nullptr);
+    set.StoreData(Surface("Height"), "a");
+    EXPECT_EQ(Keys(*container.GetPtr<DataContainer>(DataSet::s2D_DATA)), "a ");
+    set.MetaData().PutValue(sDATA_FORMAT, "Other");
+    EXPECT_FALSE(DataSet::IsDataSetFormat(container));
+}
+
+TEST(DataSets, KeepChannelsInStep) {
+    DataSet set;
+    const struct {
+        std::function<void()> change;
+        const char* channels;
+    } rows[] = {
+        {[&] { EXPECT_TRUE(set.StoreData(Surface("Height"), "b")); }, "Height: b; "},
+        {[&] { set.StoreData(Surface("Height"), "a"); }, "Height: b a; "},
+        {[&] { set.StoreData(Surface(""), "u"); }, "Height: b a; Unknown: u; "},
+        {[&] { set.StoreData(Surface("Height", 1), "b"); }, "Height: b a; Unknown: u; "},
+        {[&] { set.StoreData(Surface("Phase"), "b"); }, "Height: a; Phase: b; Unknown: u; "},
+        {[&] { set.AllData2D().Remove("u"); }, "Height: a; Phase: b; "},
+        {[&] { set.AllData2D().PutValue("a", 5); }, "Phase: b; "},
+        {[&] { set.AllData2D().Put("c", MakeData(*Surface("Height"))); }, "Height: c; Phase: b; "},
+        {[&] { set.GetData2D("c")->SetDataKind("Phase"); }, "Phase: b c; "},
+        {[&] { set.AllData2D().Put("b", MakeData(*Surface("Phase", 2))); }, "Phase: b c; "},
+        {[&] { EXPECT_FALSE(set.StoreData(std::shared_ptr<Data2D>(), "n")); }, "Phase: b c; "},
+        {[&] { set.MetaData().Remove("2D_Channels"), set.StoreData(Surface("X"), "x"); }, "Phase: b c; X: x; "},
+        {[&] { set.Clear(); }, ""},
+    };
+    for (const auto& [change, channels] : rows) {
+        change();
+        EXPECT_EQ(TellChannels(set), channels);
+        // What is stored says the same.
+        DataSet again(*set.GetContent()->Clone());
+        EXPECT_EQ(TellChannels(again), channels);
+    }
+    EXPECT_EQ(Keys(set.MetaData()), "DataFormat ");
+}
+
+TEST(DataSets, BelieveWhatIsListed) {
+    DataContainer stored;
+    DataSet first;
+    for (const char* const key : {"a", "b", "c"})
+        first.StoreData(Surface("Height"), key);
+    first.StoreDataSet(stored);
+    const auto config = stored.GetSubData({"MetaData", "2D_Channels"}, false);
+    config->Clear();
+    config->PutValue("Mine", std::list<std::string>{"c", "gone", "a", "c"});
+    config->PutValue("Vector", std::vector<std::string>{"a"});
+    config->PutValue("Number", 7);
+    DataSet set(stored);
+    EXPECT_EQ(TellChannels(set), "Height: b; Mine: c a; ");
+    set.StoreData(Surface("Height", 3), "c");
+    EXPECT_EQ(TellChannels(set), "Height: b; Mine: c a; ");
+    set.StoreData(Surface("Phase"), "c");
+    EXPECT_EQ(TellChannels(set), "Height: b; Mine: a; Phase: c; ");
+}
+
+TEST(DataSets, ReplaceWhatIsNoContainer) {
+    for (const std::string& key : {sMETA_DATA, DataSet::s2D_DATA, DataSet::s1D_DATA}) {
+        DataContainer container;
+        container.PutValue(key, 7);
+        const Warnings warnings;
+        DataSet set(container);
+        EXPECT_EQ(warnings.Tell(), std::vector<std::string>{
+                                       "InvalidDataSetEntry [Qor.Tivor.DataSet] Expected a container under the key " +
+                                       key + " of a data set, found an object of type int, which is replaced"});
+        EXPECT_TRUE(DataSet::IsDataSetFormat(container) && DataSet::IsDataSetFormat(*set.GetContent()));
+    }
+    DataContainer container;
+    container.PutValue(sMETA_DATA, 7);
+    const Warnings refusing(true);
+    DataSet set(Surface("Height"), "s");
+    EXPECT_NE(ErrorOf([&] { set.LoadDataSet(container); }), "");
+    EXPECT_EQ(TellChannels(set) + Keys(container), "Height: s; MetaData ");
+    EXPECT_EQ(container.GetValue<int>(sMETA_DATA), 7);
+}
+
+TEST(DataSets, HaveAPrimarySurface) {
+    DataSet set;
+    std::string key = "untouched";
+    EXPECT_FALSE(set.GetPrimaryData2DKey(key));
+    EXPECT_EQ(key, "untouched");
+    set.AllData2D().PutValue("no surface", 1);
+    set.StoreData(Surface("Height"), "z");
+    set.StoreData(Surface("Height"), "a");
+    EXPECT_TRUE(set.SetPrimaryData2DKey("none") && set.GetPrimaryData2DKey(key));
+    EXPECT_EQ(key, "none");
+    EXPECT_EQ(set.GetPrimaryData2D(), set.GetData2D("z"));
+    EXPECT_TRUE(set.GetPrimaryData2DKey(key) && key == "z");
+    set.SetPrimaryData2DKey("a");
+    EXPECT_EQ(set.GetPrimaryData2D(), set.GetData2D("a"));
+    EXPECT_EQ(set.GetNumData2DItems(), 2u);
+    const DataSet made(Surface("Height"), "only");
+    EXPECT_TRUE(made.GetPrimaryData2DKey(key) && key == "only");
+}
+
+TEST(DataSets, RefuseIndicesBeyondAChannel) {
+    DataSet set(Surface("Height"), "s");
+    set.StoreData(Profile("Height"), "p");
+    EXPECT_EQ(
+        ErrorOf([&] { set.GetData2DChannel("Height")->GetDataAt(1); }),
+        "OutOfRangeError [Qor.Tivor.Data2DChannel] Out of bounds index of 1 for Height data channel with size of 1");
+    EXPECT_EQ(
+        ErrorOf([&] { set.GetData1DChannel("Height")->GetKeyForDataAt(7); }),
+        "OutOfRangeError [Qor.Tivor.Data1DChannel] Out of bounds index of 7 for Height data channel with size of 1");
+    EXPECT_EQ(set.GetData1DChannel("Phase"), nullptr);
+    EXPECT_EQ(set.ToString(), "DataSet of 1 surface and 1 profile");
+}
+
+TEST(DataSets, AreCopiedSharedAndCloned) {
+    ForeignSet foreign;
+    DataSet own(Surface("Height"), "s");
+    own.MetaData().PutValue(sDATASET_NAME, "name");
+    const std::function<DataSet(DataSet&)> ways[] = {
+        [](DataSet& set) { return DataSet(set); },
+        [](DataSet& set) { return DataSet(static_cast<IDataSet&>(set)); },
+        [&](DataSet&) { return DataSet(foreign); },
+        [](DataSet& set) { return set.Clone(); },
+        [](DataSet& set) { return DataSet(std::move(set)); },
+        [](DataSet& set) {
+            DataSet target(Surface("Phase"), "former");
+            target = set;
+            return target;
+        },
+    };
+    for (const auto& way : ways) {
+        const bool isForeign = &way == &ways[2], isClone = &way == &ways[3];
+        DataSet source(own);
+        const auto surface = isForeign ? foreign.GetData2D("s") : source.GetData2D("s");
+        DataSet copy = way(source);
+        EXPECT_EQ(TellChannels(copy), "Height: s; ");
+        EXPECT_EQ(copy.GetData2D("s") == surface, !isClone);
+        EXPECT_EQ(copy.MetaData().GetValue<std::string>(sDATASET_NAME).value_or("none"), isForeign ? "none" : "name");
+        copy.StoreData(Surface("Phase"), "t");
+        copy.MetaData().PutValue(sDATASET_NAME, "other");
+        EXPECT_EQ(TellChannels(source), &way == &ways[4] ? "" : "Height: s; ");
+        EXPECT_EQ(source.MetaData().Exists("2D_Channels"), &way != &ways[4]);
+    }
+}
+
+} // namespace Qor::Tivor::Testing
