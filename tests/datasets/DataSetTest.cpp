@@ -122,7 +122,7 @@ TEST(DataSets, ReplaceWhatIsNoContainer) {
         DataSet set(container);
         EXPECT_EQ(warnings.Tell(), std::vector<std::string>{
                                        "InvalidDataSetEntry [Qor.Tivor.DataSet] Expected a container under the key " +
-                                       key + " of a data set, found an object of type int, which is replaced"});
+                                       key + " of a data set, found an object of type int32, which is replaced"});
         EXPECT_TRUE(DataSet::IsDataSetFormat(container) && DataSet::IsDataSetFormat(*set.GetContent()));
     }
     DataContainer container;
