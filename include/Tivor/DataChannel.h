@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace Qor::Tivor {
@@ -63,7 +64,7 @@ private:
 
     explicit DataChannel(std::string name);
     std::size_t RequireIndex(std::uint64_t index) const;
-    void Remove(const std::string& key);
+    void Remove(const std::unordered_set<std::string>& keys);
     void AppendToConfig(DataContainer& config) const;
 
     std::string m_name;

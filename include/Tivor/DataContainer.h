@@ -216,9 +216,6 @@ public:
     void EnableSizeTracking(bool enable);
     /// The bytes that `OutputData` would write now.
     std::uint64_t GetDataSize_bytes() const;
-    /// Another number after each change of an entry, or of something in one: whoever kept it sees that there was one.
-    /// Changes in an entry are seen of objects that report them, as containers and measured arrays do.
-    std::uint64_t GetRevision() const;
 
 protected:
     struct StandAlone {};

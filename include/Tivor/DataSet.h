@@ -68,13 +68,14 @@ extern TIVOR_API const std::string sDATASET_NAME; ///< text
 ///     1D_Data              profiles by their keys
 ///     ...                  additional data
 ///
-/// Channels follow what is stored, removed or changed in the containers, and also when the kind of an item changes;
-/// they do so when the set is next asked for one. Where items are listed for a channel by what was loaded, they are in
-/// that channel, whatever their kind.
+/// Channels, those that were handed out too, and the lists of their keys follow at once what is stored, removed or
+/// replaced in the containers, whoever does it, and items whose kind changes. An item that what was loaded lists for a
+/// channel is in that one, whatever its kind, until its kind changes.
 ///
 /// As a data object, `Data<DataSet, GenericWrapper<IDataSet>>`, its stored form is that of the container.
 ///
-/// Thread rule: a set is not synchronised; its containers are.
+/// Thread rule: a set is not synchronised; its containers and items are, and may be changed by other threads. Where
+/// they are, ask the set for nothing while holding the lock of one of them.
 class TIVOR_API DataSet : public IDataSet {
 public:
     static const std::string s2D_DATA;
@@ -157,8 +158,8 @@ private:
     std::shared_ptr<DataContainer> m_metaData;
     std::shared_ptr<DataContainer> m_data2D;
     std::shared_ptr<DataContainer> m_data1D;
-    std::unique_ptr<DataChannelTable<Data2D>> m_channels2D;
-    std::unique_ptr<DataChannelTable<Data1D>> m_channels1D;
+    std::shared_ptr<DataChannelTable<Data2D>> m_channels2D;
+    std::shared_ptr<DataChannelTable<Data1D>> m_channels1D;
 };
 
 /// A data set of any class; without a class of its own it is not stored.

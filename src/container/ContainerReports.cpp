@@ -48,7 +48,6 @@ void ContainerState::NoteChildChange(std::uint64_t entry) {
 }
 
 void ContainerState::HearOf(std::uint64_t number, EDataChange change) {
-    m_revision.fetch_add(1, std::memory_order_relaxed);
     if (!m_isHeard)
         return;
     std::string key;

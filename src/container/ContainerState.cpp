@@ -125,7 +125,6 @@ void ContainerState::Put(const std::string& key, std::shared_ptr<DataObject> obj
     Unlink(number, formerReporting);
     if (leaving)
         Unnest(number, *leaving);
-    ++m_revision;
     MarkAboveStale();
 }
 
@@ -144,7 +143,6 @@ std::shared_ptr<DataObject> ContainerState::Remove(const std::string& key, Chang
     }
     Detach(number, *object);
     MarkStale(number);
-    ++m_revision;
     MarkAboveStale();
     return object;
 }
@@ -169,7 +167,6 @@ void ContainerState::Clear(Change& change) {
         if (entry.object)
             Detach(entry.number, *entry.object);
     place = std::move(block);
-    ++m_revision;
     MarkAboveStale();
 }
 

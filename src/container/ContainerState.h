@@ -63,7 +63,6 @@ public:
     bool StandsAlone() const { return m_standsAlone; }
     void SetLockableByDefault(bool lockable) { m_lockableByDefault = lockable; }
     void EnableSizeTracking(bool enable);
-    std::uint64_t GetRevision() const { return m_revision.load(std::memory_order_relaxed); }
     /// What the end marker and all entries that can be written take in a stream. To be asked within a framed write,
     /// which remembers it.
     std::uint64_t MeasureSize_bytes() const;
@@ -73,6 +72,7 @@ public:
     /// Adds every mutex in and below this container to the set that the thread collects.
     void CollectLocks(Core::LockSet& set);
 
+    /// To be called with the mutex held, or before others know of the state.
     void AddListener(ContainerListener& listener);
     void NoteChildChange(std::uint64_t entry) override;
     void OnChildChanged(std::uint64_t entry, EDataChange change) override;
@@ -144,7 +144,6 @@ private:
     std::uint32_t m_height = 1;
     std::atomic<bool> m_lockableByDefault;
     bool m_standsAlone;
-    std::atomic<std::uint64_t> m_revision{0};
     std::atomic<bool> m_isHeard{false};
     std::atomic<bool> m_tracksSize{false};
 };

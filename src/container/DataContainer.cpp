@@ -304,8 +304,6 @@ std::uint64_t DataContainer::GetDataSize_bytes() const {
     return ContainerAccess(*m_state)->GetTrackedSize_bytes();
 }
 
-std::uint64_t DataContainer::GetRevision() const { return ContainerAccess(*m_state)->GetRevision(); }
-
 std::shared_ptr<Core::Mutex> DataContainer::BeginDataAccess() const { return m_state->GetSharedMutex(); }
 
 void DataContainer::OnDataObjectChanged(const std::string&, std::shared_ptr<DataObject>) {}

@@ -20,12 +20,11 @@ Codec::Factory::~Factory() = default;
 
 namespace {
 
-/// `operation` ends the category of the error.
-std::shared_ptr<Codec> RequireCodec(const std::string& format, const std::string& operation) {
+std::shared_ptr<Codec> RequireCodec(const std::string& format, const Core::CodeContext& context) {
     if (auto codec = CreateCodec(format))
         return codec;
     Core::Error::RaiseError(NoCodecFound(Core::FormatText("No codec was found for data format: %1%", {format})),
-                            QOR_CODE_CONTEXT("Codec"), "Qor.Tivor." + operation);
+                            context, "Qor.Tivor." + context.function);
 }
 
 std::string FormatOf(const DataContainer& container) {
@@ -65,16 +64,16 @@ std::shared_ptr<IDataSet> Decode(std::shared_ptr<DataContainer> source, const st
         return DefaultDecode(*source);
     if (found == DataSet::sFORMAT)
         return DataSet::Create(*source);
-    return RequireCodec(found, "Decode")->Decode(std::move(source));
+    return RequireCodec(found, QOR_CODE_CONTEXT("Codec"))->Decode(std::move(source));
 }
 
 bool Encode(IDataSet& dataSet, DataContainer& target, const std::string& format) {
-    return RequireCodec(format, "Encode")->Encode(dataSet, target);
+    return RequireCodec(format, QOR_CODE_CONTEXT("Codec"))->Encode(dataSet, target);
 }
 
 bool Transcode(std::shared_ptr<DataContainer> source, const std::string& sourceFormat, DataContainer& target,
                const std::string& targetFormat) {
-    const std::shared_ptr<Codec> codec = RequireCodec(targetFormat, "Transcode");
+    const std::shared_ptr<Codec> codec = RequireCodec(targetFormat, QOR_CODE_CONTEXT("Codec"));
     const std::shared_ptr<IDataSet> dataSet = Decode(std::move(source), sourceFormat);
     return dataSet && codec->Encode(*dataSet, target);
 }

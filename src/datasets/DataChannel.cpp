@@ -75,15 +75,14 @@ void DataChannel<Item>::AddData(DataContainer& items) {
 }
 
 template <class Item>
-void DataChannel<Item>::Remove(const std::string& key) {
-    std::vector<std::string> keys;
-    std::vector<std::shared_ptr<Item>> items;
-    keys.swap(m_keys);
-    items.swap(m_items);
-    m_positions.clear();
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        if (keys[i] != key)
-            AddData(keys[i], std::move(items[i]));
+void DataChannel<Item>::Remove(const std::unordered_set<std::string>& keys) {
+    DataChannel kept(m_name);
+    for (std::size_t i = 0; i < m_keys.size(); ++i)
+        if (keys.count(m_keys[i]) == 0)
+            kept.AddData(m_keys[i], m_items[i]);
+    m_keys.swap(kept.m_keys);
+    m_items.swap(kept.m_items);
+    m_positions.swap(kept.m_positions);
 }
 
 template <class Item>

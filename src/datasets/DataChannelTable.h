@@ -1,5 +1,8 @@
 #pragma once
 
+#include "../container/ContainerState.h"
+#include "ChangedKeys.h"
+
 #include <Tivor/DataChannel.h>
 
 #include <map>
@@ -7,48 +10,70 @@
 
 namespace Qor::Tivor {
 
-/// The channels of a data set, in step with the container of its items, whoever changes that. What was stored says at
-/// first which items make a channel; items that it does not list, and those whose kind changes later, are in the
-/// channel of their kind.
+/// The channels of a data set, in step with the container of its items, whoever changes that, and the keys that the
+/// metadata hold for them. What was stored says at first which items make a channel; items that it does not list, and
+/// those whose kind changes later, are in the channel of their kind.
+///
+/// Thread rule: it follows changes on the thread that made them, and does not wait for others meanwhile: what happens
+/// while another thread is at work is followed by the next change or question.
 template <class Item>
-class DataChannelTable {
+class DataChannelTable final : public ContainerListener, public std::enable_shared_from_this<DataChannelTable<Item>> {
 public:
     using Channel = DataChannel<Item>;
 
     /// `configKey` is where the metadata hold the keys of the channels.
-    DataChannelTable(std::shared_ptr<DataContainer> items, std::shared_ptr<DataContainer> metaData,
-                     std::string configKey);
+    static std::shared_ptr<DataChannelTable> Create(std::shared_ptr<DataContainer> items,
+                                                    std::shared_ptr<DataContainer> metaData, std::string configKey);
+    ~DataChannelTable() override { Unregister(); }
 
     void Store(const std::string& key, const std::shared_ptr<Item>& item);
     std::uint64_t GetNumItems();
     void GetNames(std::unordered_set<std::string>& names);
     /// Or an empty pointer.
     std::shared_ptr<Channel> Find(const std::string& name);
-    /// The keys of all channels, in the place of those that other metadata hold.
-    void StoreConfig(DataContainer& metaData);
+    /// The keys of all channels, in the place of those that a copy of the metadata holds.
+    void StoreConfig(DataContainer& copy);
     /// What holds the keys of the channels; made where it is missing.
     std::shared_ptr<DataContainer> GetConfig();
+
+    void OnChange(const std::string& key, const std::shared_ptr<DataObject>& object, EDataChange change) override;
 
 private:
     struct Listed {
         std::string kind;
         Channel* channel;
     };
+    /// How channels were changed, by their names.
+    struct Changed {
+        bool isShorter = false;
+        std::size_t arrived = 0;
+    };
+    using Keys = std::vector<std::string>;
+    using ItemsByKey = std::vector<std::pair<std::string, std::shared_ptr<Item>>>;
+
+    DataChannelTable(std::shared_ptr<DataContainer> items, std::shared_ptr<DataContainer> metaData,
+                     std::string configKey);
 
     void TakeConfigured();
-    void Reconcile();
-    bool Filter(Channel& channel, const std::unordered_map<std::string, std::shared_ptr<Item>>& present);
     Channel& List(const std::string& key, const std::shared_ptr<Item>& item);
-    void Append(const std::string& key, const std::shared_ptr<Item>& item);
-    void DropIfEmpty(const std::string& name);
-    std::shared_ptr<DataContainer> MakeConfig() const;
+    /// What was changed since is followed then; the table is locked as long as the result lives.
+    std::unique_lock<std::recursive_mutex> Reconcile();
+    void FollowChanges();
+    Keys GetAllKeys() const;
+    ItemsByKey FindThoseOutOfPlace(const Keys& keys);
+    std::map<std::string, Changed> Rearrange(const ItemsByKey& outOfPlace);
+    void Remove(Channel& channel, const std::unordered_set<std::string>& keys);
+    void UpdateConfig(const std::string& name, const Changed& changed);
+    void TidyConfig(DataContainer& config) const;
 
     const std::shared_ptr<DataContainer> m_items;
     const std::shared_ptr<DataContainer> m_metaData;
     const std::string m_configKey;
+    ChangedKeys m_changed;
+    std::recursive_mutex m_mutex;
     std::map<std::string, std::shared_ptr<Channel>> m_channels;
     std::unordered_map<std::string, Listed> m_listed; // by the keys of the items
-    std::uint64_t m_revision = 0;                     // of the items, when they were last looked at
+    bool m_configIsTidy = true;
 };
 
 } // namespace Qor::Tivor

@@ -194,8 +194,8 @@ void DataSet::Load(DataContainer& container) {
     auto metaData = TakePart(container, sMETA_DATA, missing);
     auto data2D = TakePart(container, s2D_DATA, missing);
     auto data1D = TakePart(container, s1D_DATA, missing);
-    auto channels2D = std::make_unique<DataChannelTable<Data2D>>(data2D, metaData, channels2DKey);
-    auto channels1D = std::make_unique<DataChannelTable<Data1D>>(data1D, metaData, channels1DKey);
+    auto channels2D = DataChannelTable<Data2D>::Create(data2D, metaData, channels2DKey);
+    auto channels1D = DataChannelTable<Data1D>::Create(data1D, metaData, channels1DKey);
     container.Append(missing);
     m_content->Assign(container);
     m_metaData = std::move(metaData);

@@ -77,11 +77,25 @@ void RenameInChannels(DataContainer& metaData, const NewKeys& newKeys) {
     if (!config)
         return;
     for (const auto& entry : *config) {
+        const std::vector<std::string> former = Data2DChannel::ReadConfig(*config, entry.key);
         std::list<std::string> keys;
-        for (const std::string& key : Data2DChannel::ReadConfig(*config, entry.key))
+        for (const std::string& key : former)
             if (const auto found = newKeys.find(key); found != newKeys.end())
                 keys.push_back(found->second);
-        config->PutValue(entry.key, keys);
+        if (!keys.empty())
+            config->PutValue(entry.key, keys);
+        else if (!former.empty())
+            config->Remove(entry.key);
+    }
+}
+
+// Sets of other classes might name a channel that they do not have.
+void RequireChannels(IDataSet& dataSet) {
+    std::unordered_set<std::string> names;
+    dataSet.GetData2DChannels(names);
+    for (const std::string& name : names) {
+        const auto spData2D = dataSet.GetData2DChannel(name);
+        QOR_ASSERT((spData2D != nullptr), "Data2DOperation");
     }
 }
 
@@ -89,8 +103,10 @@ void RenameInChannels(DataContainer& metaData, const NewKeys& newKeys) {
 
 std::shared_ptr<DataSet> CreateSubregion(const IDataSet& dataSet, std::uint64_t begin1, std::uint64_t end1,
                                          std::uint64_t begin2, std::uint64_t end2) {
+    auto& source = const_cast<IDataSet&>(dataSet); // which asks without changing
+    RequireChannels(source);
     DataContainer layout; // with metadata that are copies, and items that are shared
-    const_cast<IDataSet&>(dataSet).StoreDataSet(layout);
+    source.StoreDataSet(layout);
     const auto result = DataSet::Create(layout);
     const auto primary = FindPrimary(dataSet, result->AllData2D());
     NewKeys newKeys;

@@ -36,11 +36,16 @@ std::shared_ptr<IDataSet> DefaultCodec::Decode(std::shared_ptr<DataContainer> co
 bool DefaultCodec::Encode(IDataSet& dataSet, DataContainer& target) {
     DataContainer encoded;
     dataSet.StoreDataSet(encoded);
-    if (const auto* const own = dynamic_cast<const DataSet*>(&dataSet))
-        if (const auto additional = std::make_shared<DataContainer>(GatherAdditional(*own->GetContent()));
-            !additional->IsEmpty())
-            encoded.Put(additionalKey, additional);
+    const auto* const own = dynamic_cast<const DataSet*>(&dataSet);
+    const auto additional =
+        std::make_shared<DataContainer>(own != nullptr ? GatherAdditional(*own->GetContent()) : DataContainer());
+    if (!additional->IsEmpty())
+        encoded.Put(additionalKey, additional);
+    if (target.Exists(sDATA_FORMAT)) // it would be believed before the metadata
+        encoded.PutValue(sDATA_FORMAT, DataSet::sFORMAT);
     target.Append(encoded);
+    if (additional->IsEmpty())
+        target.Remove(additionalKey);
     return true;
 }
 

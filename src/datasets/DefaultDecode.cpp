@@ -4,7 +4,7 @@ namespace Qor::Tivor {
 
 namespace {
 
-const char* const primaryKey = "Primary2D";
+const std::string primaryKey = "Primary2D";
 
 std::shared_ptr<Data2D> SurfaceOf(const std::shared_ptr<DataObject>& object) {
     if (const auto surface = std::dynamic_pointer_cast<GenericWrapper<Data2D>>(object))
@@ -20,25 +20,28 @@ std::shared_ptr<Data1D> ProfileOf(const std::shared_ptr<DataObject>& object) {
 } // namespace
 
 std::shared_ptr<IDataSet> DefaultDecode(DataContainer& source) {
-    DataContainer layout;
-    const auto metaData = source.GetPtr<DataContainer>(sMETA_DATA);
-    const auto description = metaData ? metaData->Clone() : DataContainer::Create();
-    layout.Put(sMETA_DATA, description);
-    const auto set = DataSet::Create(layout);
+    const auto given = source.GetPtr<DataContainer>(sMETA_DATA);
+    const auto metaData = given ? given->Clone() : DataContainer::Create();
+    const auto surfaces = DataContainer::Create();
+    const auto profiles = DataContainer::Create();
     for (const auto& [key, object] : source) {
-        if (key == sMETA_DATA && metaData)
+        if (key == sMETA_DATA && given)
             continue;
-        if (const auto surface = SurfaceOf(object))
-            set->StoreData(surface, key);
-        else if (const auto profile = ProfileOf(object))
-            set->StoreData(profile, key);
-        else if (!description->Exists(key))
-            description->Put(key, object);
+        if (auto surface = SurfaceOf(object))
+            surfaces->Put(key, ValueTraits<Data2D>::MakeData(std::move(surface)));
+        else if (auto profile = ProfileOf(object))
+            profiles->Put(key, ValueTraits<Data1D>::MakeData(std::move(profile)));
+        else if (!metaData->Exists(key))
+            metaData->Put(key, object);
     }
-    if (set->GetData2D(primaryKey))
-        set->SetPrimaryData2DKey(primaryKey);
-    description->PutValue(sDATA_FORMAT, DataSet::sFORMAT);
-    return set;
+    if (surfaces->Exists(primaryKey))
+        metaData->PutValue(DataSet::sPRIMARY_2D_DATA_KEY, primaryKey);
+    metaData->PutValue(sDATA_FORMAT, DataSet::sFORMAT);
+    DataContainer layout;
+    layout.Put(sMETA_DATA, metaData);
+    layout.Put(DataSet::s2D_DATA, surfaces);
+    layout.Put(DataSet::s1D_DATA, profiles);
+    return DataSet::Create(layout);
 }
 
 } // namespace Qor::Tivor

@@ -87,10 +87,10 @@ TEST(DataSets, KeepChannelsInStep) {
     };
     for (const auto& [change, channels] : rows) {
         change();
-        EXPECT_EQ(TellChannels(set), channels);
-        // What is stored says the same.
+        // What is stored says the same, and does so before anybody asks the set.
         DataSet again(*set.GetContent()->Clone());
         EXPECT_EQ(TellChannels(again), channels);
+        EXPECT_EQ(TellChannels(set), channels);
     }
     EXPECT_EQ(Keys(set.MetaData()), "DataFormat ");
 }
@@ -112,6 +112,10 @@ TEST(DataSets, BelieveWhatIsListed) {
     EXPECT_EQ(TellChannels(set), "Height: b; Mine: c a; ");
     set.StoreData(Surface("Phase"), "c");
     EXPECT_EQ(TellChannels(set), "Height: b; Mine: a; Phase: c; ");
+    set.StoreData(Surface("Phase"), "gone"); // what lists it did so for another
+    for (const std::string& channels : {TellChannels(set), TellChannels(*DataSet::Create(stored))})
+        EXPECT_EQ(channels, "Height: b; Mine: a; Phase: c gone; ");
+    EXPECT_EQ(Keys(*config), "Mine Number Height Phase ");
 }
 
 TEST(DataSets, ReplaceWhatIsNoContainer) {
