@@ -1,11 +1,10 @@
-// A measurement as a data set: two maps of heights, an intensity and a profile, found again by channel, cut, and saved
-// in both types of file.
+// A measurement as a data set: two maps of heights, one of intensities and a profile, found again by what they are,
+// cut, and saved in both types of data file.
 #include <Tivor/Codec.h>
 #include <Tivor/Data2DOperation.h>
 #include <Tivor/DataFile.h>
 #include <Tivor/MatrixView.h>
 
-#include <algorithm>
 #include <iostream>
 #include <span>
 
@@ -15,51 +14,69 @@ namespace {
 
 std::shared_ptr<Data2D> Map(const std::string& kind, double first) {
     RowMajorMatrix<double> samples(3, 4);
-    for (std::size_t i = 0; i < samples.size(); ++i)
-        samples.data()[i] = first + static_cast<double>(i);
+    for (double& sample : std::span(samples.data(), samples.size()))
+        sample = first++;
     auto map = Data2D::Create(MakeData(samples));
     map->SetDataKind(kind);
-    map->SetFixedSpacing(UnitizedDouble(0.5, "Micrometer"), UnitizedDouble(0.5, "Micrometer"));
+    map->SetFixedSpacing(UnitizedDouble(0.5, "Micrometer"), UnitizedDouble(0.25, "Micrometer"));
     return map;
 }
 
-DataSet Measure() {
-    const std::vector<double> trace{7.0, 9.0, 8.0};
-    auto profile = Data1D::CreateFrom(MakeArray(std::span(trace)));
-    profile->SetDataKind(sSURFACE_PROFILE);
+std::shared_ptr<Data1D> Trace() {
+    const std::vector<double> heights{3, 4, 4.5};
+    auto trace = Data1D::CreateFrom(MakeArray(std::span(heights)));
+    trace->SetDataKind(sSURFACE_PROFILE);
+    trace->SetFixedSpacing(UnitizedDouble(10, "Micrometer"));
+    return trace;
+}
 
+DataSet Measure() {
     DataSet set(Map(sHEIGHT_DATA, 0), "before"); // the primary surface
     set.StoreData(Map(sHEIGHT_DATA, 100), "after");
     set.StoreData(Map(sINTENSITY_DATA, 200), "camera");
-    set.StoreData(std::move(profile), "trace");
-    set.MetaData().PutValue(sDATASET_NAME, "Wafer 7");
+    set.StoreData(Trace(), "trace");
+    set.MetaData().PutValue(sDATASET_NAME, std::string("Wafer 7"));
     return set;
 }
 
-void Show(IDataSet& set) {
-    const auto heights = set.GetData2DChannel(sHEIGHT_DATA);
-    for (std::uint64_t i = 0; i < heights->GetSize(); ++i) {
-        const auto map = heights->GetDataAt(i);
-        std::cout << "  " << heights->GetKeyForDataAt(i) << ": " << map->ToString() << ", begins with "
-                  << MatrixView<double>(*map)(0, 0) << '\n';
+void ShowMaps(IDataSet& set, const std::string& kind) {
+    const auto channel = set.GetData2DChannel(kind);
+    for (std::uint64_t i = 0; i < channel->GetSize(); ++i) {
+        const auto map = channel->GetDataAt(i);
+        std::cout << "  " << kind << ", " << channel->GetKeyForDataAt(i) << ": " << map->GetNumDimension1Points()
+                  << " x " << map->GetNumDimension2Points() << ", first " << MatrixView<double>(*map)(0, 0) << '\n';
     }
+}
+
+void Show(IDataSet& set) {
+    ShowMaps(set, sHEIGHT_DATA);
+    ShowMaps(set, sINTENSITY_DATA);
+    const auto profile = set.GetData1D("trace");
+    std::cout << "  " << profile->GetDataKind() << ", trace: " << profile->GetNumPoints() << " points\n";
+}
+
+void Save(IDataSet& set, const std::string& fileName) {
+    const auto file = DataFile::Open(fileName, DataFile::eREAD_WRITE, DataFile::eCREATE_ALWAYS, "", nullptr);
+    Encode(set, *file, DataSet::sFORMAT);
+    file->Flush();
+}
+
+std::shared_ptr<IDataSet> Load(const std::string& fileName) {
+    const auto file = DataFile::Open(fileName, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, "", nullptr);
+    const auto set = Decode(file, "");
+    std::cout << fileName << ": " << *set->GetMetaData()->GetValue<std::string>(sDATASET_NAME) << '\n';
+    return set;
 }
 
 } // namespace
 
 int main() {
-    DataSet set = Measure();
-    for (const char* const name : {"set.dataset", "set.qordml"}) {
-        const auto file = DataFile::Open(name, DataFile::eREAD_WRITE, DataFile::eCREATE_ALWAYS, "", nullptr);
-        Encode(set, *file, DataSet::sFORMAT);
-        file->Flush();
-    }
-    const auto opened = DataFile::Open("set.qordml", DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, "", nullptr);
-    const auto read = Decode(opened, "");
-    std::cout << "heights:\n";
+    DataSet measured = Measure();
+    Save(measured, "wafer.dataset");
+    const auto read = Load("wafer.dataset");
     Show(*read);
 
-    const auto block = CreateSubregion(*read, 1, 3, 2, 4); // rows 1 and 2, columns 2 and 3 of each map
-    std::cout << "cut:\n";
-    Show(*block);
+    const auto block = CreateSubregion(*read, 1, 3, 2, 4); // rows 1 and 2, columns 2 and 3 of every map
+    Save(*block, "block.qordml");
+    Show(*Load("block.qordml"));
 }

@@ -88,4 +88,21 @@ TEST(MeasuredSurface, KeepsWhatBelongsTogether) {
     ExpectBlocksOf("docs/measured-arrays.md", "examples/measured_surface.cpp");
 }
 
+TEST(DataSetOfAWafer, IsReadByChannelsAndCut) {
+    const TemporaryDirectory directory;
+    const auto outcome = RunProgram(directory.GetPath(), "data_set");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, "wafer.dataset: Wafer 7\n"
+                              "  Height, before: 3 x 4, first 0\n"
+                              "  Height, after: 3 x 4, first 100\n"
+                              "  Intensity, camera: 3 x 4, first 200\n"
+                              "  Surface Profile, trace: 3 points\n"
+                              "block.qordml: Wafer 7\n"
+                              "  Height, Primary2D: 2 x 2, first 6\n"
+                              "  Height, after: 2 x 2, first 106\n"
+                              "  Intensity, camera: 2 x 2, first 206\n"
+                              "  Surface Profile, trace: 3 points\n");
+    ExpectBlocksOf("docs/data-sets.md", "examples/data_set.cpp");
+}
+
 } // namespace Qor::Tivor::Testing

@@ -133,13 +133,6 @@ const Form& FormOf(DataObject& object) {
     return found != forms->end() ? found->second : otherForm;
 }
 
-template <class T>
-std::shared_ptr<const DataContainer> PropertiesIn(const DataObject& object) {
-    const auto* const wrapper = dynamic_cast<const GenericWrapper<T>*>(&object);
-    const auto value = wrapper != nullptr ? wrapper->GetData() : nullptr;
-    return value ? value->GetContent() : nullptr;
-}
-
 void PrintFacts(std::ostream& out, const MeasuredFacts& facts, const std::string& indent) {
     out << Show(facts.className) << " of " << Describe(facts) << '\n';
     if (const std::string statistics = DescribeStatistics(facts); !statistics.empty())
@@ -170,8 +163,8 @@ void PrintTree(std::ostream& out, const DataContainer& container, const std::str
 std::shared_ptr<const DataContainer> EntriesIn(DataObject& object) {
     if (auto* const wrapper = dynamic_cast<Data<DataContainer>*>(&object))
         return wrapper->GetData();
-    const auto ofProfile = PropertiesIn<Data1D>(object);
-    return ofProfile ? ofProfile : PropertiesIn<Data2D>(object);
+    const auto* const holder = dynamic_cast<const Details::ContentHolder*>(&object);
+    return holder != nullptr ? holder->GetContent() : nullptr;
 }
 
 void PrintText(std::ostream& out, const DataContainer& container) { PrintTree(out, container, ""); }
