@@ -5,6 +5,7 @@
 
 #include <RunProgram.h>
 #include <TemporaryDirectory.h>
+#include <sstream>
 #include <string>
 
 namespace Qor::Tivor::Testing {
@@ -103,6 +104,13 @@ TEST(DataSetOfAWafer, IsReadByChannelsAndCut) {
                               "  Intensity, camera: 2 x 2, first 206\n"
                               "  Surface Profile, trace: 3 points\n");
     ExpectBlocksOf("docs/data-sets.md", "examples/data_set.cpp");
+    const auto tree = RunProgram(directory.GetPath(), "tivor", {"ls", "wafer.dataset"});
+    std::istringstream lines(tree.output);
+    std::string shown;
+    for (std::string line; std::getline(lines, line);)
+        shown += "    " + line + '\n';
+    EXPECT_GT(shown.size(), 1000u);
+    EXPECT_NE(ReadFileText(project / "docs/data-sets.md").find(shown + '\n'), std::string::npos) << shown;
 }
 
 } // namespace Qor::Tivor::Testing
