@@ -8,7 +8,6 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace Qor::Tivor {
@@ -46,7 +45,7 @@ public:
     ~DataChannel() override;
 
     std::string GetName() override { return m_name; }
-    std::uint64_t GetSize() const override { return m_items.size(); }
+    std::uint64_t GetSize() const override { return m_positions.size(); }
     std::shared_ptr<Item> GetDataAt(std::uint64_t index) override { return m_items[RequireIndex(index)]; }
     std::string GetKeyForDataAt(std::uint64_t index) override { return m_keys[RequireIndex(index)]; }
 
@@ -63,13 +62,16 @@ private:
     friend class DataChannelTable<Item>;
 
     explicit DataChannel(std::string name);
-    std::size_t RequireIndex(std::uint64_t index) const;
-    void Remove(const std::unordered_set<std::string>& keys);
+    std::size_t RequireIndex(std::uint64_t index);
+    void Remove(const std::string& key);
+    void CloseGaps();
+    // These write the difference only, where what is stored differs by one key.
     void AppendToConfig(DataContainer& config) const;
+    void RemoveFromConfig(DataContainer& config, const std::string& key) const;
 
     std::string m_name;
     std::vector<std::string> m_keys;
-    std::vector<std::shared_ptr<Item>> m_items;
+    std::vector<std::shared_ptr<Item>> m_items; // empty: a gap, where one was removed
     std::unordered_map<std::string, std::size_t> m_positions;
 };
 

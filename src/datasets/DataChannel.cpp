@@ -4,6 +4,7 @@
 #include <Tivor/CollectionSerialization.h>
 #include <Tivor/DataChannel.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace Qor::Tivor {
@@ -17,9 +18,18 @@ inline constexpr const char* category<Data1D> = "Qor.Tivor.Data1DChannel";
 template <>
 inline constexpr const char* category<Data2D> = "Qor.Tivor.Data2DChannel";
 
-std::shared_ptr<Data<std::list<std::string>>> FindKeys(const DataContainer& config, const std::string& name) {
-    return std::dynamic_pointer_cast<Data<std::list<std::string>>>(
-        std::const_pointer_cast<DataObject>(config.Get(name)));
+using Keys = std::list<std::string>;
+
+// In their place: a set of many items is stored item by item. False when there is no list of that many keys.
+template <class Change>
+bool ChangeKeys(DataContainer& config, const std::string& name, std::size_t count, Change change) {
+    const auto stored = std::dynamic_pointer_cast<Data<Keys>>(config.Get(name));
+    if (!stored || stored->IsEmpty() || stored->GetValue().size() != count)
+        return false;
+    Keys keys = std::move(*stored->GetData());
+    change(keys);
+    stored->SetValue(std::move(keys));
+    return true;
 }
 
 } // namespace
@@ -74,49 +84,75 @@ void DataChannel<Item>::AddData(DataContainer& items) {
         AddData(entry.key, items.GetPtr<Item>(entry.key));
 }
 
+// A channel of many that leave one by one is not closed up each time.
 template <class Item>
-void DataChannel<Item>::Remove(const std::unordered_set<std::string>& keys) {
-    DataChannel kept(m_name);
-    for (std::size_t i = 0; i < m_keys.size(); ++i)
-        if (keys.count(m_keys[i]) == 0)
-            kept.AddData(m_keys[i], m_items[i]);
-    m_keys.swap(kept.m_keys);
-    m_items.swap(kept.m_items);
-    m_positions.swap(kept.m_positions);
+void DataChannel<Item>::Remove(const std::string& key) {
+    const auto found = m_positions.find(key);
+    m_items[found->second].reset();
+    m_positions.erase(found);
+    if (m_items.size() > 2 * m_positions.size() + 8)
+        CloseGaps();
+}
+
+template <class Item>
+void DataChannel<Item>::CloseGaps() {
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < m_items.size(); ++i) {
+        if (!m_items[i])
+            continue;
+        if (i != end) {
+            m_keys[end].swap(m_keys[i]);
+            m_items[end].swap(m_items[i]);
+            m_positions.find(m_keys[end])->second = end;
+        }
+        ++end;
+    }
+    m_keys.resize(end);
+    m_items.resize(end);
 }
 
 template <class Item>
 void DataChannel<Item>::StoreConfig(DataContainer& config) const {
-    config.PutValue(m_name, std::list<std::string>(m_keys.begin(), m_keys.end()));
+    std::list<std::string> keys;
+    for (std::size_t i = 0; i < m_items.size(); ++i)
+        if (m_items[i])
+            keys.push_back(m_keys[i]);
+    config.PutValue(m_name, std::move(keys));
 }
 
-// A set of many items is stored item by item: the list is not written anew for each.
 template <class Item>
 void DataChannel<Item>::AppendToConfig(DataContainer& config) const {
-    const auto stored = FindKeys(config, m_name);
-    if (!stored || stored->IsEmpty() || stored->GetValue().size() + 1 != m_keys.size())
-        return StoreConfig(config);
     std::list<std::string> last(1, m_keys.back());
-    std::list<std::string> keys = std::move(*stored->GetData());
-    keys.splice(keys.end(), last);
-    stored->SetValue(std::move(keys));
+    if (!ChangeKeys(config, m_name, GetSize() - 1, [&](Keys& keys) { keys.splice(keys.end(), last); }))
+        StoreConfig(config);
+}
+
+template <class Item>
+void DataChannel<Item>::RemoveFromConfig(DataContainer& config, const std::string& key) const {
+    if (!ChangeKeys(config, m_name, GetSize() + 1, [&](Keys& keys) {
+            if (const auto found = std::find(keys.begin(), keys.end(), key); found != keys.end())
+                keys.erase(found);
+        }))
+        StoreConfig(config);
 }
 
 template <class Item>
 std::vector<std::string> DataChannel<Item>::ReadConfig(const DataContainer& config, const std::string& name) {
-    if (const auto keys = config.GetPtr<std::list<std::string>>(name))
+    if (const auto keys = config.GetPtr<Keys>(name))
         return {keys->begin(), keys->end()};
     const auto keys = config.GetPtr<std::vector<std::string>>(name);
     return keys ? *keys : std::vector<std::string>();
 }
 
 template <class Item>
-std::size_t DataChannel<Item>::RequireIndex(std::uint64_t index) const {
-    if (index >= m_items.size())
+std::size_t DataChannel<Item>::RequireIndex(std::uint64_t index) {
+    if (index >= GetSize())
         Core::Error::RaiseError(
             Core::OutOfRangeError(Core::FormatText("Out of bounds index of %1% for %2% with size of %3%",
-                                                   {index, m_name + " data channel", m_items.size()})),
+                                                   {index, m_name + " data channel", GetSize()})),
             QOR_CODE_CONTEXT("DataSet"), category<Item>);
+    if (m_items.size() != m_positions.size())
+        CloseGaps();
     return static_cast<std::size_t>(index);
 }
 

@@ -126,14 +126,8 @@ auto DataChannelTable<Item>::FindThoseOutOfPlace(const Keys& keys) -> ItemsByKey
 template <class Item>
 auto DataChannelTable<Item>::Rearrange(const ItemsByKey& outOfPlace) -> std::map<std::string, Changed> {
     std::map<std::string, Changed> changed;
-    std::unordered_map<Channel*, std::unordered_set<std::string>> leaving;
     for (const auto& [key, item] : outOfPlace)
-        if (const auto listed = m_listed.find(key); listed != m_listed.end())
-            leaving[listed->second.channel].insert(key);
-    for (const auto& [channel, keys] : leaving) {
-        changed[channel->GetName()].isShorter = true;
-        Remove(*channel, keys);
-    }
+        Remove(key, changed);
     for (const auto& [key, item] : outOfPlace)
         if (item && m_listed.count(key) == 0)
             ++changed[List(key, item).GetName()].arrived;
@@ -141,12 +135,16 @@ auto DataChannelTable<Item>::Rearrange(const ItemsByKey& outOfPlace) -> std::map
 }
 
 template <class Item>
-void DataChannelTable<Item>::Remove(Channel& channel, const std::unordered_set<std::string>& keys) {
-    channel.Remove(keys);
-    for (const std::string& key : keys)
-        m_listed.erase(key);
-    if (channel.GetSize() == 0)
-        m_channels.erase(channel.GetName());
+void DataChannelTable<Item>::Remove(const std::string& key, std::map<std::string, Changed>& changed) {
+    const auto listed = m_listed.find(key);
+    if (listed == m_listed.end())
+        return;
+    const std::string name = listed->second.channel->GetName();
+    changed[name].left.push_back(key);
+    listed->second.channel->Remove(key);
+    m_listed.erase(listed);
+    if (m_channels.at(name)->GetSize() == 0)
+        m_channels.erase(name);
 }
 
 template <class Item>
@@ -157,10 +155,12 @@ void DataChannelTable<Item>::UpdateConfig(const std::string& name, const Changed
         TidyConfig(*config);
     else if (found == m_channels.end())
         config->Remove(name);
-    else if (changed.isShorter || changed.arrived != 1)
-        found->second->StoreConfig(*config);
-    else
+    else if (changed.left.empty() && changed.arrived == 1)
         found->second->AppendToConfig(*config);
+    else if (changed.left.size() == 1 && changed.arrived == 0)
+        found->second->RemoveFromConfig(*config, changed.left.front());
+    else
+        found->second->StoreConfig(*config);
 }
 
 // Keys of items that there are not would claim those that come later. What lists no keys stays.

@@ -45,7 +45,7 @@ private:
     };
     /// How channels were changed, by their names.
     struct Changed {
-        bool isShorter = false;
+        std::vector<std::string> left;
         std::size_t arrived = 0;
     };
     using Keys = std::vector<std::string>;
@@ -62,7 +62,7 @@ private:
     Keys GetAllKeys() const;
     ItemsByKey FindThoseOutOfPlace(const Keys& keys);
     std::map<std::string, Changed> Rearrange(const ItemsByKey& outOfPlace);
-    void Remove(Channel& channel, const std::unordered_set<std::string>& keys);
+    void Remove(const std::string& key, std::map<std::string, Changed>& changed);
     void UpdateConfig(const std::string& name, const Changed& changed);
     void TidyConfig(DataContainer& config) const;
 
