@@ -1,7 +1,7 @@
 #include "TemporaryDirectory.h"
 #include "TestHeap.h"
 
-#include <Tivor/Data2D.h>
+#include <Tivor/Codec.h>
 #include <Tivor/XMLDataFile.h>
 
 #include <gtest/gtest.h>
@@ -10,15 +10,21 @@
 
 namespace Qor::Tivor::Testing {
 
-TEST(XMLSectionHeap, SurfacesAreSavedAndOpenedWithoutACopy) {
+TEST(XMLSectionHeap, DataSetsAreSavedAndOpenedWithoutACopy) {
     using Matrix = Nalix::Matrix<double, Nalix::basic_row_major>;
     const Core::Testing::TemporaryDirectory directory;
-    const std::string path = (directory / "surface.qordml").ToString();
+    const std::string path = (directory / "set.qordml").ToString();
     Matrix matrix(2048, 2048);
     for (std::size_t i = 0; i < matrix.size(); ++i)
         matrix.data()[i] = static_cast<double>(i) * 0.37;
     const auto content = DataContainer::Create();
-    content->PutValue("Height", Data2D(MakeData(matrix)));
+    const auto surface = Data2D::Create(MakeData(matrix));
+    {
+        const HeapWatch watch(64 * 1024 * 1024);
+        DataSet set(surface, "Height");
+        Encode(set, *content, DataSet::sFORMAT);
+        EXPECT_LE(watch.GetPeak(), 128u * 1024);
+    }
     XMLDataFile file(path, DataFile::eREAD_WRITE, DataFile::eCREATE_NEW, content);
     {
         const HeapWatch watch(64 * 1024 * 1024);
@@ -31,7 +37,7 @@ TEST(XMLSectionHeap, SurfacesAreSavedAndOpenedWithoutACopy) {
         file.Open(path, DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, nullptr);
         EXPECT_LE(watch.GetPeak(), matrix.size() * sizeof(double) + 1024u * 1024);
     }
-    const auto read = file.GetPtr<Data2D>("Height")->GetContent()->GetPtr<Matrix>("Matrix");
+    const auto read = DataSet(file).GetData2D("Height")->GetContent()->GetPtr<Matrix>("Matrix");
     ASSERT_TRUE(read && read->size() == matrix.size());
     EXPECT_TRUE(std::equal(matrix.data(), matrix.data() + matrix.size(), read->data()));
 }
