@@ -1,12 +1,16 @@
 #include "Alerts.h"
 #include "Sets.h"
 #include "StoredBytes.h"
+#include "Threads.h"
 
+#include <QorCore/SystemLibrary.h>
 #include <Tivor/Codec.h>
+#include <Tivor/MatrixView.h>
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <stdexcept>
 
 namespace Qor::Tivor::Testing {
 
@@ -14,58 +18,29 @@ namespace {
 
 using Core::Testing::ErrorOf;
 
-/// Of one surface under the key "flat".
-class FlatCodec final : public Codec {
+/// The codec of FlatTextPlugIn.cpp, registered while this lives.
+class FlatText {
 public:
-    std::string GetFormatName() const override { return "Flat"; }
-    std::string GetDescription() const override { return "One surface"; }
-    bool CanDecode(const DataContainer& container) const override { return container.Exists("flat"); }
-    std::shared_ptr<IDataSet> Decode(std::shared_ptr<DataContainer> container) override {
-        const auto surface = container->GetPtr<Data2D>("flat");
-        return surface ? DataSet::Create(surface, "flat") : nullptr;
-    }
-    bool Encode(IDataSet& dataSet, DataContainer& target) override {
-        const auto surface = dataSet.GetPrimaryData2D();
-        if (surface)
-            target.Put("flat", ValueTraits<Data2D>::MakeData(surface));
-        return surface != nullptr;
-    }
-};
+    FlatText() { Call("RegisterFlatText"); }
+    FlatText(const FlatText&) = delete;
+    FlatText& operator=(const FlatText&) = delete;
+    ~FlatText() { Call("UnregisterFlatText"); }
 
-class FlatFactory final : public Codec::Factory {
-public:
-    explicit FlatFactory(
-        std::vector<std::string> formats, std::function<void()> action = [] {})
-        : m_formats(std::move(formats)), m_action(std::move(action)) {}
-
-    void GetFormats(std::vector<std::string>& formats) const override {
-        m_action();
-        formats.insert(formats.end(), m_formats.begin(), m_formats.end());
-    }
-    std::shared_ptr<Codec> CreateCodec(const std::string& format) override {
-        m_action();
-        return format == "Nothing" ? nullptr : std::make_shared<FlatCodec>();
+    static std::shared_ptr<DataContainer> Container(const std::string& text) {
+        auto container = DataContainer::Create();
+        container->PutValue("flat", text);
+        return container;
     }
 
 private:
-    std::vector<std::string> m_formats;
-    std::function<void()> m_action;
-};
-
-/// Is registered while it lives.
-class Registered {
-public:
-    explicit Registered(
-        std::vector<std::string> formats, std::function<void()> action = [] {})
-        : m_factory(std::make_shared<FlatFactory>(std::move(formats), std::move(action))) {
-        RegisterCodecs(m_factory);
+    static void Call(const char* function) {
+        static std::string failure;
+        static auto* const library = new auto(
+            Core::SystemLibrary::Load(Core::PathName(TIVOR_TEST_PROGRAMS "/FlatTextPlugIn.dll"), failure)); // stays
+        if (!*library)
+            throw std::runtime_error(failure);
+        reinterpret_cast<void (*)()>((*library)->GetProcAddress(function))();
     }
-    Registered(const Registered&) = delete;
-    Registered& operator=(const Registered&) = delete;
-    ~Registered() { UnregisterCodecs(*m_factory); }
-
-private:
-    std::shared_ptr<FlatFactory> m_factory;
 };
 
 std::unordered_set<std::string> Formats() {
@@ -74,6 +49,95 @@ std::unordered_set<std::string> Formats() {
     return formats;
 }
 
+template <class T>
+T Fail() {
+    throw Core::LogicError("odd");
+}
+template <class T>
+std::shared_ptr<T> Null() {
+    return nullptr;
+}
+
+/// Its codec, and how it makes one, are what a test says; so is whatever else it does when it is called.
+class OddFactory final : public Codec::Factory {
+public:
+    struct Behaviour {
+        std::function<void()> onGetFormats = [] {};
+        std::function<std::shared_ptr<Codec>()> create = nullptr;
+        std::function<std::shared_ptr<IDataSet>()> decode = [] { return std::make_shared<DataSet>(); };
+        std::function<bool()> encode = [] { return true; };
+    };
+
+    explicit OddFactory(std::vector<std::string> formats) : OddFactory(std::move(formats), Behaviour()) {}
+    OddFactory(std::vector<std::string> formats, Behaviour behaviour)
+        : m_formats(std::move(formats)), m_behaviour(std::move(behaviour)) {}
+    OddFactory(const OddFactory&) = delete;
+    OddFactory& operator=(const OddFactory&) = delete;
+    ~OddFactory() override { UseRegistry(); }
+
+    void GetFormats(std::vector<std::string>& formats) const override {
+        UseRegistry();
+        formats.insert(formats.end(), m_formats.begin(), m_formats.end());
+        m_behaviour.onGetFormats();
+    }
+    std::shared_ptr<Codec> CreateCodec(const std::string& format) override {
+        UseRegistry();
+        return m_behaviour.create ? m_behaviour.create() : std::make_shared<OddCodec>(format, m_behaviour);
+    }
+
+private:
+    class OddCodec final : public Codec {
+    public:
+        OddCodec(std::string format, Behaviour behaviour)
+            : m_format(std::move(format)), m_behaviour(std::move(behaviour)) {}
+        std::string GetFormatName() const override { return m_format; }
+        std::string GetDescription() const override { return "Odd"; }
+        bool CanDecode(const DataContainer&) const override { return true; }
+        std::shared_ptr<IDataSet> Decode(std::shared_ptr<DataContainer>) override { return m_behaviour.decode(); }
+        bool Encode(IDataSet&, DataContainer&) override { return m_behaviour.encode(); }
+
+    private:
+        std::string m_format;
+        Behaviour m_behaviour;
+    };
+
+    class SilentFactory final : public Codec::Factory {
+        void GetFormats(std::vector<std::string>& formats) const override { formats.push_back("Silent"); }
+        std::shared_ptr<Codec> CreateCodec(const std::string&) override { return nullptr; }
+    };
+
+    // Hangs where this factory is called, or destroyed, under the lock of the registry.
+    static void UseRegistry() {
+        const auto use = [] {
+            const auto silent = std::make_shared<SilentFactory>();
+            RegisterCodecs(silent);
+            UnregisterCodecs(*silent);
+            Formats();
+        };
+        use();
+        std::thread(use).join();
+    }
+
+    std::vector<std::string> m_formats;
+    Behaviour m_behaviour;
+};
+
+/// The codec of the format of `DataSet`, which is served again, whatever happened, when this ends.
+class KeepingDefault {
+public:
+    KeepingDefault() = default;
+    KeepingDefault(const KeepingDefault&) = delete;
+    KeepingDefault& operator=(const KeepingDefault&) = delete;
+    ~KeepingDefault() {
+        OddFactory::Behaviour behaviour;
+        behaviour.create = [codec = m_codec] { return codec; };
+        RegisterCodecs(std::make_shared<OddFactory>(std::vector{DataSet::sFORMAT}, behaviour));
+    }
+
+private:
+    std::shared_ptr<Codec> m_codec = CreateCodec(DataSet::sFORMAT);
+};
+
 using Names = std::unordered_set<std::string>;
 
 } // namespace
@@ -81,67 +145,230 @@ using Names = std::unordered_set<std::string>;
 TEST(Codecs, AreRegisteredByFormat) {
     EXPECT_EQ(Formats(), Names{"QOR Data Set"});
     RegisterCodecs(nullptr);
-    {
-        const Registered one({"Flat", "Nothing"});
-        EXPECT_EQ(Formats(), (Names{"QOR Data Set", "Flat", "Nothing"}));
-        {
-            const Registered other({"Nothing"}); // takes it over, and does not give it back
-            EXPECT_EQ(CreateCodec("Nothing"), nullptr);
+    const auto one = std::make_shared<OddFactory>(std::vector<std::string>{"Odd", "Other", "Odd"});
+    auto other = std::make_shared<OddFactory>(std::vector<std::string>{"Other"});
+    const std::weak_ptr<OddFactory> otherLives = other;
+    const struct {
+        std::function<void()> change;
+        Names formats;
+    } rows[] = {
+        {[&] { RegisterCodecs(one); }, {"QOR Data Set", "Odd", "Other"}},
+        {[&] { RegisterCodecs(one); }, {"QOR Data Set", "Odd", "Other"}},
+        {[&] { UnregisterCodecs(*other); }, {"QOR Data Set", "Odd", "Other"}},
+        {[&] { RegisterCodecs(other); }, {"QOR Data Set", "Odd", "Other"}},
+        {[&] { UnregisterCodecs(*other); }, {"QOR Data Set", "Odd"}}, // it is not given back
+        {[&] { RegisterCodecs(other), other.reset(); }, {"QOR Data Set", "Odd", "Other"}},
+        {[&] { EXPECT_FALSE(otherLives.expired()); }, {"QOR Data Set", "Odd", "Other"}},
+        {[&] { RegisterCodecs(one); }, {"QOR Data Set", "Odd", "Other"}}, // the last to hold the other one lets it go
+        {[&] { EXPECT_TRUE(otherLives.expired()); }, {"QOR Data Set", "Odd", "Other"}},
+        {[&] { UnregisterCodecs(*one); }, {"QOR Data Set"}},
+        {[&] { UnregisterCodecs(*one); }, {"QOR Data Set"}},
+    };
+    for (const auto& [change, formats] : rows) {
+        SCOPED_TRACE(&change - &rows[0].change);
+        change();
+        EXPECT_EQ(Formats(), formats);
+        for (const std::string format : {"Odd", "Other"}) {
+            const auto codec = CreateCodec(format);
+            EXPECT_EQ(codec ? codec->GetFormatName() : "none", formats.count(format) != 0 ? format : "none");
         }
-        EXPECT_EQ(Formats(), (Names{"QOR Data Set", "Flat"}));
-        EXPECT_EQ(CreateCodec("Flat")->GetDescription(), "One surface");
     }
-    EXPECT_EQ(Formats(), Names{"QOR Data Set"});
-    EXPECT_EQ(CreateCodec("Flat"), nullptr);
     const auto standard = CreateCodec(DataSet::sFORMAT);
     EXPECT_EQ(standard->GetFormatName() + ", " + standard->GetDescription(),
               "QOR Data Set, Common QOR Data Set Format");
     EXPECT_FALSE(standard->CanDecode(DataContainer()));
 }
 
-TEST(Codecs, MayCallBackAndThrow) {
-    bool fails = false;
-    const Registered throwing({"Flat"}, [&] {
-        EXPECT_EQ(Formats().count("QOR Data Set"), 1u);
-        if (fails)
-            throw Core::LogicError("no");
-    });
-    fails = true;
-    EXPECT_NE(ErrorOf([] { CreateCodec("Flat"); }), "");
-    EXPECT_EQ(Formats(), (Names{"QOR Data Set", "Flat"}));
-    fails = false;
-    EXPECT_NE(CreateCodec("Flat"), nullptr);
+TEST(Codecs, MayFail) {
+    const std::string odd = "LogicError [] odd";
+    const std::string none = "NoCodecFound [Qor.Tivor.%] No codec was found for data format: Odd";
+    const struct {
+        const char* title;
+        OddFactory::Behaviour behaviour;
+        std::string atRegistering, atDecoding, atEncoding;
+    } rows[] = {
+        {"behaves", {}, "1", "1", "1"},
+        {"cannot tell its formats", {.onGetFormats = Fail<void>}, odd, none, none},
+        {"makes none", {.create = Null<Codec>}, "1", none, none},
+        {"cannot make one", {.create = Fail<std::shared_ptr<Codec>>}, "1", odd, odd},
+        {"decodes nothing", {.decode = Null<IDataSet>}, "1", "0", "1"},
+        {"cannot decode", {.decode = Fail<std::shared_ptr<IDataSet>>}, "1", odd, "1"},
+        {"encodes nothing", {.encode = [] { return false; }}, "1", "1", "0"},
+        {"cannot encode", {.encode = Fail<bool>}, "1", "1", odd},
+    };
+    const auto outcomeOf = [](const std::function<bool()>& operation) {
+        bool outcome = false;
+        const std::string error = ErrorOf([&] { outcome = operation(); });
+        return error.empty() ? std::to_string(outcome) : error;
+    };
+    const auto in = [](const char* operation, std::string text) {
+        const auto place = text.find('%');
+        return place == std::string::npos ? text : text.replace(place, 1, operation);
+    };
+    DataSet set;
+    const auto common = set.GetContent()->Clone();
+    DataContainer target;
+    for (const auto& [title, behaviour, atRegistering, atDecoding, atEncoding] : rows) {
+        SCOPED_TRACE(title);
+        const auto factory = std::make_shared<OddFactory>(std::vector<std::string>{"Odd"}, behaviour);
+        EXPECT_EQ(outcomeOf([&] { return RegisterCodecs(factory), true; }), atRegistering);
+        EXPECT_EQ(Formats().count("Odd"), atRegistering == "1" ? 1u : 0u);
+        EXPECT_EQ(outcomeOf([&] { return Decode(common, "Odd") != nullptr; }), in("Decode", atDecoding));
+        EXPECT_EQ(outcomeOf([&] { return Encode(set, target, "Odd"); }), in("Encode", atEncoding));
+        EXPECT_EQ(outcomeOf([&] { return Transcode(common, "Odd", target, "Flat Text"); }),
+                  in("Transcode", "NoCodecFound [Qor.Tivor.%] No codec was found for data format: Flat Text"));
+        EXPECT_TRUE(target.IsEmpty());
+        EXPECT_EQ(outcomeOf([&] { return Transcode(common, "Odd", target, DataSet::sFORMAT); }),
+                  in("Decode", atDecoding));
+        EXPECT_EQ(target.IsEmpty(), atDecoding != "1");
+        target.Clear();
+        EXPECT_EQ(outcomeOf([&] { return Transcode(common, "", target, "Odd"); }), in("Transcode", atEncoding));
+        ErrorOf([&] { UnregisterCodecs(*factory); });
+        EXPECT_EQ(Formats(), Names{"QOR Data Set"});
+    }
 }
 
-TEST(Codecs, AreChosenByFormat) {
-    const Registered flat({"Flat"});
-    const auto container = DataContainer::Create();
-    container->Put("flat", ValueTraits<Data2D>::MakeData(Surface("Height")));
-    for (const char* const place : {"argument", "top", "metadata"}) {
-        const auto source = container->Clone();
-        if (place == std::string("top"))
-            source->PutValue(sDATA_FORMAT, "Flat");
-        else if (place == std::string("metadata"))
-            source->GetSubData({sMETA_DATA}, true)->PutValue(sDATA_FORMAT, "Flat");
-        EXPECT_EQ(TellChannels(*Decode(source, place == std::string("argument") ? "Flat" : "")), "Height: flat; ");
-        DataContainer target;
-        EXPECT_TRUE(Transcode(source, "Flat", target, DataSet::sFORMAT));
-        EXPECT_TRUE(DataSet::IsDataSetFormat(target));
-        DataContainer back;
-        EXPECT_TRUE(Transcode(target.Clone(), "", back, "Flat"));
-        EXPECT_EQ(Keys(back), "flat ");
-    }
+TEST(Codecs, OutliveTheirFactory) {
+    std::weak_ptr<OddFactory> lives;
+    OddFactory::Behaviour leaving;
+    leaving.create = [&]() -> std::shared_ptr<Codec> {
+        UnregisterCodecs(*lives.lock()); // now only the call keeps it
+        EXPECT_FALSE(lives.expired());
+        return CreateCodec("Lasting");
+    };
+    auto lasting = std::make_shared<OddFactory>(std::vector<std::string>{"Lasting"});
+    auto factory = std::make_shared<OddFactory>(std::vector<std::string>{"Odd"}, leaving);
+    lives = factory;
+    RegisterCodecs(lasting);
+    RegisterCodecs(std::move(factory));
+    const auto codec = CreateCodec("Odd");
+    EXPECT_TRUE(lives.expired());
+    lives = lasting;
+    UnregisterCodecs(*lasting);
+    lasting.reset();
+    EXPECT_TRUE(lives.expired());
+    EXPECT_EQ(codec->GetFormatName(), "Lasting");
+    EXPECT_NE(codec->Decode(nullptr), nullptr);
+}
+
+TEST(Codecs, OfTheCommonFormatMayBeReplaced) {
+    const KeepingDefault keeping;
+    const auto factory = std::make_shared<OddFactory>(std::vector{DataSet::sFORMAT});
+    RegisterCodecs(factory);
+    EXPECT_EQ(CreateCodec(DataSet::sFORMAT)->GetDescription(), "Odd");
+    UnregisterCodecs(*factory);
+    EXPECT_EQ(Formats(), Names());
+    EXPECT_EQ(CreateCodec(DataSet::sFORMAT), nullptr);
+    DataSet set(Surface("Height"), "s");
     DataContainer target;
-    EXPECT_FALSE(Transcode(DataContainer::Create(), "Flat", target, "Flat"));
+    EXPECT_EQ(ErrorOf([&] { Encode(set, target, DataSet::sFORMAT); }),
+              "NoCodecFound [Qor.Tivor.Encode] No codec was found for data format: QOR Data Set");
+    for (const char* const format : {"", "QOR Data Set"}) // this needs none
+        EXPECT_EQ(TellChannels(*Decode(set.GetContent()->Clone(), format)), "Height: s; ");
+}
+
+TEST(Codecs, ComeFromPlugIns) {
+    const std::string text = "Surface;a;Phase;2 Micrometer;;;1;3;0 -0 nan(7FF0000000000001)\n"
+                             "Primary;b;Height;1 ;0.1 Millimeter;-1e-300 Second;2;2;1 5e-324 -inf 0.1\n"
+                             "Surface;none;Height;1 ;;;0;7;\n"
+                             "Profile;p;;1 Meter;0.5 Second;3;1 2 3\n"
+                             "Profile;q;Height;1 ;;0;\n";
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(CreateCodec("Flat Text"), nullptr);
+        const FlatText registered;
+        const auto source = FlatText::Container(text);
+        for (const char* const place : {"argument", "top", "metadata"}) {
+            const auto named = source->Clone();
+            if (place == std::string("top"))
+                named->PutValue(sDATA_FORMAT, "Flat Text");
+            else if (place == std::string("metadata"))
+                named->GetSubData({sMETA_DATA}, true)->PutValue(sDATA_FORMAT, "Flat Text");
+            const auto set = Decode(named, place == std::string("argument") ? "Flat Text" : "");
+            EXPECT_EQ(TellChannels(*set), "Height: b none; Phase: a; ");
+        }
+        const auto set = Decode(source, "Flat Text");
+        const auto surface = set->GetPrimaryData2D();
+        ASSERT_TRUE(surface && surface == set->GetData2D("b"));
+        EXPECT_EQ(MatrixView<double>(*surface)(1, 1), 0.1);
+        UnitizedDouble dim1, dim2;
+        EXPECT_TRUE(surface->GetFixedSpacing(dim1, dim2));
+        EXPECT_EQ(dim1.ToString() + ' ' + dim2.ToString(), "0.1 mm -1e-300 s");
+        EXPECT_EQ(set->GetData1DChannel("Unknown")->GetDataAt(0)->GetDataScale().ToString(), "1 m");
+
+        DataContainer common, back;
+        EXPECT_TRUE(Transcode(source, "Flat Text", common, DataSet::sFORMAT));
+        const auto stored = DataContainer::Create();
+        ReadInto(*stored, Stored(common));
+        EXPECT_TRUE(Transcode(stored, "", back, "Flat Text"));
+        EXPECT_EQ(back.GetValue<std::string>("flat"), text);
+        EXPECT_EQ(back.GetValue<std::string>(sDATA_FORMAT), "Flat Text");
+    }
+    EXPECT_EQ(Formats(), Names{"QOR Data Set"});
+}
+
+TEST(Codecs, TellWhatIsMalformed) {
+    const FlatText registered;
+    const std::string good = "Profile;p;Height;1 ;;0;\n";
+    const struct {
+        std::string text, message;
+    } rows[] = {
+        {"Map;a;Height\n", "Line 1: expected Surface, Primary or Profile, found \"Map\""},
+        {good + "\n", "Line 2: expected Surface, Primary or Profile, found \"\""},
+        {good + "Profile;p;Height;1 ;;0\n", "Line 2: expected 7 fields, found \"6\""},
+        {"Primary;a;Height;1 ;;;1;1;1;1\n", "Line 1: expected 9 fields, found \"10\""},
+        {"Surface;a;Height;one ;;;1;1;1\n", "Line 1: expected a number, found \"one\""},
+        {"Surface;a;Height;1 ;1 Ell;1 Meter;1;1;1\n", "Line 1: expected the name of a unit, found \"Ell\""},
+        {"Surface;a;Height;1 ;1 Meter;;1;1;1\n", "Line 1: expected a number, found \"\""},
+        {"Surface;a;Height;1 ;;;-1;1;1\n", "Line 1: expected a count, found \"-1\""},
+        {"Surface;a;Height;1 ;;;2;2;1 2 3\n", "Line 1: expected 4 samples, found \"3\""},
+        {"Surface;a;Height;1 ;;;4294967295;4294967295;1\n",
+         "Line 1: expected 18446744065119617025 samples, found \"1\""},
+        {good + good + "Profile;q;Height;1 ;;2;1 x\n", "Line 3: expected a sample, found \"x\""},
+        {good.substr(0, good.size() - 1), "Line 1: expected an end of the line, found \"Profile;p;Height;1 ;;0;\""},
+    };
+    DataContainer target;
+    for (const auto& [text, message] : rows)
+        EXPECT_EQ(ErrorOf([&, source = FlatText::Container(text)] {
+                      Transcode(source, "Flat Text", target, DataSet::sFORMAT);
+                  }),
+                  "MalformedFlatText [Test.FlatText] " + message);
+    // What is no such container, and what the format has no place for, are no errors.
+    EXPECT_FALSE(Transcode(DataContainer::Create(), "Flat Text", target, DataSet::sFORMAT));
+    DataSet set(Surface("Height"), "whole numbers");
+    EXPECT_FALSE(Encode(set, target, "Flat Text"));
+    EXPECT_TRUE(target.IsEmpty());
+}
+
+TEST(Codecs, AreRequired) {
     DataSet set;
-    EXPECT_FALSE(Encode(set, target, "Flat"));
+    DataContainer target;
     const std::string text = "No codec was found for data format: ";
-    EXPECT_EQ(ErrorOf([&] { Decode(container, "X"); }), "NoCodecFound [Qor.Tivor.Decode] " + text + "X");
+    EXPECT_EQ(ErrorOf([] { Decode(DataContainer::Create(), "X"); }), "NoCodecFound [Qor.Tivor.Decode] " + text + "X");
     EXPECT_EQ(ErrorOf([&] { Encode(set, target, ""); }), "NoCodecFound [Qor.Tivor.Encode] " + text);
     EXPECT_EQ(ErrorOf([&] { Transcode(nullptr, "", target, "X"); }),
               "NoCodecFound [Qor.Tivor.Transcode] " + text + "X");
-    EXPECT_EQ(ErrorOf([&] { Decode(nullptr, "Flat"); }).substr(0, 16), "NullPointerError");
+    EXPECT_EQ(ErrorOf([] { Decode(nullptr, "X"); }).substr(0, 16), "NullPointerError");
     EXPECT_TRUE(target.IsEmpty());
+}
+
+TEST(CodecThreads, ShareTheRegistry) {
+    const FlatText registered;
+    const auto source = FlatText::Container("Profile;p;Height;1 ;;2;1 2\n");
+    Core::Testing::OnThreads(4, [&](int number) {
+        const std::string own = "Odd " + std::to_string(number);
+        for (int round = 0; round < 25; ++round) {
+            const auto factory = std::make_shared<OddFactory>(std::vector<std::string>{own, "Shared"});
+            RegisterCodecs(factory);
+            EXPECT_EQ(Formats().count(own) + Formats().count("Flat Text"), 2u);
+            EXPECT_EQ(CreateCodec(own)->GetFormatName(), own);
+            const auto shared = CreateCodec("Shared"); // another one may have taken it over, and left
+            EXPECT_EQ(shared ? shared->GetFormatName() : "Shared", "Shared");
+            EXPECT_EQ(Decode(source, "Flat Text")->GetNumData1DItems(), 1u);
+            UnregisterCodecs(*factory);
+            EXPECT_EQ(CreateCodec(own), nullptr);
+        }
+    });
+    EXPECT_EQ(Formats(), (Names{"QOR Data Set", "Flat Text"}));
 }
 
 TEST(Codecs, SortWhatNamesNoFormat) {
