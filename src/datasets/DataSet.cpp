@@ -39,11 +39,19 @@ std::shared_ptr<DataContainer> TakePart(DataContainer& container, const std::str
     return made;
 }
 
-// One that is a set of this library has entries beside those of the layout.
+// One that is a set of this library has entries beside those of the layout. Any other may store the very containers
+// that it works on.
 void StoreWhole(IDataSet& set, DataContainer& container) {
-    if (const auto* const own = dynamic_cast<const DataSet*>(&set))
+    if (const auto* const own = dynamic_cast<const DataSet*>(&set)) {
         container.Append(*own->GetContent());
+        return set.StoreDataSet(container);
+    }
     set.StoreDataSet(container);
+    if (const auto metaData = container.GetPtr<DataContainer>(sMETA_DATA))
+        container.Put(sMETA_DATA, metaData->Clone());
+    for (const std::string& key : {DataSet::s2D_DATA, DataSet::s1D_DATA})
+        if (const auto items = container.GetPtr<DataContainer>(key))
+            container.Put(key, std::make_shared<DataContainer>(*items));
 }
 
 } // namespace

@@ -106,7 +106,7 @@ std::shared_ptr<DataSet> CreateSubregion(const IDataSet& dataSet, std::uint64_t 
     auto& source = const_cast<IDataSet&>(dataSet); // which asks without changing
     RequireChannels(source);
     DataContainer layout; // with metadata that are copies, and items that are shared
-    source.StoreDataSet(layout);
+    DataSet(source).StoreDataSet(layout);
     const auto result = DataSet::Create(layout);
     const auto primary = FindPrimary(dataSet, result->AllData2D());
     NewKeys newKeys;
