@@ -16,37 +16,6 @@ namespace {
 using Core::Testing::ErrorOf;
 using Core::Testing::Warnings;
 
-/// A set of another class, as a program may have it, with one surface "s".
-class ForeignSet final : public IDataSet {
-public:
-    std::shared_ptr<DataContainer> GetMetaData() override { return m_set.GetMetaData(); }
-    std::uint64_t GetNumData2DItems() const override { return m_set.GetNumData2DItems(); }
-    std::uint64_t GetNumData1DItems() const override { return m_set.GetNumData1DItems(); }
-    std::shared_ptr<DataContainer> GetAllData2DItems() override { return m_set.GetAllData2DItems(); }
-    std::shared_ptr<DataContainer> GetAllData1DItems() override { return m_set.GetAllData1DItems(); }
-    bool GetPrimaryData2DKey(std::string& key) const override { return m_set.GetPrimaryData2DKey(key); }
-    bool SetPrimaryData2DKey(const std::string& key) override { return m_set.SetPrimaryData2DKey(key); }
-    std::shared_ptr<Data2D> GetPrimaryData2D() override { return m_set.GetPrimaryData2D(); }
-    std::shared_ptr<Data2D> GetData2D(const std::string& key) override { return m_set.GetData2D(key); }
-    std::shared_ptr<Data1D> GetData1D(const std::string& key) override { return m_set.GetData1D(key); }
-    bool StoreData(std::shared_ptr<Data1D> data, const std::string& key) override { return m_set.StoreData(data, key); }
-    bool StoreData(std::shared_ptr<Data2D> data, const std::string& key) override { return m_set.StoreData(data, key); }
-    void Clear() override { m_set.Clear(); }
-    void GetData2DChannels(std::unordered_set<std::string>& names) override { m_set.GetData2DChannels(names); }
-    void GetData1DChannels(std::unordered_set<std::string>& names) override { m_set.GetData1DChannels(names); }
-    std::shared_ptr<IData2DChannel> GetData2DChannel(const std::string& name) override {
-        return m_set.GetData2DChannel(name);
-    }
-    std::shared_ptr<IData1DChannel> GetData1DChannel(const std::string& name) override {
-        return m_set.GetData1DChannel(name);
-    }
-    void StoreDataSet(DataContainer& container) override { m_set.StoreDataSet(container); }
-    void LoadDataSet(DataContainer& container) override { m_set.LoadDataSet(container); }
-
-private:
-    DataSet m_set{Surface("Height"), "s"};
-};
-
 } // namespace
 
 TEST(DataSets, CompleteWhatTheyLoad) {
