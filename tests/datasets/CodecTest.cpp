@@ -58,7 +58,8 @@ std::shared_ptr<T> Null() {
     return nullptr;
 }
 
-/// Its codec, and how it makes one, are what a test says; so is whatever else it does when it is called.
+/// Does, and makes codecs that do, what a test says. The registry is used from within it, and by another thread
+/// meanwhile.
 class OddFactory final : public Codec::Factory {
 public:
     struct Behaviour {
@@ -164,8 +165,8 @@ TEST(Codecs, AreRegisteredByFormat) {
         {[&] { UnregisterCodecs(*one); }, {"QOR Data Set"}},
         {[&] { UnregisterCodecs(*one); }, {"QOR Data Set"}},
     };
-    for (const auto& [change, formats] : rows) {
-        SCOPED_TRACE(&change - &rows[0].change);
+    for (int step = 1; const auto& [change, formats] : rows) {
+        SCOPED_TRACE(step++);
         change();
         EXPECT_EQ(Formats(), formats);
         for (const std::string format : {"Odd", "Other"}) {
@@ -229,24 +230,25 @@ TEST(Codecs, MayFail) {
 }
 
 TEST(Codecs, OutliveTheirFactory) {
-    std::weak_ptr<OddFactory> lives;
-    OddFactory::Behaviour leaving;
-    leaving.create = [&]() -> std::shared_ptr<Codec> {
-        UnregisterCodecs(*lives.lock()); // now only the call keeps it
-        EXPECT_FALSE(lives.expired());
+    auto lasting = std::make_shared<OddFactory>(std::vector<std::string>{"Lasting", "Too"});
+    std::shared_ptr<OddFactory> leaving;
+    std::weak_ptr<OddFactory> leavingLives;
+    const std::weak_ptr<OddFactory> lastingLives = lasting;
+    OddFactory::Behaviour behaviour;
+    behaviour.create = [&] {
+        UnregisterCodecs(*leaving);
+        leaving.reset();
+        EXPECT_FALSE(leavingLives.expired()); // by the call only
         return CreateCodec("Lasting");
     };
-    auto lasting = std::make_shared<OddFactory>(std::vector<std::string>{"Lasting"});
-    auto factory = std::make_shared<OddFactory>(std::vector<std::string>{"Odd"}, leaving);
-    lives = factory;
-    RegisterCodecs(lasting);
-    RegisterCodecs(std::move(factory));
+    leavingLives = leaving = std::make_shared<OddFactory>(std::vector<std::string>{"Odd"}, behaviour);
+    RegisterCodecs(leaving);
+    OddFactory& registered = *lasting;
+    RegisterCodecs(std::move(lasting));
     const auto codec = CreateCodec("Odd");
-    EXPECT_TRUE(lives.expired());
-    lives = lasting;
-    UnregisterCodecs(*lasting);
-    lasting.reset();
-    EXPECT_TRUE(lives.expired());
+    EXPECT_TRUE(leavingLives.expired() && !lastingLives.expired());
+    UnregisterCodecs(registered); // which was its last owner
+    EXPECT_TRUE(lastingLives.expired());
     EXPECT_EQ(codec->GetFormatName(), "Lasting");
     EXPECT_NE(codec->Decode(nullptr), nullptr);
 }

@@ -183,7 +183,7 @@ TEST(DataSetSubregions, LieWithinEverySurface) {
     } rows[] = {{0, 3, 0, 4, "smallest"}, {0, 4, 0, 4, "small"}, {0, 1, 4, 5, "small"},
                 {2, 5, 0, 1, "large"},    {1, 0, 0, 1, "large"}, {0, 1, 0, ~0ull, "large"}};
     for (const auto& [begin1, end1, begin2, end2, key] : rows) {
-        SCOPED_TRACE(&key - &rows[0].key);
+        SCOPED_TRACE(testing::Message() << begin1 << ' ' << end1 << ' ' << begin2 << ' ' << end2);
         const auto error = RaisedBy<Core::OutOfRangeError>(
             [&, b1 = begin1, e1 = end1, b2 = begin2, e2 = end2] { CreateSubregion(set, b1, e1, b2, e2); });
         EXPECT_EQ(error.GetVariable("Key"), key);
