@@ -11,6 +11,7 @@
 #include <iostream>
 #include <optional>
 #include <span>
+#include <string_view>
 
 // What the fuzzers of containers have in common.
 
@@ -60,6 +61,30 @@ std::optional<Qor::Tivor::DataContainer> ReadContainer(std::span<const std::byte
     if (!accepted)
         container.reset();
     return container;
+}
+
+/// Reads the content of a binary data file, with or without the file's own header.
+inline std::optional<Qor::Tivor::DataContainer> ReadBinaryFile(std::span<const std::byte> bytes) {
+    constexpr std::string_view magic = "QOR DATA";
+    constexpr std::size_t headerSize = 12;
+    if (bytes.size() >= headerSize &&
+        std::string_view(reinterpret_cast<const char*>(bytes.data()), magic.size()) == magic)
+        bytes = bytes.subspan(headerSize);
+    return ReadContainer(bytes, [](auto& target, auto& stream) { target.InputData(stream); });
+}
+
+/// Writes the container in binary form, reads it, and writes what was read again.
+inline void RequireBinaryAgreement(const Qor::Tivor::DataContainer& container) {
+    Qor::Core::MemoryOutputStream first;
+    const std::uint64_t size = container.OutputData(first, true);
+    Require(size == first.GetSize() && size == container.GetDataSize_bytes(), "sizes disagree");
+    Qor::Tivor::DataContainer again;
+    Qor::Core::MemoryInputStream stream(first.GetBytes());
+    again.InputData(stream);
+    Require(again == container && *again.Clone() == container, "what was read again differs");
+    Qor::Core::MemoryOutputStream second;
+    again.OutputData(second, false);
+    Require(std::ranges::equal(first.GetBytes(), second.GetBytes()), "what is written again differs");
 }
 
 /// Writes the container in both forms, reads both, and writes what was read in both forms again.

@@ -403,15 +403,6 @@ TEST(MeasuredArraysStress, AreReadAndWrittenWhileTheyChange) {
 
 // Whatever a file brings, getters answer.
 TEST(MeasuredArrays, SurviveValuesOfOtherTypes) {
-    std::vector<std::shared_ptr<DataObject>> strange = {MakeData(-1),
-                                                        MakeData(std::string("x")),
-                                                        MakeData(UnitizedDouble(1, "Second")),
-                                                        Samples<double>({1, 2}),
-                                                        Heights(1, 2),
-                                                        MakeData(true),
-                                                        MakeData(FixedSpacing1D(Mm(1))),
-                                                        MakeData(FixedSpacing2D()),
-                                                        MakeData(1e300)};
     const auto surface = Data2D::Create(Heights(3, 5));
     surface->SetFixedSpacing(Mm(1), Mm(1));
     surface->GetDim1PositionArray();
@@ -420,7 +411,7 @@ TEST(MeasuredArrays, SurviveValuesOfOtherTypes) {
     profile->GetPositionArray();
     const auto tryAll = [&](const auto& measured, auto use) {
         for (const auto& entry : *measured->GetContent())
-            for (const auto& object : strange) {
+            for (const auto& object : StrangeObjects()) {
                 DataContainer values(*measured->GetContent());
                 values.Put(entry.key, object);
                 auto read = std::decay_t<decltype(*measured)>::Create();

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <Tivor/DataSet.h>
+#include "Channels.h"
 
 #include <algorithm>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace Qor::Tivor::Testing {
 
@@ -59,17 +58,11 @@ private:
 
 /// The channels of surfaces by name, each with its keys, as "Height: a b; Phase: c; ".
 inline std::string TellChannels(IDataSet& set) {
-    std::unordered_set<std::string> names;
-    set.GetData2DChannels(names);
-    std::vector<std::string> sorted(names.begin(), names.end());
-    std::sort(sorted.begin(), sorted.end());
     std::string told;
-    for (const std::string& name : sorted) {
-        const auto channel = set.GetData2DChannel(name);
-        told += channel->GetName() + ':';
-        for (std::uint64_t i = 0; i < channel->GetSize(); ++i)
-            told += ' ' + channel->GetKeyForDataAt(i) +
-                    (channel->GetDataAt(i) == set.GetData2D(channel->GetKeyForDataAt(i)) ? "" : " (another)");
+    for (const auto& [name, keys] : ChannelsOf<Data2D>(set)) {
+        told += name + ':';
+        for (const std::string& key : keys)
+            told += ' ' + key;
         told += "; ";
     }
     return told;

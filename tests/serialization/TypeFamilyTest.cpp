@@ -81,6 +81,7 @@ const Row rows[] = {
     {eUNSIGNED_INTEGRAL_TYPE, "Golden::Unsigned",
      &ScalarsOf<eUNSIGNED_INTEGRAL_TYPE, unsigned char, unsigned short, unsigned, std::uint64_t>},
     {eFLOATING_POINT_TYPE, "Golden::Floating", &ScalarsOf<eFLOATING_POINT_TYPE, float, double>},
+    {eDATA_SET, "DataSet", &DataSets},
     {eNAMED_CLASS, "Data1D", &Profiles},
     {eNAMED_CLASS, "Data2D", &Surfaces},
     {eDATA_CONTAINER, "DataContainer", &Containers},
@@ -245,7 +246,7 @@ TEST_P(StoredClass, HasItsGoldenFiles) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, StoredClass, testing::ValuesIn(rows), NameOf);
-INSTANTIATE_TEST_SUITE_P(, WrapperClass, testing::ValuesIn(rows, std::end(rows) - 6), NameOf); // of one value type each
+INSTANTIATE_TEST_SUITE_P(, WrapperClass, testing::ValuesIn(rows, std::end(rows) - 7), NameOf); // of one value type each
 
 TEST(GoldenFiles, AreThoseOfTheClassesThatCanBeCreated) {
     std::set<std::string> expected;

@@ -5,6 +5,7 @@
 #include <Tivor/CollectionSerialization.h>
 #include <Tivor/Data1D.h>
 #include <Tivor/Data2D.h>
+#include <Tivor/DataSet.h>
 #include <Tivor/Position1D.h>
 #include <Tivor/Position2D.h>
 #include <Tivor/ScalarData.h>
@@ -261,6 +262,48 @@ inline NamedObjects Surfaces() {
         PositionsOf({numbers.begin(), numbers.begin() + 2}, SamplesOf(As<Core::UnitDescriptor>())[3],
                     {numbers.begin(), numbers.begin() + 3}, {})));
     return {{"empty", MakeData(Data2D())}, {"one", MakeData(*spaced)}, {"many", MakeData(*uneven)}};
+}
+
+/// Without items; with items that name no kind; with several kinds, and what a program adds.
+inline NamedObjects DataSets() {
+    const auto surface = [](const std::string& kind) {
+        auto made = Data2D::Create(MatrixOf<RowMajorMatrix<short>>(1, 3, SamplesOf(As<short>())));
+        made->SetDataKind(kind);
+        return made;
+    };
+    const auto profile = [](const std::string& kind) {
+        auto made = Data1D::CreateFrom(CollectionOf<Array<short>>(SamplesOf(As<short>())));
+        made->SetDataKind(kind);
+        return made;
+    };
+    DataSet kindless;
+    kindless.StoreData(surface(""), "s");
+    kindless.StoreData(profile(""), "p");
+    DataSet many(surface("Height"), "b");
+    many.StoreData(surface("Intensity"), "image");
+    many.StoreData(surface("Height"), "a");
+    many.StoreData(profile("Height"), "b");
+    many.MetaData().PutValue(sDATASET_NAME, "Name");
+    many.GetContent()->PutValue("Note", true);
+    return {{"empty", MakeData(DataSet())}, {"one", MakeData(kindless)}, {"many", MakeData(many)}};
+}
+
+/// Objects of one type each, to stand where others are expected.
+inline std::vector<std::shared_ptr<DataObject>> StrangeObjects() {
+    return {MakeData(-1),
+            MakeData(std::string("x")),
+            MakeData(UnitizedDouble(1, "Second")),
+            CollectionOf<Array<double>>(std::vector<double>{1, 2}),
+            CollectionOf<std::list<std::string>>(std::vector<std::string>{"x"}),
+            MatrixOf<RowMajorMatrix<double>>(1, 2, std::vector<double>{0}),
+            MakeData(true),
+            MakeData(FixedSpacing1D(UnitizedDouble(1, "Millimeter"))),
+            MakeData(FixedSpacing2D()),
+            MakeData(1e300),
+            std::make_shared<DataContainerWrapper>(),
+            MakeData(Data1D()),
+            MakeData(Data2D()),
+            MakeData(DataSet())};
 }
 
 /// An object's data, without what stands in front of it in a file.

@@ -212,13 +212,13 @@ def profile(samples_of, kind, scale, *positions_of):
                      *positions_of)  # fmt: skip
 
 
-def surface(samples_of, sizes, aspect, origin, *positions_of):
+def surface(samples_of, sizes, kind, origin, *positions_of):
     matrix_of = [("Matrix", samples_of[0], "", samples_of[1])] if samples_of else []
     return described(*matrix_of, ("Dimension1Points", 7, "", plain("I", sizes[0])),
                      ("Dimension2Points", 7, "", plain("I", sizes[1])),
                      ("MatrixType", 14, "EMatrixTypeID", plain("i", samples_of[0] if samples_of else 0)),
-                     ("Aspect", 12, "", plain("f", aspect)), ("DataScale", 27, "", unitized(1.0, NO_UNIT)),
-                     ("DataKind", 21, "", word("Unknown")), ("Version", 21, "", word("1.0")),
+                     ("Aspect", 12, "", plain("f", 1.0)), ("DataScale", 27, "", unitized(1.0, NO_UNIT)),
+                     ("DataKind", 21, "", word(kind)), ("Version", 21, "", word("1.0")),
                      ("Origin", 14, "Data2D::EOrigin", plain("i", origin)), *positions_of)  # fmt: skip
 
 
@@ -238,11 +238,39 @@ def measured_arrays():
               ("Dimension2Extent", 27, "", unitized(2000.0, MICROMETER))]  # fmt: skip
     grid = crossed([positions(numbers[:2], MADE_UP), positions(numbers[:3], NO_UNIT)])
     yield 124, "Data2D", {
-        "empty": surface(None, (0, 0), 1.0, 0),
-        "one": surface((82, matrix(samples("int16"), 2, 3, False)), (2, 3), 1.0, 3, *spaced),
-        "many": surface((105, matrix(numbers, 2, 3, True)), (2, 3), 1.0, 0,
+        "empty": surface(None, (0, 0), "Unknown", 0),
+        "one": surface((82, matrix(samples("int16"), 2, 3, False)), (2, 3), "Unknown", 3, *spaced),
+        "many": surface((105, matrix(numbers, 2, 3, True)), (2, 3), "Unknown", 0,
                         ("PositionFunction", 124, "ArrayPosition2D", grid)),
     }  # fmt: skip
+
+
+def folder(key, *properties):
+    return key, 125, "DataContainer", described(*properties)
+
+
+def channel(kind, *keys):
+    return kind, 66, "StdList_AsciiString", sequence([string(key.encode()) for key in keys])
+
+
+def data_set(metadata, surfaces, profiles, *additional):
+    row = 82, matrix(samples("int16"), 1, 3, False)
+    made = [(key, 124, "Data2D", surface(row, (1, 3), kind, 0)) for key, kind in surfaces]
+    lines = [(key, 124, "Data1D", profile(("int16", samples("int16")), kind, unitized(1.0, NO_UNIT)))
+             for key, kind in profiles]  # fmt: skip
+    return described(folder("MetaData", ("DataFormat", 21, "", word("QOR Data Set")), *metadata),
+                     folder("2D_Data", *made), folder("1D_Data", *lines), *additional)  # fmt: skip
+
+
+def data_sets():
+    unknown = [folder("2D_Channels", channel("Unknown", "s")), folder("1D_Channels", channel("Unknown", "p"))]
+    kinds = folder("2D_Channels", channel("Height", "b", "a"), channel("Intensity", "image"))
+    metadata = [kinds, ("PrimaryData2D", 21, "", word("b")), folder("1D_Channels", channel("Height", "b")),
+                ("DataSetName", 21, "", word("Name"))]  # fmt: skip
+    surfaces = [("b", "Height"), ("image", "Intensity"), ("a", "Height")]
+    note = "Note", 1, "bool", Value(b"\1", "true")
+    return {"empty": data_set([], [], []), "one": data_set(unknown, [("s", "")], [("p", "")]),
+            "many": data_set(metadata, surfaces, [("b", "Height")], note)}  # fmt: skip
 
 
 def numbered(values):
@@ -293,6 +321,7 @@ def rows():
     for element in STRINGS:
         for prefix in ("StdMap_", "StdUnorderedMap_"):
             yield 67, prefix + element, by_count(sorted_map, samples(element))
+    yield 28, "DataSet", data_sets()
     yield from position_functions()
     yield from measured_arrays()
     yield 125, "DataContainer", containers()
