@@ -11,6 +11,7 @@
 #include <QorCore/MemoryStreams.h>
 #include <Tivor/Data1D.h>
 #include <Tivor/Data2D.h>
+#include <Tivor/DataSet.h>
 #include <Tivor/ScalarData.h>
 
 #include <gtest/gtest.h>
@@ -175,6 +176,10 @@ const Sample samples[] = {
          container.Put("a", shared);
          container.GetSubData({"n"}, true)->Put("b", shared);
          container.Put("m", container.GetSubData({"n"}, false));
+     }},
+    {"DataSet",
+     [](DataContainer& container) {
+         container.PutValue("set", DataSet(Data2D::Create(MakeData(RowMajorMatrix<char>(1, 2))), "s"));
      }},
     {"Alien", [](DataContainer& container) { container.PutValue("known", 7u); }, true},
 };
