@@ -67,10 +67,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // of a format that is not served
     }
     CheckSetAndPart(*DefaultDecode(*container->Clone()));
-    const auto layout = container->Clone();
-    CheckSetAndPart(*DataSet::Create(*layout));
-    for (const auto& entry : *container)
-        if (const auto set = container->GetPtr<DataSet>(entry.key))
+    CheckSetAndPart(*DataSet::Create(*container->Clone()));
+    const auto copy = container->Clone();
+    for (const auto& entry : *copy)
+        if (const auto set = copy->GetPtr<DataSet>(entry.key))
             CheckSetAndPart(*set);
     return 0;
 }
