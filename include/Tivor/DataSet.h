@@ -109,11 +109,11 @@ public:
     /// Whether the container's metadata say that it is laid out as a data set.
     static bool IsDataSetFormat(const DataContainer& container);
 
-    std::shared_ptr<DataContainer> GetMetaData() override { return m_metaData; }
+    std::shared_ptr<DataContainer> GetMetaData() override;
     std::uint64_t GetNumData2DItems() const override;
     std::uint64_t GetNumData1DItems() const override;
-    std::shared_ptr<DataContainer> GetAllData2DItems() override { return m_data2D; }
-    std::shared_ptr<DataContainer> GetAllData1DItems() override { return m_data1D; }
+    std::shared_ptr<DataContainer> GetAllData2DItems() override;
+    std::shared_ptr<DataContainer> GetAllData1DItems() override;
     bool GetPrimaryData2DKey(std::string& key) const override;
     bool SetPrimaryData2DKey(const std::string& key) override;
     std::shared_ptr<Data2D> GetPrimaryData2D() override;
@@ -135,15 +135,16 @@ public:
     /// nothing.
     void LoadDataSet(DataContainer& container) override;
 
-    DataContainer& MetaData() { return *m_metaData; }
-    DataContainer& AllData2D() { return *m_data2D; }
-    DataContainer& AllData1D() { return *m_data1D; }
+    DataContainer& MetaData() { return *GetMetaData(); }
+    DataContainer& AllData2D() { return *GetAllData2DItems(); }
+    DataContainer& AllData1D() { return *GetAllData1DItems(); }
 
     /// Same items under the same keys, and the same metadata.
     bool operator==(const DataSet& other) const;
     /// As "DataSet of 2 surfaces and 1 profile".
     std::string ToString() const;
-    /// The container in the common layout, the same one as long as the set lives.
+    /// The container that the set is stored as, the same one as long as the set lives. Of a set that was read as a data
+    /// object it is what was read; what that lacks of the layout is made when the set is first asked for something.
     const std::shared_ptr<DataContainer>& GetContent() const { return m_content; }
 
 protected:
@@ -152,14 +153,16 @@ protected:
     std::shared_ptr<DataContainer> Get2DChannelConfig();
 
 private:
+    friend class DataSetSerializer;
+    struct Parts;
+
+    explicit DataSet(std::shared_ptr<DataContainer> content);
     void Load(DataContainer& container);
+    void TakeContent(const DataContainer& read);
+    Parts& GetParts() const;
 
     const std::shared_ptr<DataContainer> m_content;
-    std::shared_ptr<DataContainer> m_metaData;
-    std::shared_ptr<DataContainer> m_data2D;
-    std::shared_ptr<DataContainer> m_data1D;
-    std::shared_ptr<DataChannelTable<Data2D>> m_channels2D;
-    std::shared_ptr<DataChannelTable<Data1D>> m_channels1D;
+    mutable std::unique_ptr<Parts> m_parts; // empty until they are asked for, as long as the content is what was read
 };
 
 /// A data set of any class; without a class of its own it is not stored.

@@ -22,6 +22,19 @@ namespace {
 const char* const channels2DKey = "2D_Channels";
 const char* const channels1DKey = "1D_Channels";
 
+} // namespace
+
+/// The containers of the layout, and the channels over them.
+struct DataSet::Parts {
+    std::shared_ptr<DataContainer> metaData;
+    std::shared_ptr<DataContainer> data2D;
+    std::shared_ptr<DataContainer> data1D;
+    std::shared_ptr<DataChannelTable<Data2D>> channels2D;
+    std::shared_ptr<DataChannelTable<Data1D>> channels1D;
+};
+
+namespace {
+
 /// The container under a key; where there is none, a new one is made, and put among those that are missing.
 std::shared_ptr<DataContainer> TakePart(DataContainer& container, const std::string& key, DataContainer& missing) {
     if (auto part = container.GetPtr<DataContainer>(key))
@@ -58,6 +71,8 @@ void StoreWhole(IDataSet& set, DataContainer& container) {
 
 DataSet::DataSet() : m_content(DataContainer::Create()) { Clear(); }
 
+DataSet::DataSet(std::shared_ptr<DataContainer> content) : m_content(std::move(content)) {}
+
 DataSet::DataSet(DataContainer& container) : m_content(DataContainer::Create()) { LoadDataSet(container); }
 
 DataSet::DataSet(IDataSet& other) : m_content(DataContainer::Create()) { *this = other; }
@@ -77,7 +92,7 @@ DataSet& DataSet::operator=(const DataSet& other) {
 
 DataSet& DataSet::operator=(DataSet&& other) {
     if (&other != this) {
-        Load(*other.m_content);
+        TakeContent(*other.m_content);
         other.Clear();
     }
     return *this;
@@ -102,7 +117,7 @@ std::shared_ptr<DataSet> DataSet::Create(std::shared_ptr<Data2D> data, const std
     return std::make_shared<DataSet>(std::move(data), key);
 }
 
-DataSet DataSet::Clone() const { return DataSet(*m_content->Clone()); }
+DataSet DataSet::Clone() const { return DataSet(std::shared_ptr<DataContainer>(m_content->Clone())); }
 
 bool DataSet::IsDataSetFormat(const DataContainer& container) {
     const auto metaData = container.GetPtr<DataContainer>(sMETA_DATA);
@@ -112,31 +127,37 @@ bool DataSet::IsDataSetFormat(const DataContainer& container) {
 
 // --- Items
 
-std::uint64_t DataSet::GetNumData2DItems() const { return m_channels2D->GetNumItems(); }
+std::shared_ptr<DataContainer> DataSet::GetMetaData() { return GetParts().metaData; }
 
-std::uint64_t DataSet::GetNumData1DItems() const { return m_channels1D->GetNumItems(); }
+std::shared_ptr<DataContainer> DataSet::GetAllData2DItems() { return GetParts().data2D; }
 
-std::shared_ptr<Data2D> DataSet::GetData2D(const std::string& key) { return m_data2D->GetPtr<Data2D>(key); }
+std::shared_ptr<DataContainer> DataSet::GetAllData1DItems() { return GetParts().data1D; }
 
-std::shared_ptr<Data1D> DataSet::GetData1D(const std::string& key) { return m_data1D->GetPtr<Data1D>(key); }
+std::uint64_t DataSet::GetNumData2DItems() const { return GetParts().channels2D->GetNumItems(); }
+
+std::uint64_t DataSet::GetNumData1DItems() const { return GetParts().channels1D->GetNumItems(); }
+
+std::shared_ptr<Data2D> DataSet::GetData2D(const std::string& key) { return GetParts().data2D->GetPtr<Data2D>(key); }
+
+std::shared_ptr<Data1D> DataSet::GetData1D(const std::string& key) { return GetParts().data1D->GetPtr<Data1D>(key); }
 
 bool DataSet::StoreData(std::shared_ptr<Data1D> data, const std::string& key) {
-    return data && (m_channels1D->Store(key, data), true);
+    return data && (GetParts().channels1D->Store(key, data), true);
 }
 
 bool DataSet::StoreData(std::shared_ptr<Data2D> data, const std::string& key) {
-    return data && (m_channels2D->Store(key, data), true);
+    return data && (GetParts().channels2D->Store(key, data), true);
 }
 
 bool DataSet::GetPrimaryData2DKey(std::string& key) const {
-    const auto stored = m_metaData->GetPtr<std::string>(sPRIMARY_2D_DATA_KEY);
+    const auto stored = GetParts().metaData->GetPtr<std::string>(sPRIMARY_2D_DATA_KEY);
     if (stored)
         key = *stored;
     return stored != nullptr;
 }
 
 bool DataSet::SetPrimaryData2DKey(const std::string& key) {
-    m_metaData->PutValue(sPRIMARY_2D_DATA_KEY, key);
+    GetParts().metaData->PutValue(sPRIMARY_2D_DATA_KEY, key);
     return true;
 }
 
@@ -145,7 +166,7 @@ std::shared_ptr<Data2D> DataSet::GetPrimaryData2D() {
     if (GetPrimaryData2DKey(key))
         if (auto primary = GetData2D(key))
             return primary;
-    for (const auto& entry : *m_data2D)
+    for (const auto& entry : *GetParts().data2D)
         if (auto first = GetData2D(entry.key)) {
             SetPrimaryData2DKey(entry.key);
             return first;
@@ -160,29 +181,33 @@ void DataSet::Clear() {
 
 // --- Channels
 
-void DataSet::GetData2DChannels(std::unordered_set<std::string>& names) { m_channels2D->GetNames(names); }
+void DataSet::GetData2DChannels(std::unordered_set<std::string>& names) { GetParts().channels2D->GetNames(names); }
 
-void DataSet::GetData1DChannels(std::unordered_set<std::string>& names) { m_channels1D->GetNames(names); }
+void DataSet::GetData1DChannels(std::unordered_set<std::string>& names) { GetParts().channels1D->GetNames(names); }
 
-std::shared_ptr<IData2DChannel> DataSet::GetData2DChannel(const std::string& name) { return m_channels2D->Find(name); }
+std::shared_ptr<IData2DChannel> DataSet::GetData2DChannel(const std::string& name) {
+    return GetParts().channels2D->Find(name);
+}
 
-std::shared_ptr<IData1DChannel> DataSet::GetData1DChannel(const std::string& name) { return m_channels1D->Find(name); }
+std::shared_ptr<IData1DChannel> DataSet::GetData1DChannel(const std::string& name) {
+    return GetParts().channels1D->Find(name);
+}
 
-std::shared_ptr<DataContainer> DataSet::Get1DChannelConfig() { return m_channels1D->GetConfig(); }
+std::shared_ptr<DataContainer> DataSet::Get1DChannelConfig() { return GetParts().channels1D->GetConfig(); }
 
-std::shared_ptr<DataContainer> DataSet::Get2DChannelConfig() { return m_channels2D->GetConfig(); }
+std::shared_ptr<DataContainer> DataSet::Get2DChannelConfig() { return GetParts().channels2D->GetConfig(); }
 
 // --- Containers
 
 void DataSet::StoreDataSet(DataContainer& container) {
     DataContainer stored;
-    const auto metaData = m_metaData->Clone();
+    const auto metaData = GetParts().metaData->Clone();
     metaData->PutValue(sDATA_FORMAT, sFORMAT);
-    m_channels2D->StoreConfig(*metaData);
-    m_channels1D->StoreConfig(*metaData);
+    GetParts().channels2D->StoreConfig(*metaData);
+    GetParts().channels1D->StoreConfig(*metaData);
     stored.Put(sMETA_DATA, metaData);
-    stored.Put(s2D_DATA, std::make_shared<DataContainer>(*m_data2D));
-    stored.Put(s1D_DATA, std::make_shared<DataContainer>(*m_data1D));
+    stored.Put(s2D_DATA, std::make_shared<DataContainer>(*GetParts().data2D));
+    stored.Put(s1D_DATA, std::make_shared<DataContainer>(*GetParts().data1D));
     container.Append(stored);
 }
 
@@ -199,18 +224,27 @@ void DataSet::LoadDataSet(DataContainer& container) {
 // What is missing is made in the container, too.
 void DataSet::Load(DataContainer& container) {
     DataContainer missing;
-    auto metaData = TakePart(container, sMETA_DATA, missing);
-    auto data2D = TakePart(container, s2D_DATA, missing);
-    auto data1D = TakePart(container, s1D_DATA, missing);
-    auto channels2D = DataChannelTable<Data2D>::Create(data2D, metaData, channels2DKey);
-    auto channels1D = DataChannelTable<Data1D>::Create(data1D, metaData, channels1DKey);
+    auto parts = std::make_unique<Parts>();
+    parts->metaData = TakePart(container, sMETA_DATA, missing);
+    parts->data2D = TakePart(container, s2D_DATA, missing);
+    parts->data1D = TakePart(container, s1D_DATA, missing);
+    parts->channels2D = DataChannelTable<Data2D>::Create(parts->data2D, parts->metaData, channels2DKey);
+    parts->channels1D = DataChannelTable<Data1D>::Create(parts->data1D, parts->metaData, channels1DKey);
     container.Append(missing);
     m_content->Assign(container);
-    m_metaData = std::move(metaData);
-    m_data2D = std::move(data2D);
-    m_data1D = std::move(data1D);
-    m_channels2D = std::move(channels2D);
-    m_channels1D = std::move(channels1D);
+    m_parts = std::move(parts);
+}
+
+// It stays as it is until somebody asks.
+void DataSet::TakeContent(const DataContainer& read) {
+    m_content->Assign(read);
+    m_parts.reset();
+}
+
+DataSet::Parts& DataSet::GetParts() const {
+    if (!m_parts)
+        const_cast<DataSet*>(this)->Load(*m_content);
+    return *m_parts;
 }
 
 bool DataSet::operator==(const DataSet& other) const { return *m_content == *other.m_content; }

@@ -5,18 +5,15 @@
 
 namespace Qor::Tivor {
 
-namespace {
-
-/// The container is that of the common layout.
+/// The container is that of the common layout. What is read stays as it is until somebody asks the set, so that it is
+/// written again as it was, and crowds of sets that lack everything stay small.
 class DataSetSerializer final : public ContentSerializer<DataSet> {
 public:
     using ContentSerializer::ContentSerializer;
 
 private:
-    void TakeOver(DataSet& value, DataContainer& read) const override { value.LoadDataSet(read); }
+    void TakeOver(DataSet& value, DataContainer& read) const override { value.TakeContent(read); }
 };
-
-} // namespace
 
 template class GenericWrapper<IDataSet>;
 

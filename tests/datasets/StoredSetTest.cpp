@@ -30,6 +30,8 @@ std::shared_ptr<IDataSet> ReadSet(const std::string& bytes, bool asObject) {
     if (asObject) {
         const auto object = MakeData(DataSet());
         EXPECT_EQ(Fill(*object, bytes, bytes.size()), bytes.size());
+        EXPECT_EQ(Stored(*object->GetValue().GetContent()), bytes); // until it is asked for something
+        object->GetData()->GetMetaData();
         return object->GetData();
     }
     DataContainer read;

@@ -409,6 +409,8 @@ TEST(DamagedFiles, NoClaimIsPaidForInAdvance) {
 TEST(DamagedFiles, CrowdsKeepToTheBound) {
     const auto emptied = Data2D::Create();
     emptied->GetContent()->Clear();
+    const auto emptiedSet = MakeData(DataSet());
+    emptiedSet->GetValue().GetContent()->Clear();
     const std::shared_ptr<DataObject> smallest[] = {
         MakeData(true),
         MakeData(std::wstring()),
@@ -416,6 +418,7 @@ TEST(DamagedFiles, CrowdsKeepToTheBound) {
         std::make_shared<DataContainerWrapper>(),
         MakeScalar(eSIGNED_INTEGRAL_TYPE, 1),
         MakeData(*emptied),
+        emptiedSet,
         MakeData(Data1D()),
         MakeData(Data2D(MakeData(RowMajorMatrix<char>()))),
     };
