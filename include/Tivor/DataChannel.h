@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -33,7 +34,7 @@ using IData2DChannel = IDataChannel<Data2D>;
 
 /// A channel of profiles (`Data1DChannel`) or of surfaces (`Data2DChannel`).
 ///
-/// Thread rule: not synchronised.
+/// Thread rule: all operations may be called by any number of threads at once; indices are those of the moment.
 template <class Item>
 class DataChannel final : public IDataChannel<Item> {
 public:
@@ -45,9 +46,9 @@ public:
     ~DataChannel() override;
 
     std::string GetName() override { return m_name; }
-    std::uint64_t GetSize() const override { return m_positions.size(); }
-    std::shared_ptr<Item> GetDataAt(std::uint64_t index) override { return m_items[RequireIndex(index)]; }
-    std::string GetKeyForDataAt(std::uint64_t index) override { return m_keys[RequireIndex(index)]; }
+    std::uint64_t GetSize() const override;
+    std::shared_ptr<Item> GetDataAt(std::uint64_t index) override;
+    std::string GetKeyForDataAt(std::uint64_t index) override;
 
     /// Appends an item; one that has the key already is replaced in its place.
     void AddData(const std::string& key, std::shared_ptr<Item> item);
@@ -66,10 +67,11 @@ private:
     void Remove(const std::string& key);
     void CloseGaps();
     // These write the difference only, where what is stored differs by one key.
-    void AppendToConfig(DataContainer& config) const;
+    void AppendToConfig(DataContainer& config, const std::string& key) const;
     void RemoveFromConfig(DataContainer& config, const std::string& key) const;
 
-    std::string m_name;
+    const std::string m_name;
+    mutable std::mutex m_mutex;
     std::vector<std::string> m_keys;
     std::vector<std::shared_ptr<Item>> m_items; // empty: a gap, where one was removed
     std::unordered_map<std::string, std::size_t> m_positions;

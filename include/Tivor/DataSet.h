@@ -74,8 +74,8 @@ extern TIVOR_API const std::string sDATASET_NAME; ///< text
 ///
 /// As a data object, `Data<DataSet, GenericWrapper<IDataSet>>`, its stored form is that of the container.
 ///
-/// Thread rule: a set is not synchronised; its containers and items are, and may be changed by other threads. Where
-/// they are, ask the set for nothing while holding the lock of one of them.
+/// Thread rule: a set is not synchronised; its containers, items and channels are, and may be changed by other threads.
+/// Where they are, ask the set for nothing while holding the lock of one of them.
 class TIVOR_API DataSet : public IDataSet {
 public:
     static const std::string s2D_DATA;

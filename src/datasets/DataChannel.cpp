@@ -64,6 +64,7 @@ template <class Item>
 void DataChannel<Item>::AddData(const std::string& key, std::shared_ptr<Item> item) {
     if (!item)
         return;
+    const std::lock_guard guard(m_mutex);
     if (m_items.size() == m_items.capacity()) { // so that nothing can fail in between
         m_keys.reserve(2 * m_keys.size() + 8);
         m_items.reserve(2 * m_items.size() + 8);
@@ -87,6 +88,7 @@ void DataChannel<Item>::AddData(DataContainer& items) {
 // A channel of many that leave one by one is not closed up each time.
 template <class Item>
 void DataChannel<Item>::Remove(const std::string& key) {
+    const std::lock_guard guard(m_mutex);
     const auto found = m_positions.find(key);
     m_items[found->second].reset();
     m_positions.erase(found);
@@ -113,16 +115,19 @@ void DataChannel<Item>::CloseGaps() {
 
 template <class Item>
 void DataChannel<Item>::StoreConfig(DataContainer& config) const {
-    std::list<std::string> keys;
-    for (std::size_t i = 0; i < m_items.size(); ++i)
-        if (m_items[i])
-            keys.push_back(m_keys[i]);
+    Keys keys;
+    {
+        const std::lock_guard guard(m_mutex);
+        for (std::size_t i = 0; i < m_items.size(); ++i)
+            if (m_items[i])
+                keys.push_back(m_keys[i]);
+    }
     config.PutValue(m_name, std::move(keys));
 }
 
 template <class Item>
-void DataChannel<Item>::AppendToConfig(DataContainer& config) const {
-    std::list<std::string> last(1, m_keys.back());
+void DataChannel<Item>::AppendToConfig(DataContainer& config, const std::string& key) const {
+    Keys last(1, key);
     if (!ChangeKeys(config, m_name, GetSize() - 1, [&](Keys& keys) { keys.splice(keys.end(), last); }))
         StoreConfig(config);
 }
@@ -145,11 +150,29 @@ std::vector<std::string> DataChannel<Item>::ReadConfig(const DataContainer& conf
 }
 
 template <class Item>
+std::uint64_t DataChannel<Item>::GetSize() const {
+    const std::lock_guard guard(m_mutex);
+    return m_positions.size();
+}
+
+template <class Item>
+std::shared_ptr<Item> DataChannel<Item>::GetDataAt(std::uint64_t index) {
+    const std::lock_guard guard(m_mutex);
+    return m_items[RequireIndex(index)];
+}
+
+template <class Item>
+std::string DataChannel<Item>::GetKeyForDataAt(std::uint64_t index) {
+    const std::lock_guard guard(m_mutex);
+    return m_keys[RequireIndex(index)];
+}
+
+template <class Item>
 std::size_t DataChannel<Item>::RequireIndex(std::uint64_t index) {
-    if (index >= GetSize())
+    if (index >= m_positions.size())
         Core::Error::RaiseError(
             Core::OutOfRangeError(Core::FormatText("Out of bounds index of %1% for %2% with size of %3%",
-                                                   {index, m_name + " data channel", GetSize()})),
+                                                   {index, m_name + " data channel", m_positions.size()})),
             QOR_CODE_CONTEXT("DataSet"), category<Item>);
     if (m_items.size() != m_positions.size())
         CloseGaps();

@@ -130,7 +130,7 @@ auto DataChannelTable<Item>::Rearrange(const ItemsByKey& outOfPlace) -> std::map
         Remove(key, changed);
     for (const auto& [key, item] : outOfPlace)
         if (item && m_listed.count(key) == 0)
-            ++changed[List(key, item).GetName()].arrived;
+            changed[List(key, item).GetName()].arrived.push_back(key);
     return changed;
 }
 
@@ -155,9 +155,9 @@ void DataChannelTable<Item>::UpdateConfig(const std::string& name, const Changed
         TidyConfig(*config);
     else if (found == m_channels.end())
         config->Remove(name);
-    else if (changed.left.empty() && changed.arrived == 1)
-        found->second->AppendToConfig(*config);
-    else if (changed.left.size() == 1 && changed.arrived == 0)
+    else if (changed.left.empty() && changed.arrived.size() == 1)
+        found->second->AppendToConfig(*config, changed.arrived.front());
+    else if (changed.left.size() == 1 && changed.arrived.empty())
         found->second->RemoveFromConfig(*config, changed.left.front());
     else
         found->second->StoreConfig(*config);

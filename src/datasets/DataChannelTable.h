@@ -46,7 +46,7 @@ private:
     /// How channels were changed, by their names.
     struct Changed {
         std::vector<std::string> left;
-        std::size_t arrived = 0;
+        std::vector<std::string> arrived;
     };
     using Keys = std::vector<std::string>;
     using ItemsByKey = std::vector<std::pair<std::string, std::shared_ptr<Item>>>;

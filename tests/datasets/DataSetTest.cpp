@@ -1,6 +1,7 @@
 #include "Alerts.h"
 #include "Sets.h"
 #include "StoredBytes.h"
+#include "Threads.h"
 
 #include <Tivor/CollectionSerialization.h>
 
@@ -168,6 +169,37 @@ TEST(DataSets, AreCopiedSharedAndCloned) {
         EXPECT_EQ(TellChannels(source), &way == &ways[4] ? "" : "Height: s; ");
         EXPECT_EQ(source.MetaData().Exists("2D_Channels"), &way != &ways[4]);
     }
+}
+
+// What one thread stores, others put, remove and make another kind, while somebody goes through the channels.
+TEST(DataSetThreads, ChannelsFollowAllOfThem) {
+    constexpr int rounds = 300;
+    DataSet set;
+    const auto items = set.GetAllData2DItems();
+    Core::Testing::OnThreads(4, [&](int thread) {
+        for (int i = 0; i < rounds; ++i) {
+            const std::string key = std::to_string(thread) + '/' + std::to_string(i % 7);
+            const char* const kind = i % 3 == 0 ? "Height" : "Phase";
+            if (thread == 0) {
+                set.StoreData(Surface(kind), key);
+                const auto channel = set.GetData2DChannel(kind);
+                EXPECT_TRUE(channel && channel->GetSize() != 0 && channel->GetDataAt(0));
+            } else if (i % 5 == 0) {
+                items->Remove(key);
+            } else if (const auto present = items->GetPtr<Data2D>(key); present && i % 2 == 0) {
+                present->SetDataKind(kind);
+            } else {
+                items->Put(key, MakeData(*Surface(kind)));
+            }
+        }
+    });
+    EXPECT_EQ(TellChannels(set).find("another"), std::string::npos);
+    EXPECT_EQ(ListedKeys<Data2D>(set), ItemKeys<Data2D>(*items));
+    for (const auto& [kind, keys] : ChannelsOf<Data2D>(set))
+        for (const std::string& key : keys)
+            EXPECT_EQ(set.GetData2D(key)->GetDataKind(), kind);
+    DataSet again(*set.GetContent()->Clone());
+    EXPECT_EQ(TellChannels(again), TellChannels(set));
 }
 
 } // namespace Qor::Tivor::Testing
