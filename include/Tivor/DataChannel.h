@@ -64,7 +64,9 @@ private:
 
     explicit DataChannel(std::string name);
     std::size_t RequireIndex(std::uint64_t index);
-    void Remove(const std::string& key);
+    // These give what leaves the channel, which must not die under a lock.
+    std::shared_ptr<Item> Put(const std::string& key, std::shared_ptr<Item> item);
+    std::shared_ptr<Item> Remove(const std::string& key);
     void CloseGaps();
     // These write the difference only, where what is stored differs by one key.
     void AppendToConfig(DataContainer& config, const std::string& key) const;

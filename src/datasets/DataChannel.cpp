@@ -62,8 +62,12 @@ DataChannel<Item>::~DataChannel() = default;
 
 template <class Item>
 void DataChannel<Item>::AddData(const std::string& key, std::shared_ptr<Item> item) {
-    if (!item)
-        return;
+    if (item)
+        Put(key, std::move(item));
+}
+
+template <class Item>
+std::shared_ptr<Item> DataChannel<Item>::Put(const std::string& key, std::shared_ptr<Item> item) {
     const std::lock_guard guard(m_mutex);
     if (m_items.size() == m_items.capacity()) { // so that nothing can fail in between
         m_keys.reserve(2 * m_keys.size() + 8);
@@ -71,12 +75,11 @@ void DataChannel<Item>::AddData(const std::string& key, std::shared_ptr<Item> it
     }
     std::string ownKey = key;
     const auto [found, isNew] = m_positions.emplace(key, m_items.size());
-    if (!isNew) {
-        m_items[found->second] = std::move(item);
-        return;
-    }
+    if (!isNew)
+        return std::exchange(m_items[found->second], std::move(item));
     m_keys.push_back(std::move(ownKey));
     m_items.push_back(std::move(item));
+    return nullptr;
 }
 
 template <class Item>
@@ -87,13 +90,14 @@ void DataChannel<Item>::AddData(DataContainer& items) {
 
 // A channel of many that leave one by one is not closed up each time.
 template <class Item>
-void DataChannel<Item>::Remove(const std::string& key) {
+std::shared_ptr<Item> DataChannel<Item>::Remove(const std::string& key) {
     const std::lock_guard guard(m_mutex);
     const auto found = m_positions.find(key);
-    m_items[found->second].reset();
+    auto item = std::move(m_items[found->second]);
     m_positions.erase(found);
     if (m_items.size() > 2 * m_positions.size() + 8)
         CloseGaps();
+    return item;
 }
 
 template <class Item>

@@ -58,37 +58,49 @@ DataChannel<Item>& DataChannelTable<Item>::List(const std::string& key, const st
 
 // --- Following changes
 
-// Nothing that fails here may reach whoever changed an item: it is tried again, and told, when the set is next asked.
+// What fails here does not reach whoever changed an item: it is tried again, and told, when the set is next asked.
 template <class Item>
 void DataChannelTable<Item>::OnChange(const std::string& key, const std::shared_ptr<DataObject>&, EDataChange) try {
     const auto alive = this->weak_from_this().lock(); // whoever hears of the configuration may drop the set
     m_changed.Note(key);
-    while (alive && m_changed.HasAny()) {
+    if (alive)
+        Settle();
+} catch (...) {
+}
+
+template <class Item>
+void DataChannelTable<Item>::Settle() {
+    while (m_changed.HasAny()) {
+        ItemsByKey touched;
         const std::unique_lock lock(m_mutex, std::try_to_lock);
         if (!lock)
-            return;
-        FollowChanges();
+            return; // who holds it settles this, too
+        FollowChanges(touched);
     }
-} catch (...) {
-    m_changed.NoteAll();
+    WriteConfig();
 }
 
 template <class Item>
-std::unique_lock<std::recursive_mutex> DataChannelTable<Item>::Reconcile() {
-    std::unique_lock lock(m_mutex);
-    FollowChanges();
-    return lock;
+template <class Read>
+auto DataChannelTable<Item>::Ask(Read read) {
+    const auto alive = this->shared_from_this();
+    const auto answer = [&] {
+        ItemsByKey touched;
+        const std::lock_guard lock(m_mutex);
+        FollowChanges(touched);
+        return read();
+    }();
+    Settle();
+    return answer;
 }
 
 template <class Item>
-void DataChannelTable<Item>::FollowChanges() {
+void DataChannelTable<Item>::FollowChanges(ItemsByKey& touched) {
     if (!m_changed.HasAny())
         return;
     try {
         const ChangedKeys::Changes changes = m_changed.Take();
-        // Listeners hear of the configuration, and find the channels in order.
-        for (const auto& [name, changed] : Rearrange(FindThoseOutOfPlace(changes.all ? GetAllKeys() : changes.keys)))
-            UpdateConfig(name, changed);
+        Rearrange(FindThoseOutOfPlace(changes.all ? GetAllKeys() : changes.keys, touched), touched);
     } catch (...) {
         m_changed.NoteAll();
         throw;
@@ -110,67 +122,111 @@ auto DataChannelTable<Item>::GetAllKeys() const -> Keys {
 // Those that are gone are among them, with an empty pointer. What was replaced by an item of its kind is so in its
 // channel.
 template <class Item>
-auto DataChannelTable<Item>::FindThoseOutOfPlace(const Keys& keys) -> ItemsByKey {
+auto DataChannelTable<Item>::FindThoseOutOfPlace(const Keys& keys, ItemsByKey& touched) -> ItemsByKey {
     ItemsByKey outOfPlace;
     for (const std::string& key : keys) {
-        auto item = m_items->template GetPtr<Item>(key);
+        const auto& item = touched.emplace_back(key, m_items->template GetPtr<Item>(key)).second;
         const auto listed = m_listed.find(key);
         if (item && listed != m_listed.end() && KindOf(*item) == listed->second.kind)
-            listed->second.channel->AddData(key, std::move(item));
+            touched.back().second = listed->second.channel->Put(key, item);
         else if (item || listed != m_listed.end())
-            outOfPlace.emplace_back(key, std::move(item));
+            outOfPlace.emplace_back(key, item);
     }
     return outOfPlace;
 }
 
 template <class Item>
-auto DataChannelTable<Item>::Rearrange(const ItemsByKey& outOfPlace) -> std::map<std::string, Changed> {
-    std::map<std::string, Changed> changed;
+void DataChannelTable<Item>::Rearrange(const ItemsByKey& outOfPlace, ItemsByKey& touched) {
     for (const auto& [key, item] : outOfPlace)
-        Remove(key, changed);
+        Remove(key, touched);
     for (const auto& [key, item] : outOfPlace)
         if (item && m_listed.count(key) == 0)
-            changed[List(key, item).GetName()].arrived.push_back(key);
-    return changed;
+            m_unwritten[List(key, item).GetName()].arrived.push_back(key);
 }
 
 template <class Item>
-void DataChannelTable<Item>::Remove(const std::string& key, std::map<std::string, Changed>& changed) {
+void DataChannelTable<Item>::Remove(const std::string& key, ItemsByKey& touched) {
     const auto listed = m_listed.find(key);
     if (listed == m_listed.end())
         return;
     const std::string name = listed->second.channel->GetName();
-    changed[name].left.push_back(key);
-    listed->second.channel->Remove(key);
+    m_unwritten[name].left.push_back(key);
+    touched.emplace_back(key, nullptr);
+    touched.back().second = listed->second.channel->Remove(key);
     m_listed.erase(listed);
     if (m_channels.at(name)->GetSize() == 0)
         m_channels.erase(name);
 }
 
+// --- The configuration
+
+// One thread at a time, which also writes what others leave to it. Whoever hears of that may change the set.
 template <class Item>
-void DataChannelTable<Item>::UpdateConfig(const std::string& name, const Changed& changed) {
+void DataChannelTable<Item>::WriteConfig() {
+    std::unique_lock lock(m_mutex);
+    if (m_isWriting)
+        return;
+    m_isWriting = true;
+    while (!m_unwritten.empty()) {
+        ChangedByName unwritten = std::exchange(m_unwritten, {});
+        const bool tidies = !std::exchange(m_configIsTidy, true);
+        lock.unlock();
+        try {
+            Write(unwritten, tidies);
+        } catch (...) {
+            lock.lock();
+            m_unwritten.merge(unwritten);
+            m_configIsTidy = false;
+            m_isWriting = false;
+            throw;
+        }
+        lock.lock();
+    }
+    m_isWriting = false;
+}
+
+template <class Item>
+void DataChannelTable<Item>::Write(const ChangedByName& changed, bool tidies) {
     const auto config = GetConfig();
-    const auto found = m_channels.find(name);
-    if (!std::exchange(m_configIsTidy, true))
-        TidyConfig(*config);
-    else if (found == m_channels.end())
-        config->Remove(name);
-    else if (changed.left.empty() && changed.arrived.size() == 1)
-        found->second->AppendToConfig(*config, changed.arrived.front());
-    else if (changed.left.size() == 1 && changed.arrived.empty())
-        found->second->RemoveFromConfig(*config, changed.left.front());
-    else
-        found->second->StoreConfig(*config);
+    if (tidies)
+        return TidyConfig(*config);
+    for (const auto& [name, how] : changed) {
+        const auto channel = FindChannel(name);
+        if (!channel)
+            config->Remove(name);
+        else if (how.left.empty() && how.arrived.size() == 1)
+            channel->AppendToConfig(*config, how.arrived.front());
+        else if (how.left.size() == 1 && how.arrived.empty())
+            channel->RemoveFromConfig(*config, how.left.front());
+        else
+            channel->StoreConfig(*config);
+    }
 }
 
 // Keys of items that there are not would claim those that come later. What lists no keys stays.
 template <class Item>
-void DataChannelTable<Item>::TidyConfig(DataContainer& config) const {
+void DataChannelTable<Item>::TidyConfig(DataContainer& config) {
     for (const auto& entry : config)
-        if (!Channel::ReadConfig(config, entry.key).empty() && m_channels.count(entry.key) == 0)
+        if (!Channel::ReadConfig(config, entry.key).empty() && !FindChannel(entry.key))
             config.Remove(entry.key);
-    for (const auto& [name, channel] : m_channels)
+    for (const auto& channel : GetChannels())
         channel->StoreConfig(config);
+}
+
+template <class Item>
+auto DataChannelTable<Item>::GetChannels() -> std::vector<std::shared_ptr<Channel>> {
+    const std::lock_guard lock(m_mutex);
+    std::vector<std::shared_ptr<Channel>> channels;
+    for (const auto& [name, channel] : m_channels)
+        channels.push_back(channel);
+    return channels;
+}
+
+template <class Item>
+auto DataChannelTable<Item>::FindChannel(const std::string& name) -> std::shared_ptr<Channel> {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_channels.find(name);
+    return found != m_channels.end() ? found->second : nullptr;
 }
 
 // --- What sets ask for
@@ -179,32 +235,35 @@ template <class Item>
 void DataChannelTable<Item>::Store(const std::string& key, const std::shared_ptr<Item>& item) {
     const auto alive = this->shared_from_this();
     m_items->Put(key, ValueTraits<Item>::MakeData(item));
-    Reconcile();
+    GetNumItems();
 }
 
 template <class Item>
 std::uint64_t DataChannelTable<Item>::GetNumItems() {
-    const auto lock = Reconcile();
-    return m_listed.size();
+    return Ask([&] { return m_listed.size(); });
 }
 
 template <class Item>
 void DataChannelTable<Item>::GetNames(std::unordered_set<std::string>& names) {
-    const auto lock = Reconcile();
-    for (const auto& [name, channel] : m_channels)
-        names.insert(name);
+    const Keys all = Ask([&] {
+        Keys found;
+        for (const auto& [name, channel] : m_channels)
+            found.push_back(name);
+        return found;
+    });
+    names.insert(all.begin(), all.end());
 }
 
 template <class Item>
 std::shared_ptr<DataChannel<Item>> DataChannelTable<Item>::Find(const std::string& name) {
-    const auto lock = Reconcile();
-    const auto found = m_channels.find(name);
-    return found != m_channels.end() ? found->second : nullptr;
+    return Ask([&]() -> std::shared_ptr<Channel> {
+        const auto found = m_channels.find(name);
+        return found != m_channels.end() ? found->second : nullptr;
+    });
 }
 
 template <class Item>
 std::shared_ptr<DataContainer> DataChannelTable<Item>::GetConfig() {
-    const std::lock_guard lock(m_mutex);
     auto config = m_metaData->GetPtr<DataContainer>(m_configKey);
     if (!config) {
         config = DataContainer::Create();
@@ -216,7 +275,7 @@ std::shared_ptr<DataContainer> DataChannelTable<Item>::GetConfig() {
 
 template <class Item>
 void DataChannelTable<Item>::StoreConfig(DataContainer& copy) {
-    const auto lock = Reconcile();
+    GetNumItems();
     auto config = copy.GetPtr<DataContainer>(m_configKey);
     if (!config)
         config = DataContainer::Create();

@@ -14,8 +14,8 @@ namespace Qor::Tivor {
 /// metadata hold for them. What was stored says at first which items make a channel; items that it does not list, and
 /// those whose kind changes later, are in the channel of their kind.
 ///
-/// Thread rule: it follows changes on the thread that made them, and does not wait for others meanwhile: what happens
-/// while another thread is at work is followed by the next change or question.
+/// Thread rule: it follows changes on the thread that made them, and does not wait for others meanwhile, who then do
+/// it. Its mutex is a leaf to all but the mutexes that reading an item takes; nobody hears of anything under it.
 template <class Item>
 class DataChannelTable final : public ContainerListener, public std::enable_shared_from_this<DataChannelTable<Item>> {
 public:
@@ -48,31 +48,42 @@ private:
         std::vector<std::string> left;
         std::vector<std::string> arrived;
     };
+    using ChangedByName = std::map<std::string, Changed>;
     using Keys = std::vector<std::string>;
     using ItemsByKey = std::vector<std::pair<std::string, std::shared_ptr<Item>>>;
 
     DataChannelTable(std::shared_ptr<DataContainer> items, std::shared_ptr<DataContainer> metaData,
                      std::string configKey);
 
+    template <class Read>
+    auto Ask(Read read);
+    void Settle();
+
+    // Guarded by the mutex, which the caller holds. What `touched` gets must die without it.
     void TakeConfigured();
     Channel& List(const std::string& key, const std::shared_ptr<Item>& item);
-    /// What was changed since is followed then; the table is locked as long as the result lives.
-    std::unique_lock<std::recursive_mutex> Reconcile();
-    void FollowChanges();
+    void FollowChanges(ItemsByKey& touched);
     Keys GetAllKeys() const;
-    ItemsByKey FindThoseOutOfPlace(const Keys& keys);
-    std::map<std::string, Changed> Rearrange(const ItemsByKey& outOfPlace);
-    void Remove(const std::string& key, std::map<std::string, Changed>& changed);
-    void UpdateConfig(const std::string& name, const Changed& changed);
-    void TidyConfig(DataContainer& config) const;
+    ItemsByKey FindThoseOutOfPlace(const Keys& keys, ItemsByKey& touched);
+    void Rearrange(const ItemsByKey& outOfPlace, ItemsByKey& touched);
+    void Remove(const std::string& key, ItemsByKey& touched);
+
+    // To be called without the mutex.
+    void WriteConfig();
+    void Write(const ChangedByName& changed, bool tidies);
+    void TidyConfig(DataContainer& config);
+    std::vector<std::shared_ptr<Channel>> GetChannels();
+    std::shared_ptr<Channel> FindChannel(const std::string& name);
 
     const std::shared_ptr<DataContainer> m_items;
     const std::shared_ptr<DataContainer> m_metaData;
     const std::string m_configKey;
     ChangedKeys m_changed;
-    std::recursive_mutex m_mutex;
+    std::mutex m_mutex;
     std::map<std::string, std::shared_ptr<Channel>> m_channels;
     std::unordered_map<std::string, Listed> m_listed; // by the keys of the items
+    ChangedByName m_unwritten;                        // to the configuration
+    bool m_isWriting = false;
     bool m_configIsTidy = true;
 };
 

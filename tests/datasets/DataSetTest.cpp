@@ -65,6 +65,37 @@ TEST(DataSets, KeepChannelsInStep) {
     EXPECT_EQ(Keys(set.MetaData()), "DataFormat ");
 }
 
+// Whoever changes an item does not hear of what fails in the set then. Hooks are called with no lock of the set held.
+TEST(DataSets, TryAgainWhatFailed) {
+    class Refusing final : public DataContainer {
+    public:
+        Refusing() { ReceiveChanges(); }
+        ~Refusing() override { StopChanges(); }
+        std::function<void()> onChange = [] {};
+
+    protected:
+        void OnDataObjectChanged(const std::string&, std::shared_ptr<DataObject>) override { onChange(); }
+    };
+    const auto metaData = std::make_shared<Refusing>();
+    DataContainer container;
+    container.Put(sMETA_DATA, std::shared_ptr<DataContainer>(metaData));
+    DataSet set(container);
+    int numRefused = 0;
+    metaData->onChange = [&] {
+        std::thread([&] { set.GetNumData2DItems(); }).join();
+        ++numRefused;
+        throw Core::LogicError("No");
+    };
+    const auto items = set.GetAllData2DItems();
+    items->Put("a", MakeData(*Surface("Height")));
+    EXPECT_EQ(numRefused, 1);
+    items->Put("b", MakeData(*Surface("Height")));
+    items->Remove("a");
+    metaData->onChange = [] {};
+    EXPECT_EQ(TellChannels(set), "Height: b; ");
+    EXPECT_EQ(TellChannels(*DataSet::Create(container)), "Height: b; ");
+}
+
 TEST(DataSets, BelieveWhatIsListed) {
     DataContainer stored;
     DataSet first;
