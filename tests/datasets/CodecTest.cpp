@@ -380,6 +380,7 @@ TEST(Codecs, SortWhatNamesNoFormat) {
     EXPECT_EQ(set->GetPrimaryData2D(), set->GetData2D("Primary2D"));
     EXPECT_EQ(set->GetMetaData()->GetValue<std::string>("Operator"), "Lise");
     EXPECT_EQ(set->GetMetaData()->GetValue<int>("Number"), 7);
+    EXPECT_FALSE(set->GetMetaData()->Exists(sMETA_DATA));
     EXPECT_EQ(set->GetMetaData()->GetValue<std::string>(sDATA_FORMAT), DataSet::sFORMAT);
     DefaultDecode(source);
     EXPECT_EQ(Stored(source), before);
