@@ -91,11 +91,17 @@ bool IsZero(DataObject& object) { return object.ToString() == "0" || object.ToSt
 
 const std::string goldenFolder = TIVOR_TEST_DATA "/golden/";
 
-std::vector<std::string> GoldenFiles() {
+std::vector<std::string> ListGoldenFiles() {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(goldenFolder))
         if (entry.path().extension() == ".qordata")
             names.push_back(entry.path().filename().string());
+    return names;
+}
+
+// Each row asks for them, and so does each of the hundreds of processes that run a test.
+const std::vector<std::string>& GoldenFiles() {
+    static const std::vector<std::string> names = ListGoldenFiles();
     return names;
 }
 
@@ -111,6 +117,8 @@ std::string GoldenFileOf(ETypeID id, std::string className) {
             return name;
     return {};
 }
+
+void PrintTo(const Row& row, std::ostream* out) { *out << row.className; }
 
 std::string NameOf(const testing::TestParamInfo<Row>& row) {
     std::string name = GoldenFileOf(row.param.id, row.param.className);
