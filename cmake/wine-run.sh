@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # wine-run.sh PROGRAM.exe ARGUMENTS...: runs a Windows program without a screen; the exit status is the program's.
 # What it runs prints something in any case, but for lists of tests, which may be empty. So one that prints nothing was
-# never started: about once in ten thousand times Wine ends before the program's first instruction, with any exit status.
-# It is then started again, twice at most.
+# never started: once in a great while Wine ends before the program's first instruction, with any exit status. It is then
+# started again, twice at most.
 set -u
 : "${WINEPREFIX:=${TMPDIR:-/tmp}/tivor-wine-$(id -u)}"
 # With -all alone a library that is missing would be a silent exit status 53.

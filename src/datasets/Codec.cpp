@@ -57,7 +57,7 @@ std::shared_ptr<Codec> CreateCodec(const std::string& format) {
 
 std::shared_ptr<IDataSet> Decode(std::shared_ptr<DataContainer> source, const std::string& format) {
     if (!source)
-        Core::Error::RaiseError(Core::NullPointerError("A container is needed; p_spSource is null"),
+        Core::Error::RaiseError(Core::NullPointerError("Expected a container to decode, found none"),
                                 QOR_CODE_CONTEXT("Codec"), "Qor.Tivor.Decode");
     const std::string found = format.empty() ? FindFormat(*source) : format;
     if (found.empty())

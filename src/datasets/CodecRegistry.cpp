@@ -25,16 +25,9 @@ void CodecRegistry::Register(const std::shared_ptr<Codec::Factory>& factory) {
     std::map<std::string, std::shared_ptr<Codec::Factory>> served;
     for (const std::string& format : FormatsOf(*factory))
         served[format] = factory;
-    // Those that are replaced leave with `served`, after the lock.
     const Core::MutexGuard guard(m_mutex);
-    for (auto next = served.begin(); next != served.end();) {
-        const auto present = m_factories.find(next->first);
-        const auto current = next++;
-        if (present != m_factories.end())
-            present->second.swap(current->second);
-        else
-            m_factories.insert(served.extract(current));
-    }
+    served.merge(m_factories); // those that are replaced stay behind, and die after the lock
+    m_factories.swap(served);
 }
 
 void CodecRegistry::Unregister(const Codec::Factory& factory) {

@@ -1,4 +1,5 @@
 #include "DataChannelTable.h"
+#include "DataSetKeys.h"
 
 #include <QorCore/Message.h>
 #include <Tivor/DataSet.h>
@@ -16,13 +17,6 @@ const std::string DataSet::s2D_DATA = "2D_Data";
 const std::string DataSet::s1D_DATA = "1D_Data";
 const std::string DataSet::sFORMAT = "QOR Data Set";
 const std::string DataSet::sPRIMARY_2D_DATA_KEY = "PrimaryData2D";
-
-namespace {
-
-const char* const channels2DKey = "2D_Channels";
-const char* const channels1DKey = "1D_Channels";
-
-} // namespace
 
 /// The containers of the layout, and the channels over them.
 struct DataSet::Parts {

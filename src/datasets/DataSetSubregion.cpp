@@ -1,19 +1,17 @@
+#include "DataSetKeys.h"
+
 #include <QorCore/Message.h>
 #include <Tivor/CollectionSerialization.h>
 #include <Tivor/Data2DOperation.h>
 #include <Tivor/DataSet.h>
 
 #include <map>
-#include <optional>
 
 namespace Qor::Tivor {
 
 OmittingSurface::~OmittingSurface() = default;
 
 namespace {
-
-const char* const primaryKey = "Primary2D";
-const char* const channelsKey = "2D_Channels";
 
 struct Range {
     std::uint64_t begin1, end1, begin2, end2;
@@ -37,28 +35,17 @@ std::shared_ptr<Data2D> Cut(const Data2D& surface, const std::string& key, const
     return nullptr;
 }
 
-/// The recorded primary surface, or else the first one.
-std::optional<std::string> FindPrimary(const IDataSet& dataSet, DataContainer& surfaces) {
-    std::string recorded;
-    if (dataSet.GetPrimaryData2DKey(recorded) && surfaces.GetPtr<Data2D>(recorded))
-        return recorded;
-    for (const auto& entry : surfaces)
-        if (surfaces.GetPtr<Data2D>(entry.key))
-            return entry.key;
-    return std::nullopt;
-}
-
-std::string NewKeyOf(const std::string& key, const std::optional<std::string>& primary, const DataContainer& surfaces) {
-    if (key == primary)
-        return primaryKey;
+std::string NewKeyOf(const std::string& key, const std::string* primary, const DataContainer& surfaces) {
+    if (primary != nullptr && key == *primary)
+        return primary2DKey;
     std::string free = key;
-    for (int number = 2; free == primaryKey || (free != key && surfaces.Exists(free)); ++number)
+    for (int number = 2; free == primary2DKey || (free != key && surfaces.Exists(free)); ++number)
         free = key + '_' + std::to_string(number);
     return free;
 }
 
-std::shared_ptr<DataContainer> CutAll(DataContainer& surfaces, const std::optional<std::string>& primary,
-                                      const Range& range, NewKeys& newKeys) {
+std::shared_ptr<DataContainer> CutAll(DataContainer& surfaces, const std::string* primary, const Range& range,
+                                      NewKeys& newKeys) {
     auto blocks = DataContainer::Create();
     for (const auto& [key, object] : surfaces) {
         const auto surface = surfaces.GetPtr<Data2D>(key);
@@ -73,7 +60,7 @@ std::shared_ptr<DataContainer> CutAll(DataContainer& surfaces, const std::option
 }
 
 void RenameInChannels(DataContainer& metaData, const NewKeys& newKeys) {
-    const auto config = metaData.GetPtr<DataContainer>(channelsKey);
+    const auto config = metaData.GetPtr<DataContainer>(channels2DKey);
     if (!config)
         return;
     for (const auto& entry : *config) {
@@ -108,12 +95,14 @@ std::shared_ptr<DataSet> CreateSubregion(const IDataSet& dataSet, std::uint64_t 
     DataContainer layout; // with metadata that are copies, and items that are shared
     DataSet(source).StoreDataSet(layout);
     const auto result = DataSet::Create(layout);
-    const auto primary = FindPrimary(dataSet, result->AllData2D());
+    std::string recorded; // or that of the first one
+    const std::string* const primary =
+        result->GetPrimaryData2D() && result->GetPrimaryData2DKey(recorded) ? &recorded : nullptr;
     NewKeys newKeys;
     layout.Put(DataSet::s2D_DATA, CutAll(result->AllData2D(), primary, {begin1, end1, begin2, end2}, newKeys));
     RenameInChannels(result->MetaData(), newKeys);
-    if (primary && newKeys.count(*primary) != 0)
-        result->SetPrimaryData2DKey(primaryKey);
+    if (primary != nullptr && newKeys.count(*primary) != 0)
+        result->SetPrimaryData2DKey(primary2DKey);
     else
         result->MetaData().Remove(DataSet::sPRIMARY_2D_DATA_KEY);
     result->LoadDataSet(layout);

@@ -1,10 +1,10 @@
+#include "DataSetKeys.h"
+
 #include <Tivor/Codec.h>
 
 namespace Qor::Tivor {
 
 namespace {
-
-const std::string primaryKey = "Primary2D";
 
 std::shared_ptr<Data2D> SurfaceOf(const std::shared_ptr<DataObject>& object) {
     if (const auto surface = std::dynamic_pointer_cast<GenericWrapper<Data2D>>(object))
@@ -34,8 +34,8 @@ std::shared_ptr<IDataSet> DefaultDecode(DataContainer& source) {
         else if (!metaData->Exists(key))
             metaData->Put(key, object);
     }
-    if (surfaces->Exists(primaryKey))
-        metaData->PutValue(DataSet::sPRIMARY_2D_DATA_KEY, primaryKey);
+    if (surfaces->Exists(primary2DKey))
+        metaData->PutValue(DataSet::sPRIMARY_2D_DATA_KEY, std::string(primary2DKey));
     metaData->PutValue(sDATA_FORMAT, DataSet::sFORMAT);
     DataContainer layout;
     layout.Put(sMETA_DATA, metaData);

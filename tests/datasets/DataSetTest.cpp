@@ -171,6 +171,33 @@ TEST(DataSets, RefuseIndicesBeyondAChannel) {
     EXPECT_EQ(set.ToString(), "DataSet of 1 surface and 1 profile");
 }
 
+TEST(DataChannels, AreMadeOfContainers) {
+    DataContainer items, config;
+    for (const char* const key : {"a", "b", "c"})
+        items.Put(key, MakeData(*Surface(*key == 'b' ? "Phase" : "Height")));
+    items.PutValue("number", 1);
+    config.PutValue("Mine", std::vector<std::string>{"c", "gone", "number", "a"});
+    Data2DChannel growing("Height", "own", Surface("Height"));
+    growing.AddData("null", nullptr);
+    growing.AddData(items);
+    const auto listed = std::make_unique<Data2DChannel>("Mine", items, config);
+    const auto none = std::make_unique<Data2DChannel>("None", items, config);
+    const auto ofKind = std::make_unique<Data2DChannel>("Height", items, true);
+    const auto all = std::make_unique<Data2DChannel>("Height", items, false);
+    const std::pair<const Data2DChannel*, std::vector<std::string>> rows[] = {{&growing, {"own", "a", "b", "c"}},
+                                                                              {listed.get(), {"c", "a"}},
+                                                                              {none.get(), {}},
+                                                                              {ofKind.get(), {"a", "c"}},
+                                                                              {all.get(), {"a", "b", "c"}}};
+    for (const auto& [channel, keys] : rows) {
+        DataContainer stored;
+        channel->StoreConfig(stored);
+        ASSERT_EQ(stored.NumDataObjects(), 1u);
+        EXPECT_EQ(Data2DChannel::ReadConfig(stored, stored.begin()->key), keys);
+        EXPECT_EQ(channel->GetSize(), keys.size());
+    }
+}
+
 TEST(DataSets, AreCopiedSharedAndCloned) {
     ForeignSet foreign;
     DataSet own(Surface("Height"), "s");

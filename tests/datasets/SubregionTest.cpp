@@ -138,7 +138,7 @@ TEST(DataSetSubregions, BelieveWhatIsListed) {
     SetOf("a=H b=H c=P x=Complex").StoreDataSet(stored);
     const auto config = stored.GetSubData({"MetaData", "2D_Channels"}, false);
     config->Clear();
-    config->PutValue("Mine", std::list<std::string>{"c", "x", "a"});
+    config->PutValue("Mine", std::list<std::string>{"c", "a"});
     config->PutValue("Complex only", std::list<std::string>{"x"});
     const Warnings warnings;
     const auto result = CreateSubregion(DataSet(stored), 0, 1, 0, 1);
