@@ -1,0 +1,56 @@
+#include "Report.h"
+
+#include <algorithm>
+
+namespace Qor::Tivor::Measurements {
+
+MalformedMeasurement::~MalformedMeasurement() = default;
+UnwritableMeasurement::~UnwritableMeasurement() = default;
+DeviatingMeasurement::~DeviatingMeasurement() = default;
+LosingData::~LosingData() = default;
+
+namespace {
+
+template <class Alert>
+Alert Tell(const std::string& fileName, const std::string& place, const std::string& expected,
+           const std::string& found) {
+    Alert alert(Core::FormatText("%1%: %2%: expected %3%, found %4%", {fileName, place, expected, found}));
+    alert.AddVariable("Place", place);
+    return alert;
+}
+
+} // namespace
+
+void Report::Fail(const std::string& place, const std::string& expected, const std::string& found) const {
+    Core::Error::RaiseError(Tell<MalformedMeasurement>(m_fileName, place, expected, found),
+                            QOR_CODE_CONTEXT("MeasurementFile"), m_category);
+}
+
+void Report::Refuse(const std::string& place, const std::string& expected, const std::string& found) const {
+    Core::Error::RaiseError(Tell<UnwritableMeasurement>(m_fileName, place, expected, found),
+                            QOR_CODE_CONTEXT("MeasurementFile"), m_category);
+}
+
+void Report::Deviates(const std::string& place, const std::string& expected, const std::string& found) const {
+    Core::Warning::RaiseWarning(Tell<DeviatingMeasurement>(m_fileName, place, expected, found),
+                                QOR_CODE_CONTEXT("MeasurementFile"), m_category);
+}
+
+void Report::Loses(const std::string& place, const std::string& what) const {
+    LosingData warning(Core::FormatText("%1%: %2%: %3%", {m_fileName, place, what}));
+    warning.AddVariable("Place", place);
+    Core::Warning::RaiseWarning(std::move(warning), QOR_CODE_CONTEXT("MeasurementFile"), m_category);
+}
+
+std::string Quote(std::string_view text) {
+    static constexpr std::size_t longest = 60;
+    std::string shown(text.substr(0, longest));
+    // No byte of a character alone, and nothing that a terminal would obey.
+    while (text.size() > longest && !shown.empty() && (shown.back() & 0xC0) == 0x80)
+        shown.pop_back();
+    std::replace_if(
+        shown.begin(), shown.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return '"' + shown + (text.size() > longest ? "...\"" : "\"");
+}
+
+} // namespace Qor::Tivor::Measurements

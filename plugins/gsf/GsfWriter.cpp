@@ -1,0 +1,147 @@
+#include "../common/Text.h"
+#include "Gsf.h"
+
+#include <Tivor/DataKinds.h>
+
+#include <charconv>
+
+namespace Qor::Tivor::Measurements {
+
+namespace {
+
+/// The shortest width that gives exactly this spacing when it is divided by the points.
+double WidthOf(double spacing, double points) {
+    const double product = spacing * points;
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, product, std::chars_format::general, 15);
+    double rounded = product;
+    std::from_chars(text, end.ptr, rounded);
+    for (const double width : {rounded, product, std::nextafter(product, 0.0), std::nextafter(product, 2 * product)})
+        if (width / points == spacing)
+            return width;
+    return product;
+}
+
+class Writer {
+public:
+    Writer(const DataContainer& container, const Report& report) : m_content(container, report), m_report(report) {}
+
+    void WriteTo(Core::BinaryOutputStream& stream) {
+        const Measured& surface = ChooseSurface();
+        const std::string header = MakeHeader(surface);
+        const std::vector<float> samples = RoundSamples(surface);
+        m_content.WarnOfLosses();
+        stream.Write(header.data(), header.size());
+        stream.Write(samples.data(), samples.size() * sizeof(float));
+    }
+
+private:
+    const Measured& ChooseSurface() {
+        for (const Measured& measured : m_content.GetMeasured())
+            if (!measured.IsProfile() && measured.GetNumPoints() > 0) {
+                m_content.Take(measured);
+                return measured;
+            }
+        m_report.Refuse("content", "a surface with samples", "none");
+    }
+
+    void AddLine(const std::string& name, const std::string& value) {
+        if (name.find_first_of(std::string("=\n\0", 3)) != std::string::npos ||
+            value.find_first_of(std::string("\n\0", 2)) != std::string::npos)
+            m_report.Refuse(name, "a field on one line", Quote(value));
+        m_header += name + " = " + value + '\n';
+    }
+
+    void AddAxes(const Measured& surface) {
+        const Axis& x = surface.GetX();
+        const Axis& y = surface.GetY();
+        for (const Axis* axis : {&x, &y})
+            if (axis->IsKnown() && !axis->IsEven())
+                m_report.Refuse(surface.GetKey(), "evenly spaced samples, which are all that the format can hold",
+                                "uneven positions");
+        AddLine("XRes", std::to_string(x.points));
+        AddLine("YRes", std::to_string(y.points));
+        if (!x.IsKnown() || !y.IsKnown())
+            return m_report.Loses(surface.GetKey(),
+                                  "its positions are not known, and the format's readers take 1 for the width");
+        if (!x.unit->IsDimensionallyEquivalent(*y.unit))
+            m_report.Refuse(surface.GetKey(), "the same kind of unit along both dimensions",
+                            Quote(x.unit->ToString()) + " and " + Quote(y.unit->ToString()));
+        m_lateral = BaseUnitOf(x.unit);
+        AddLine("XReal", Core::GetNumberText(WidthOf(InBase(x.spacing, x), static_cast<double>(x.points))));
+        AddLine("YReal", Core::GetNumberText(WidthOf(InBase(y.spacing, y), static_cast<double>(y.points))));
+        if (x.first != 0)
+            AddLine("XOffset", Core::GetNumberText(InBase(x.first, x)));
+        if (y.first != 0)
+            AddLine("YOffset", Core::GetNumberText(InBase(y.first, y)));
+        if (!m_lateral->GetSymbol().empty())
+            AddLine("XYUnits", m_lateral->GetSymbol());
+    }
+
+    double InBase(double number, const Axis& axis) const {
+        return UnitizedDouble(number, axis.unit).ConvertTo(m_lateral).GetValue();
+    }
+
+    std::string MakeHeader(const Measured& surface) {
+        m_header = gsfMagic;
+        AddAxes(surface);
+        m_vertical = BaseUnitOf(surface.GetScale().GetUnits());
+        if (!m_vertical->GetSymbol().empty())
+            AddLine("ZUnits", m_vertical->GetSymbol());
+        if (const auto title = m_content.TakeText({sDATASET_NAME}))
+            AddLine("Title", *title);
+        for (const auto& [name, value] : m_content.TakeTexts({gsfKey}))
+            AddLine(name, value);
+        m_header.append(gsfAlignment - m_header.size() % gsfAlignment, '\0');
+        return m_header;
+    }
+
+    std::vector<float> RoundSamples(const Measured& surface) {
+        const double scale = surface.GetScale().ConvertTo(m_vertical).GetValue();
+        std::vector<float> rounded;
+        rounded.reserve(static_cast<std::size_t>(surface.GetNumPoints()));
+        std::uint64_t numRounded = 0;
+        const bool isVisited = surface.VisitSamples([&]<class T>(std::span<const T> samples) {
+            for (const T sample : samples) {
+                rounded.push_back(Scale(sample, scale, numRounded));
+                if (std::isinf(rounded.back()))
+                    m_report.Refuse(surface.GetKey(), "samples that 32-bit floats can hold",
+                                    Core::GetNumberText(sample) + " times " + Core::GetNumberText(scale));
+            }
+        });
+        if (!isVisited)
+            m_report.Refuse(surface.GetKey(), "real samples", "samples of " + surface.GetTypeName());
+        if (numRounded > 0)
+            m_report.Loses(surface.GetKey(),
+                           Core::FormatText("%1% of %2% samples are rounded to 32-bit floats in %3%",
+                                            {numRounded, rounded.size(), Quote(m_vertical->ToString())}));
+        surface.WarnOfLostProperties(m_report, InMetres(surface.GetScale()) ? sHEIGHT_DATA : sUNKNOWN_DATA);
+        return rounded;
+    }
+
+    template <class T>
+    static float Scale(T sample, double scale, std::uint64_t& numRounded) {
+        static constexpr float missing = std::numeric_limits<float>::quiet_NaN();
+        if (!std::isfinite(static_cast<double>(sample)))
+            return missing;
+        bool isRounded = false;
+        const float rounded = scale == 1 ? RoundTo<float>(sample, isRounded)
+                                         : RoundTo<float>(static_cast<double>(sample) * scale, isRounded);
+        numRounded += isRounded;
+        return rounded;
+    }
+
+    Content m_content;
+    const Report& m_report;
+    std::string m_header;
+    Unit m_lateral;
+    Unit m_vertical;
+};
+
+} // namespace
+
+void Gsf::Write(const DataContainer& container, const Report& report, Core::BinaryOutputStream& stream) {
+    Writer(container, report).WriteTo(stream);
+}
+
+} // namespace Qor::Tivor::Measurements
