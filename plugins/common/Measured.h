@@ -110,7 +110,9 @@ public:
     std::optional<std::string> TakeText(const std::vector<std::string>& path);
     /// The texts of a container of the metadata by their keys; they count as stored.
     std::vector<std::pair<std::string, std::string>> TakeTexts(const std::vector<std::string>& path);
-    /// The object there, which counts as stored with all that is in it; an empty pointer when there is none.
+    /// The object there, or an empty pointer.
+    std::shared_ptr<DataObject> Find(const std::vector<std::string>& path) const;
+    /// The same, and it counts as stored with all that is in it.
     std::shared_ptr<DataObject> Take(const std::vector<std::string>& path);
     /// Counts a measured array as stored.
     void Take(const Measured& measured);
@@ -118,7 +120,6 @@ public:
     void WarnOfLosses() const;
 
 private:
-    std::shared_ptr<DataObject> Find(const std::vector<std::string>& path) const;
     void WarnOfLosses(const DataContainer& container, std::vector<std::string>& path) const;
 
     const Report& m_report;
