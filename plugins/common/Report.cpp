@@ -12,34 +12,38 @@ LosingData::~LosingData() = default;
 namespace {
 
 template <class Alert>
-Alert Tell(const std::string& fileName, const std::string& place, const std::string& expected,
-           const std::string& found) {
-    Alert alert(Core::FormatText("%1%: %2%: expected %3%, found %4%", {fileName, place, expected, found}));
+Alert Tell(const std::string& place, const std::string& text, const std::string& fileName = {}) {
+    Alert alert(place + ": " + text);
     alert.AddVariable("Place", place);
+    if (!fileName.empty()) // errors get it from the data file
+        alert.AddVariable("File", fileName);
     return alert;
+}
+
+std::string Contrast(const std::string& expected, const std::string& found) {
+    return "expected " + expected + ", found " + found;
 }
 
 } // namespace
 
 void Report::Fail(const std::string& place, const std::string& expected, const std::string& found) const {
-    Core::Error::RaiseError(Tell<MalformedMeasurement>(m_fileName, place, expected, found),
+    Core::Error::RaiseError(Tell<MalformedMeasurement>(place, Contrast(expected, found)),
                             QOR_CODE_CONTEXT("MeasurementFile"), m_category);
 }
 
 void Report::Refuse(const std::string& place, const std::string& expected, const std::string& found) const {
-    Core::Error::RaiseError(Tell<UnwritableMeasurement>(m_fileName, place, expected, found),
+    Core::Error::RaiseError(Tell<UnwritableMeasurement>(place, Contrast(expected, found)),
                             QOR_CODE_CONTEXT("MeasurementFile"), m_category);
 }
 
 void Report::Deviates(const std::string& place, const std::string& expected, const std::string& found) const {
-    Core::Warning::RaiseWarning(Tell<DeviatingMeasurement>(m_fileName, place, expected, found),
+    Core::Warning::RaiseWarning(Tell<DeviatingMeasurement>(place, Contrast(expected, found), m_fileName),
                                 QOR_CODE_CONTEXT("MeasurementFile"), m_category);
 }
 
 void Report::Loses(const std::string& place, const std::string& what) const {
-    LosingData warning(Core::FormatText("%1%: %2%: %3%", {m_fileName, place, what}));
-    warning.AddVariable("Place", place);
-    Core::Warning::RaiseWarning(std::move(warning), QOR_CODE_CONTEXT("MeasurementFile"), m_category);
+    Core::Warning::RaiseWarning(Tell<LosingData>(place, what, m_fileName), QOR_CODE_CONTEXT("MeasurementFile"),
+                                m_category);
 }
 
 std::string Quote(std::string_view text) {

@@ -16,8 +16,8 @@ QOR_DECLARE_ALERT(, DeviatingMeasurement, Core::Warning);
 /// Something that the format has no place for, and the file that is written will not hold.
 QOR_DECLARE_ALERT(, LosingData, Core::Warning);
 
-/// Tells what is wrong with one file, always as a place, what was expected there and what was found. The place is also
-/// the variable "Place" of errors.
+/// Tells what is wrong with one file, always as a place, what was expected there and what was found. The place and the
+/// file are also the variables "Place" and "File" of the alerts.
 class Report {
 public:
     /// `category`: the dotted category of the format's alerts.
@@ -31,8 +31,6 @@ public:
     void Deviates(const std::string& place, const std::string& expected, const std::string& found) const;
     /// Raises the warning `LosingData`.
     void Loses(const std::string& place, const std::string& what) const;
-
-    const std::string& GetFileName() const { return m_fileName; }
 
 private:
     std::string m_fileName;

@@ -31,6 +31,7 @@ struct Console {
     std::ostream& err;
     std::string warnsOf; ///< what the warnings are about, where the user does not know
     bool hidesWarnings = false;
+    std::size_t numLosses = 0; ///< warnings that something will not stand in the file that is written
 };
 
 EStatus ShowInfo(const Arguments& arguments, Console& console);

@@ -43,6 +43,8 @@ void PrintText(std::ostream& out, const Conversion& conversion) {
         << Count(conversion.bytesAfter, "byte", "bytes") << "): " << Count(conversion.numEntries, "entry", "entries");
     if (!conversion.dropped.empty())
         out << ", " << conversion.dropped.size() << " dropped";
+    if (conversion.numLosses > 0)
+        out << ", " << Count(conversion.numLosses, "loss", "losses");
     out << '\n';
 }
 
@@ -62,7 +64,8 @@ Json ToJson(const Conversion& conversion) {
     return {{"source", TextJson(conversion.source)}, {"sourceType", TextJson(conversion.sourceType)},
             {"target", TextJson(conversion.target)}, {"targetType", TextJson(conversion.targetType)},
             {"entries", conversion.numEntries},      {"bytesBefore", conversion.bytesBefore},
-            {"bytesAfter", conversion.bytesAfter},   {"dropped", std::move(dropped)}};
+            {"bytesAfter", conversion.bytesAfter},   {"dropped", std::move(dropped)},
+            {"losses", conversion.numLosses}};
 }
 
 } // namespace

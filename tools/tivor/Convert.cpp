@@ -53,7 +53,10 @@ void ConvertFile(Conversion& conversion, const Arguments& arguments, Console& co
     conversion.dropped = file->GetUnreadEntries();
     conversion.deviates = !conversion.dropped.empty();
     DataContainer::ForEachHeader(*file, [&](const Path&, const DataObjectHeader&) { return ++conversion.numEntries; });
+    console.numLosses = 0;
     conversion.bytesAfter = SaveAs(*file, conversion.target, conversion.targetType, console);
+    conversion.numLosses = console.numLosses;
+    conversion.deviates = conversion.deviates || conversion.numLosses > 0;
 }
 
 /// The same name below another folder, with another extension.

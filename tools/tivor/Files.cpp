@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "SameEntries.h"
+#include "SameMeasurements.h"
 #include "Values.h"
 
 #include <QorCore/BinaryFileStream.h>
@@ -9,8 +10,10 @@
 #include <QorCore/Message.h>
 #include <QorCore/PathName.h>
 #include <QorCore/System.h>
+#include <Tivor/BinaryDataFile.h>
 #include <Tivor/DataFileTypeManager.h>
 #include <Tivor/DataObjectFactory.h>
+#include <Tivor/XMLDataFile.h>
 
 #include <algorithm>
 #include <utility>
@@ -80,6 +83,15 @@ std::shared_ptr<DataFile> FileBeside::Make(const std::string& fileType) {
 
 void FileBeside::TakePlace() { Core::System::Replace(Core::PathName(m_beside), Core::PathName(m_fileName)); }
 
+namespace {
+
+/// Whether files of that type hold measurements, not whatever entries there are.
+bool IsOfMeasurements(const std::string& fileType) {
+    return fileType != BinaryDataFile::sFILE_TYPE && fileType != XMLDataFile::sFILE_TYPE;
+}
+
+} // namespace
+
 std::uint64_t SaveAs(const DataContainer& entries, const std::string& fileName, const std::string& fileType,
                      Console& console) {
     FileBeside beside(fileName);
@@ -92,7 +104,9 @@ std::uint64_t SaveAs(const DataContainer& entries, const std::string& fileName, 
     const auto found =
         DataFile::Open(beside.GetName(), DataFile::eREAD_ONLY, DataFile::eOPEN_EXISTING, fileType, nullptr);
     const std::string difference = found ? FindDifference(entries, *found) : "all of it";
-    if (!difference.empty())
+    // Formats of measurements keep these, and tell what else they lose.
+    if (!difference.empty() &&
+        !(found && IsOfMeasurements(fileType) && FindForeignMeasurement(entries, *found).empty()))
         Fail(Core::FormatText("%1%: expected to read what was written, found %2% to be different; nothing is saved",
                               {Show(fileName), difference}));
     found->Close();

@@ -18,18 +18,19 @@ using Command = EStatus (*)(const Arguments& arguments, Console& console);
 
 class WarningPrinter final : public Core::AlertHandler {
 public:
-    explicit WarningPrinter(const Console& console) : m_console(console) {}
+    explicit WarningPrinter(Console& console) : m_console(console) {}
 
     void OnWarning(const Core::Warning& warning) override {
         if (m_console.hidesWarnings || warning.GetTypeName() == "NoDefaultDataFile") // which is what a user expects
             return;
+        m_console.numLosses += warning.GetTypeName() == "LosingData";
         const std::string& of = m_console.warnsOf;
         m_console.err << "tivor: warning: " << (of.empty() ? "" : Show(of) + ": ") << OneLine(warning.GetText())
                       << '\n';
     }
 
 private:
-    const Console& m_console;
+    Console& m_console;
 };
 
 // The parser takes negative numbers for options, texts in brackets for lists, and drops some others. A mark in front of
