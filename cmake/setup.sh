@@ -2,7 +2,7 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 packages=(g++ cmake ninja-build pkg-config python3-minimal libboost-dev libxxhash-dev libexpat1-dev
-    libcli11-dev nlohmann-json3-dev libgtest-dev libudunits2-dev libxml2-utils)
+    libzip-dev libcli11-dev nlohmann-json3-dev libgtest-dev libudunits2-dev libxml2-utils)
 packagesForWindows=("${packages[@]}" g++-mingw-w64-x86-64-posix dpkg-dev googletest wine64)
 packagesForLanes=("${packagesForWindows[@]}" clang-14 clang-format-14 libclang-rt-14-dev llvm-14 libbenchmark-dev
     libeigen3-dev libopencv-core-dev)

@@ -37,13 +37,18 @@ fetch() {
     )
 }
 
-# install_from DIRECTORY CMAKE_OPTIONS...
-install_from() {
+# configure DIRECTORY CMAKE_OPTIONS...: made ready in DIRECTORY/build
+configure() {
     local source=$1
     shift
     cmake -G Ninja -S "$source" -B "$source/build" -DCMAKE_TOOLCHAIN_FILE="$cmake/mingw-w64-x86_64.cmake" \
         -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" -Wno-dev "$@"
-    cmake --build "$source/build" --target install
+}
+
+# install_from DIRECTORY CMAKE_OPTIONS...
+install_from() {
+    configure "$@"
+    cmake --build "$1/build" --target install
 }
 
 build_expat() {
@@ -58,6 +63,25 @@ build_expat() {
 build_gtest() {
     cp -r /usr/src/googletest "$work/gtest"
     install_from "$work/gtest" -DCMAKE_CXX_STANDARD=20 -DBUILD_GMOCK=OFF
+}
+
+# The static library alone: Debian leaves out what the shared one is made of for Windows, and nothing shall link that.
+build_zlib() {
+    fetch zlib
+    configure "$work/zlib"
+    cmake --build "$work/zlib/build" --target zlibstatic
+    mkdir -p "$prefix"/{lib,include}
+    cp "$work/zlib/build/libzlibstatic.a" "$prefix/lib/libz.a"
+    cp "$work/zlib/zlib.h" "$work/zlib/build/zconf.h" "$prefix/include"
+}
+
+# With no cipher and no compression but zlib's.
+build_libzip() {
+    fetch libzip
+    install_from "$work/libzip" -DZLIB_INCLUDE_DIR="$prefix/include" -DZLIB_LIBRARY="$prefix/lib/libz.a" \
+        -DBUILD_SHARED_LIBS=OFF -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF \
+        -DENABLE_OPENSSL=OFF -DENABLE_WINDOWS_CRYPTO=OFF -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF \
+        -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF
 }
 
 # provide NAME: runs build_NAME unless it succeeded before; what that says is shown only when it fails.
@@ -80,4 +104,6 @@ provide() {
 rm -rf "$work" # what is left of a run that failed
 provide expat
 provide gtest
+provide zlib
+provide libzip
 rm -rf "$work"
