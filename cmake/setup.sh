@@ -1,7 +1,7 @@
 # Sourced by test.sh, demo.sh and .ci/run: the way from a bare Debian 12 to a build. Works in the tree's top directory.
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-packages=(g++ cmake ninja-build pkg-config python3-minimal libboost-dev libxxhash-dev libexpat1-dev
+packages=(g++ cmake ninja-build pkg-config python3 libboost-dev libxxhash-dev libexpat1-dev
     libzip-dev libcli11-dev nlohmann-json3-dev libgtest-dev libudunits2-dev libxml2-utils)
 packagesForWindows=("${packages[@]}" g++-mingw-w64-x86-64-posix dpkg-dev googletest wine64)
 packagesForLanes=("${packagesForWindows[@]}" clang-14 clang-format-14 libclang-rt-14-dev llvm-14 libbenchmark-dev
