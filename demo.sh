@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
-# Builds the library and its tool: one process imports a measured surface, another checks every sample, others change
-# one value, and nothing but that value is different then. Then the surface becomes XML, and that a binary file again; a
+# Builds the library and its tool. A confocal scan of a bullet's land, an X3P file, becomes a data set, is stored as a
+# binary and as an XML data file, opened again and compared byte by byte; a block of it is turned and written as X3P. One
+# process imports another surface, from text, another checks every sample, others change one value, and nothing but that
+# value is different then. Then the surface becomes XML, and that a binary file again; a
 # block of it is turned, and turned on until it is as it was. Two profiles, one with a fixed spacing and one with
 # positions of its own, go the same way.
 set -euo pipefail
 . "$(dirname "$0")/cmake/setup.sh"
 
 preset=release
+scan=data/bullet_sample-land.x3p
 text=data/afm_gwyddion_text_export.txt
 profiles=(data/profile_xy-4.txt data/profile_nonuniform.asc)
 file=build/$preset/demo_surface.dataset
@@ -14,7 +17,7 @@ change=(Comments Review Checks)
 tivor=build/$preset/bin/tivor
 
 install_packages "${packages[@]}"
-build_preset "$preset" tivor-tool
+build_preset "$preset" tivor-tool plug-ins
 
 # show ARGUMENT...: prints the command line, then runs it
 show() {
@@ -30,11 +33,43 @@ there_and_back() {
     show convert --force "$2" "$xml"
     show convert --force "$xml" "$again"
     show import --check "$1" "$again"
-    if ! cmp "$2" "$again"; then
-        echo "Expected the binary file that was made of the XML to be the one that the XML was made of" >&2
+    same "$2" "$again" "the binary file that was made of the XML to be the one that the XML was made of"
+}
+
+# same FILE OTHER WHAT: ends the demonstration unless both are each byte the same
+same() {
+    if ! cmp "$1" "$2"; then
+        echo "Expected $3" >&2
         exit 1
     fi
 }
+
+# losing ARGUMENT...: as show, of a command that tells of what the target's format has no place for
+losing() {
+    local status=0
+    echo "> tivor $*"
+    "$tivor" "$@" || status=$?
+    echo
+    [[ $status -eq 1 ]] || exit 2
+}
+
+kept=build/$preset/demo_bullet
+show convert --force "$scan" "$kept.dataset" # what deviates from the format is told
+show info "$kept.dataset"
+show convert --force "$kept.dataset" "$kept.qordml"
+show convert --force "$kept.qordml" "${kept}_again.dataset"
+same "$kept.dataset" "${kept}_again.dataset" "the samples, positions, units and metadata of the XML to be those of the binary file"
+show ls "${kept}_again.dataset"
+echo "Success: opened from the binary and from the XML file, samples, positions, units and metadata are the same"
+echo
+show crop --force "$kept.dataset" "${kept}_block.dataset" --dim1 50:200 --dim2 300:700
+losing convert --force "${kept}_block.dataset" "${kept}_block.x3p"
+show rotate --force "${kept}_block.x3p" "${kept}_turned.x3p"
+show info "${kept}_turned.x3p"
+"$tivor" rotate --force "${kept}_turned.x3p" "${kept}_back.x3p" --by 270 >/dev/null
+same "${kept}_block.x3p" "${kept}_back.x3p" "a block that was turned by 90 and by 270 degrees to be what it was"
+echo "Success: the turned block is X3P; turned on by 270 degrees it is each byte what it was"
+echo
 
 show import --force "$text" "$file"
 show ls "$file"
@@ -66,10 +101,7 @@ block=build/$preset/demo_block.dataset turned=build/$preset/demo_turned.dataset
 show crop --force "$file" "$block" --dim1 96:160 --dim2 :200
 show rotate --force "$block" "$turned"
 "$tivor" rotate --force "$turned" "$turned.again" --by 270 >/dev/null
-if ! cmp "$block" "$turned.again"; then
-    echo "Expected a block that was turned by 90 and by 270 degrees to be what it was" >&2
-    exit 1
-fi
+same "$block" "$turned.again" "a block that was turned by 90 and by 270 degrees to be what it was"
 echo "Success: turned on by 270 degrees, the block is each byte what it was"
 echo
 

@@ -180,23 +180,24 @@ private:
     void StorePoints(const Description& description, const Points& points) {
         if (description.feature == Description::ePOINTS)
             return StoreCloud(description, points);
-        const auto& size = description.size;
-        Axis x = AxisOf(description.axes[0], size[0]), y = AxisOf(description.axes[1], size[1]);
-        const bool isGrid = FindGrid(points.x, size, 0, x.positions) && FindGrid(points.y, size, 1, y.positions);
         const bool isProfile = description.feature == Description::ePROFILE;
         for (std::size_t layer = 0; layer < points.layers.size(); ++layer) {
+            Axis x = AxisOf(description.axes[0], description.size[0]);
+            Axis y = AxisOf(description.axes[1], description.size[1]);
+            const bool isGrid = FindGrid(points.x, description.size, layer, 0, x.positions) &&
+                                (isProfile || FindGrid(points.y, description.size, layer, 1, y.positions));
             const auto surface = Data2D::Create(points.layers[layer]);
             surface->SetDataKind(sHEIGHT_DATA);
             surface->SetDataScale(UnitizedDouble(points.scale, x.unit));
-            if (isGrid)
+            if (isGrid && !isProfile)
                 SetPositions(*surface, x, y);
             if (isProfile)
-                Add("Profile", layer, points.layers.size(), ProfileOf(*surface, isGrid ? &x : nullptr));
+                Add("Profile", layer, points.layers.size(), ProfileOf(*surface, x));
             else
                 Add("Surface", layer, points.layers.size(), surface);
+            if (!isGrid)
+                StoreCoordinates(description, points, layer);
         }
-        if (!isGrid)
-            StoreCoordinates(description, points);
     }
 
     static Axis AxisOf(const StoredAxis& stored, std::uint64_t numPoints) {
@@ -207,29 +208,29 @@ private:
                 {}};
     }
 
-    /// The one coordinate that all points of a column, or of a row, have; false when they have several.
+    /// The one coordinate that all points of a column of a layer, or of a row, have; false when they have several.
     static bool FindGrid(const std::vector<double>& coordinates, const std::array<std::uint64_t, 3>& size,
-                         std::size_t axis, std::vector<double>& positions) {
+                         std::size_t layer, std::size_t axis, std::vector<double>& positions) {
         if (coordinates.empty())
             return true;
         positions.assign(static_cast<std::size_t>(size[axis]), std::numeric_limits<double>::quiet_NaN());
-        for (std::size_t point = 0; point < coordinates.size(); ++point) {
-            const double coordinate = coordinates[point];
-            double& position = positions[axis == 0 ? point % size[0] : point / size[0] % size[1]];
+        const auto perLayer = static_cast<std::size_t>(size[0] * size[1]);
+        for (std::size_t point = 0; point < perLayer; ++point) {
+            const double coordinate = coordinates[layer * perLayer + point];
+            double& position = positions[axis == 0 ? point % size[0] : point / size[0]];
             if (std::isnan(position))
                 position = coordinate;
             else if (!std::isnan(coordinate) && coordinate != position)
                 return false;
         }
-        return std::none_of(positions.begin(), positions.end(), [](double position) { return std::isnan(position); });
+        return true; // NaN where all points are missing, and text tells no coordinate
     }
 
-    static std::shared_ptr<Data1D> ProfileOf(Data2D& surface, const Axis* x) {
+    static std::shared_ptr<Data1D> ProfileOf(Data2D& surface, const Axis& x) {
         const auto profile = Data1D::CreateFrom(RowOf(*surface.GetMatrixDataObject()));
         profile->SetDataKind(surface.GetDataKind());
         profile->SetDataScale(surface.GetDataScale());
-        if (x != nullptr)
-            SetPositions(*profile, *x);
+        SetPositions(*profile, x);
         return profile;
     }
 
@@ -247,9 +248,13 @@ private:
         return row;
     }
 
+    static std::string KeyOf(const char* name, std::size_t layer, std::size_t numLayers) {
+        return numLayers == 1 ? name : name + (' ' + std::to_string(layer + 1));
+    }
+
     template <class T>
     void Add(const char* name, std::size_t layer, std::size_t numLayers, std::shared_ptr<T> data) {
-        const std::string key = numLayers == 1 ? name : name + (' ' + std::to_string(layer + 1));
+        const std::string key = KeyOf(name, layer, numLayers);
         WarnOfImplausibleLengths(m_report, key, Measured(key, data));
         m_reading.Add(key, std::move(data));
     }
@@ -280,25 +285,23 @@ private:
         add("Z", sHEIGHT_DATA.c_str(), RowOf(*points.layers[0]), points.scale);
     }
 
-    /// The places of points that lie on no grid, beside the surfaces.
-    void StoreCoordinates(const Description& description, const Points& points) {
+    /// The places of points that lie on no grid, beside their surface.
+    void StoreCoordinates(const Description& description, const Points& points, std::size_t layer) {
         const auto& size = description.size;
-        const auto perLayer = static_cast<std::size_t>(size[0] * size[1]);
-        for (std::size_t axis = 0; axis < 2; ++axis)
-            for (std::size_t layer = 0; layer < size[2]; ++layer) {
-                const std::vector<double>& all = axis == 0 ? points.x : points.y;
-                RowMajorMatrix<double> matrix(static_cast<std::size_t>(size[1]), static_cast<std::size_t>(size[0]));
-                for (std::size_t i = 0; i < perLayer; ++i)
-                    matrix.data()[i] = all.empty() ? description.axes[axis].offset +
-                                                         description.axes[axis].increment *
-                                                             static_cast<double>(axis == 0 ? i % size[0] : i / size[0])
-                                                   : all[layer * perLayer + i];
-                const auto surface = Data2D::Create(MakeData(std::move(matrix)));
-                surface->SetDataKind(axis == 0 ? xKind : yKind);
-                surface->SetDataScale(UnitizedDouble(1, "Meter"));
-                const std::string name = axis == 0 ? "X" : "Y";
-                m_reading.Add(size[2] == 1 ? name : name + ' ' + std::to_string(layer + 1), surface);
-            }
+        for (std::size_t axis = 0; axis < 2; ++axis) {
+            const std::vector<double>& all = axis == 0 ? points.x : points.y;
+            const StoredAxis& stored = description.axes[axis];
+            RowMajorMatrix<double> matrix(static_cast<std::size_t>(size[1]), static_cast<std::size_t>(size[0]));
+            for (std::size_t i = 0; i < matrix.size(); ++i)
+                matrix.data()[i] =
+                    all.empty()
+                        ? stored.offset + stored.increment * static_cast<double>(axis == 0 ? i % size[0] : i / size[0])
+                        : all[layer * matrix.size() + i];
+            const auto surface = Data2D::Create(MakeData(std::move(matrix)));
+            surface->SetDataKind(axis == 0 ? xKind : yKind);
+            surface->SetDataScale(UnitizedDouble(1, "Meter"));
+            m_reading.Add(KeyOf(axis == 0 ? "X" : "Y", layer, size[2]), surface);
+        }
     }
 
     ArchiveReader m_archive;

@@ -112,4 +112,19 @@ TEST(DataSetOfAWafer, IsReadByChannelsAndCut) {
     EXPECT_NE(ReadFileText(project / "docs/data-sets.md").find(shown + '\n'), std::string::npos) << shown;
 }
 
+TEST(MeasurementFile, IsKeptCutTurnedAndHandedOn) {
+    const TemporaryDirectory directory;
+    const auto outcome =
+        RunProgram(directory.GetPath(), "measurement_file", {TIVOR_PROJECT "/data/bullet_sample-land.x3p"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.output.find("measured by Sensofar:\n"
+                                  "  Data2D of 256 x 918 double, 2.58e-06 m x 2.58e-06 m, 25292 points missing\n"
+                                  "kept.dataset is the same\nkept.qordml is the same\n"
+                                  "  Data2D of 400 x 150 double, 2.58e-06 m x 2.58e-06 m, 45 points missing\n"
+                                  "  Data2D of 400 x 150 double, 2.58e-06 m x 2.58e-06 m, 45 points missing\n"
+                                  "turned.x3p has the same samples\n"),
+              std::string::npos)
+        << outcome.output;
+}
+
 } // namespace Qor::Tivor::Testing
