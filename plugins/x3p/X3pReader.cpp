@@ -1,10 +1,9 @@
 #include "../common/Text.h"
 #include "Checksum.h"
 #include "Fields.h"
+#include "PointData.h"
 #include "Points.h"
 #include "X3p.h"
-
-#include <Tivor/DataKinds.h>
 
 #include <algorithm>
 
@@ -42,7 +41,7 @@ public:
             StoreText({x3pKey, storageKey}, textStorage);
         if (points.isWidened)
             StoreText({x3pKey, dataTypeKey}, std::string(1, static_cast<char>(description.axes[2].type)));
-        StorePoints(description, points);
+        StorePoints(description, points, m_reading, m_report);
         m_reading.StoreIn(content);
     }
 
@@ -175,133 +174,6 @@ private:
         const auto bytes = std::make_shared<Array<unsigned char>>(static_cast<std::size_t>(entry.size));
         m_archive.Read(entry, bytes->GetElements().data());
         m_reading.GetMetaData().GetSubData({x3pKey, filesKey}, true)->Put(name, bytes);
-    }
-
-    void StorePoints(const Description& description, const Points& points) {
-        if (description.feature == Description::ePOINTS)
-            return StoreCloud(description, points);
-        const bool isProfile = description.feature == Description::ePROFILE;
-        for (std::size_t layer = 0; layer < points.layers.size(); ++layer) {
-            Axis x = AxisOf(description.axes[0], description.size[0]);
-            Axis y = AxisOf(description.axes[1], description.size[1]);
-            const bool isGrid = FindGrid(points.x, description.size, layer, 0, x.positions) &&
-                                (isProfile || FindGrid(points.y, description.size, layer, 1, y.positions));
-            const auto surface = Data2D::Create(points.layers[layer]);
-            surface->SetDataKind(sHEIGHT_DATA);
-            surface->SetDataScale(UnitizedDouble(points.scale, x.unit));
-            if (isGrid && !isProfile)
-                SetPositions(*surface, x, y);
-            if (isProfile)
-                Add("Profile", layer, points.layers.size(), ProfileOf(*surface, x));
-            else
-                Add("Surface", layer, points.layers.size(), surface);
-            if (!isGrid)
-                StoreCoordinates(description, points, layer);
-        }
-    }
-
-    static Axis AxisOf(const StoredAxis& stored, std::uint64_t numPoints) {
-        return {numPoints,
-                Core::UnitDictionary::Instance().Get("Meter"),
-                stored.offset,
-                stored.isAbsolute ? 0 : stored.increment,
-                {}};
-    }
-
-    /// The one coordinate that all points of a column of a layer, or of a row, have; false when they have several.
-    static bool FindGrid(const std::vector<double>& coordinates, const std::array<std::uint64_t, 3>& size,
-                         std::size_t layer, std::size_t axis, std::vector<double>& positions) {
-        if (coordinates.empty())
-            return true;
-        positions.assign(static_cast<std::size_t>(size[axis]), std::numeric_limits<double>::quiet_NaN());
-        const auto perLayer = static_cast<std::size_t>(size[0] * size[1]);
-        for (std::size_t point = 0; point < perLayer; ++point) {
-            const double coordinate = coordinates[layer * perLayer + point];
-            double& position = positions[axis == 0 ? point % size[0] : point / size[0]];
-            if (std::isnan(position))
-                position = coordinate;
-            else if (!std::isnan(coordinate) && coordinate != position)
-                return false;
-        }
-        return true; // NaN where all points are missing, and text tells no coordinate
-    }
-
-    static std::shared_ptr<Data1D> ProfileOf(Data2D& surface, const Axis& x) {
-        const auto profile = Data1D::CreateFrom(RowOf(*surface.GetMatrixDataObject()));
-        profile->SetDataKind(surface.GetDataKind());
-        profile->SetDataScale(surface.GetDataScale());
-        SetPositions(*profile, x);
-        return profile;
-    }
-
-    /// The elements of a matrix, shared with it.
-    static std::shared_ptr<DataObject> RowOf(DataObject& object) {
-        std::shared_ptr<DataObject> row;
-        const auto tryRow = [&]<class T>(T) {
-            if (auto* const wrapper = dynamic_cast<GenericWrapper<RowMajorMatrix<T>>*>(&object)) {
-                const auto matrix = wrapper->GetData();
-                row =
-                    std::make_shared<Array<T>>(boost::shared_array<T>(matrix->data(), [matrix](T*) {}), matrix->size());
-            }
-        };
-        tryRow(short()), tryRow(int()), tryRow(float()), tryRow(double());
-        return row;
-    }
-
-    static std::string KeyOf(const char* name, std::size_t layer, std::size_t numLayers) {
-        return numLayers == 1 ? name : name + (' ' + std::to_string(layer + 1));
-    }
-
-    template <class T>
-    void Add(const char* name, std::size_t layer, std::size_t numLayers, std::shared_ptr<T> data) {
-        const std::string key = KeyOf(name, layer, numLayers);
-        WarnOfImplausibleLengths(m_report, key, Measured(key, data));
-        m_reading.Add(key, std::move(data));
-    }
-
-    static std::vector<double> ListAll(const std::vector<double>& coordinates, const StoredAxis& axis,
-                                       std::uint64_t numPoints) {
-        if (!coordinates.empty())
-            return coordinates;
-        std::vector<double> all(static_cast<std::size_t>(numPoints));
-        for (std::size_t i = 0; i < all.size(); ++i)
-            all[i] = axis.offset + axis.increment * static_cast<double>(i);
-        return all;
-    }
-
-    /// Three profiles over the number of the point.
-    void StoreCloud(const Description& description, const Points& points) {
-        const Axis nothing{description.size[0], nullptr, 0, 0, {}};
-        const auto add = [&](const char* key, const char* kind, std::shared_ptr<DataObject> samples, double scale) {
-            const auto profile = Data1D::CreateFrom(std::move(samples));
-            profile->SetDataKind(kind);
-            profile->SetDataScale(UnitizedDouble(scale, "Meter"));
-            m_reading.Add(key, profile);
-        };
-        const auto x = ListAll(points.x, description.axes[0], description.size[0]);
-        const auto y = ListAll(points.y, description.axes[1], description.size[0]);
-        add("X", xKind, MakeArray(std::span(x)), 1);
-        add("Y", yKind, MakeArray(std::span(y)), 1);
-        add("Z", sHEIGHT_DATA.c_str(), RowOf(*points.layers[0]), points.scale);
-    }
-
-    /// The places of points that lie on no grid, beside their surface.
-    void StoreCoordinates(const Description& description, const Points& points, std::size_t layer) {
-        const auto& size = description.size;
-        for (std::size_t axis = 0; axis < 2; ++axis) {
-            const std::vector<double>& all = axis == 0 ? points.x : points.y;
-            const StoredAxis& stored = description.axes[axis];
-            RowMajorMatrix<double> matrix(static_cast<std::size_t>(size[1]), static_cast<std::size_t>(size[0]));
-            for (std::size_t i = 0; i < matrix.size(); ++i)
-                matrix.data()[i] =
-                    all.empty()
-                        ? stored.offset + stored.increment * static_cast<double>(axis == 0 ? i % size[0] : i / size[0])
-                        : all[layer * matrix.size() + i];
-            const auto surface = Data2D::Create(MakeData(std::move(matrix)));
-            surface->SetDataKind(axis == 0 ? xKind : yKind);
-            surface->SetDataScale(UnitizedDouble(1, "Meter"));
-            m_reading.Add(KeyOf(axis == 0 ? "X" : "Y", layer, size[2]), surface);
-        }
     }
 
     ArchiveReader m_archive;
