@@ -13,6 +13,7 @@ import json
 import math
 import pathlib
 import re
+import shutil
 import struct
 import subprocess
 import sys
@@ -197,29 +198,31 @@ def make_x3p(path, feature, storage, letter, axes, scaled, missing):
             archive.writestr(name, content)
 
 
-def convert(tivor, source, target, may_lose):
-    run = subprocess.run([tivor, "convert", "--force", source, target], capture_output=True, text=True)
-    expect(run.returncode in ((0, 1) if may_lose else (0,)), source, "->", target, run.stderr)
+def convert(tivor, source, target, *options, expects=(0,)):
+    run = subprocess.run([tivor, "convert", "--force", *options, source, target], capture_output=True, text=True)
+    expect(run.returncode in expects, source, "->", target, run.stderr)
     return run
 
 
 def check_forms(tivor, work):
-    count = 0
+    made, kept, back = (work / name for name in ("made", "kept", "back"))
+    made.mkdir()
+    forms = []
     for feature, storage, letter in itertools.product(("SUR", "PRF", "PCL", "layers"), ("text", "binary"), "ILFD"):
-        for axes, scaled, missing in itertools.product(("II", "AI", "IA", "AA", "free"), ((0.0, 1e-9), (-0.5, 0.001)), (0, 1)):
+        for axes, scaled, missing in itertools.product(("II", "AI", "IA", "AA", "free"),
+                                                       ((0.0, 1e-9), (-0.5, 0.001)), (0, 1)):
             if (feature == "PCL" and (axes != "II" or missing)) or (feature == "PRF" and axes in ("IA", "AA", "free")):
                 continue
-            made, kept, back = work / "made.x3p", work / "kept.dataset", work / "back.x3p"
-            make_x3p(made, feature, storage, letter, axes, scaled, missing)
-            what = f"{feature} {storage} {letter} {axes} {scaled} {missing}"
-            convert(tivor, made, kept, False)
-            convert(tivor, kept, back, False)
-            expected, found = read_x3p(made), read_x3p(back)
-            if feature == "PRF":  # has no y
-                expected[1][:] = [[x, None, z] for x, _, z in expected[1]]
-            compare(expected, found, 1e-15, what)
-            count += 1
-    return count
+            forms.append((feature, storage, letter, axes, scaled, missing))
+            make_x3p(made / f"{len(forms)}.x3p", *forms[-1])
+    convert(tivor, made, kept, "--to", "dataset")
+    convert(tivor, kept, back, "--to", "x3p")
+    for number, form in enumerate(forms, 1):
+        expected, found = read_x3p(made / f"{number}.x3p"), read_x3p(back / f"{number}.x3p")
+        if form[0] == "PRF":  # has no y
+            expected[1][:] = [[x, None, z] for x, _, z in expected[1]]
+        compare(expected, found, 1e-15, form)
+    return len(forms)
 
 
 def check_files(tivor, work, folder):
@@ -230,8 +233,7 @@ def check_files(tivor, work, folder):
             continue
         original = read_x3p(source, strict=False) if kind == "x3p" else READERS[kind](source)
         for target in READERS:
-            run = convert(tivor, source, work / f"file.{target}", True) if target == "x3p" else subprocess.run(
-                [tivor, "convert", "--force", source, work / f"file.{target}"], capture_output=True, text=True)
+            run = convert(tivor, source, work / f"file.{target}", expects=(0, 1) if target == "x3p" else (0, 1, 2))
             if run.returncode == 2:  # points on no even grid have a place in X3P only
                 expect("evenly spaced" in run.stderr or "expected a surface" in run.stderr or "positions" in run.stderr,
                        name, "->", target, run.stderr)
@@ -244,7 +246,8 @@ def check_files(tivor, work, folder):
 
 def main(tivor, work, *folders):
     work = pathlib.Path(work)
-    work.mkdir(parents=True, exist_ok=True)
+    shutil.rmtree(work, ignore_errors=True)
+    work.mkdir(parents=True)
     forms = check_forms(tivor, work)
     files = sum(check_files(tivor, work, pathlib.Path(folder)) for folder in folders)
     print(f"{forms} forms of X3P came back; {files} files that were written hold what they were made of")
