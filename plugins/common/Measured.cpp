@@ -77,6 +77,39 @@ void WarnOfProperties(const T& bare, const T& fresh, const std::string& key, con
             report.Loses(key, "the format has no place for the property " + name);
 }
 
+/// Which positions lie beyond those that an increment leads to.
+struct Fit {
+    bool IsExact() const { return !hasHigher && !hasLower && !hasInfinite; }
+    bool IsTooLow() const { return hasHigher && !hasLower && !hasInfinite; }
+    bool IsTooHigh() const { return hasLower && !hasHigher && !hasInfinite; }
+
+    bool hasHigher = false, hasLower = false, hasInfinite = false;
+};
+
+Fit FitIncrement(std::span<const double> positions, double increment) {
+    Fit fit;
+    for (std::size_t i = 0; i < positions.size() && !(fit.hasHigher && fit.hasLower) && !fit.hasInfinite; ++i) {
+        const double position = positions[0] + static_cast<double>(i) * increment;
+        fit.hasHigher |= positions[i] > position;
+        fit.hasLower |= positions[i] < position;
+        fit.hasInfinite |= !std::isfinite(positions[i] - position);
+    }
+    return fit;
+}
+
+/// The number of the fewest digits, from six on, that fits as this increment does: what somebody wrote down has few.
+double FindShortest(std::span<const double> positions, double increment, double divisor) {
+    for (int digits = 6; digits < std::numeric_limits<double>::max_digits10; ++digits)
+        if (char text[32]; true) {
+            const auto end = std::to_chars(text, text + sizeof text, increment, std::chars_format::scientific, digits);
+            double rounded = 0;
+            std::from_chars(text, end.ptr, rounded);
+            if (FitIncrement(positions, rounded / divisor).IsExact())
+                return rounded;
+        }
+    return increment;
+}
+
 bool MeasuresNothing(double width) { return !std::isfinite(width) || width == 0; }
 
 } // namespace
@@ -249,26 +282,24 @@ void SetPositions(Data1D& profile, const Axis& x) {
         profile.SetPositionFunction(std::make_shared<ArrayPosition1D>(ListPositions(x), x.points, x.unit->Clone()));
 }
 
-std::optional<double> FindIncrement(std::span<const double> positions) {
+std::optional<double> FindIncrement(std::span<const double> positions, double divisor) {
     if (positions.size() < 2)
         return 0.0;
-    const auto fits = [&](double increment) {
-        for (std::size_t i = 0; i < positions.size(); ++i)
-            if (!(positions[0] + static_cast<double>(i) * increment == positions[i]))
-                return false;
-        return true;
-    };
-    const double step = positions[1] - positions[0];
-    const double mean = (positions.back() - positions[0]) / static_cast<double>(positions.size() - 1);
-    for (const double exact : {mean, step})
-        for (int digits = 6; digits <= 17; ++digits) // what somebody wrote down has few
-            if (char text[32]; true) {
-                const auto end = std::to_chars(text, text + sizeof text, exact, std::chars_format::scientific, digits);
-                double rounded = 0;
-                std::from_chars(text, end.ptr, rounded);
-                if (fits(rounded))
-                    return rounded;
-            }
+    const double first = positions.front(), last = positions.back();
+    const double steps = static_cast<double>(positions.size() - 1) / divisor;
+    const double mean = (last - first) / steps;
+    // More than the roundings of the last position and of the mean may shift it.
+    const double slack = 4 * std::numeric_limits<double>::epsilon() * std::max(std::abs(first), std::abs(last)) / steps;
+    double least = mean - slack, most = mean + slack;
+    for (int bit = 0; bit < std::numeric_limits<double>::digits; ++bit) {
+        const double increment = least + (most - least) / 2;
+        const Fit fit = FitIncrement(positions, increment / divisor);
+        if (fit.IsExact())
+            return FindShortest(positions, increment, divisor);
+        if (!fit.IsTooLow() && !fit.IsTooHigh())
+            return std::nullopt;
+        (fit.IsTooLow() ? least : most) = increment;
+    }
     return std::nullopt;
 }
 

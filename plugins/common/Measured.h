@@ -147,8 +147,9 @@ private:
 void SetPositions(Data2D& surface, const Axis& x, const Axis& y);
 void SetPositions(Data1D& profile, const Axis& x);
 
-/// The increment by which exactly these positions, bit by bit, follow from the first one; empty when there is none.
-std::optional<double> FindIncrement(std::span<const double> positions);
+/// The increment by which exactly these positions, bit by bit, follow from the first one, or what gives it when it is
+/// divided by `divisor`; empty when there is none.
+std::optional<double> FindIncrement(std::span<const double> positions, double divisor = 1);
 /// The scale in metres; empty for what is no length.
 std::optional<double> InMetres(const UnitizedDouble& value);
 

@@ -2,6 +2,7 @@
 #include "Gsf.h"
 
 #include <QorCore/BufferedStreams.h>
+#include <QorCore/MemoryStreams.h>
 
 #include <map>
 
@@ -133,6 +134,11 @@ std::string Gsf::Refusal(Core::BinaryInputStream& stream, std::uint64_t) {
 }
 
 void Gsf::Read(Core::BinaryInputStream& file, const Report& report, DataContainer& content) {
+    if (!file.BytesLeft()) { // the samples can only be trusted to be there when it is known how much is
+        const std::string bytes = ReadAll(file);
+        Core::MemoryInputStream memory(bytes.data(), bytes.size());
+        return Read(memory, report, content);
+    }
     Core::BufferedInputStream stream(file, 64 * 1024);
     const std::string text = ReadHeader(stream, report);
     if (!text.starts_with(gsfMagic))

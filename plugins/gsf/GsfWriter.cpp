@@ -3,23 +3,18 @@
 
 #include <Tivor/DataKinds.h>
 
-#include <charconv>
-
 namespace Qor::Tivor::Measurements {
 
 namespace {
 
-/// The shortest width that gives exactly this spacing when it is divided by the points.
-double WidthOf(double spacing, double points) {
-    const double product = spacing * points;
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, product, std::chars_format::general, 15);
-    double rounded = product;
-    std::from_chars(text, end.ptr, rounded);
-    for (const double width : {rounded, product, std::nextafter(product, 0.0), std::nextafter(product, 2 * product)})
-        if (width / points == spacing)
-            return width;
-    return product;
+/// The width of all pixels that gives exactly these positions when it is divided by the points.
+double WidthOf(double first, double spacing, std::uint64_t points) {
+    const auto numPoints = static_cast<double>(points);
+    std::vector<double> positions{first, first + spacing};
+    if (first != 0) // else a spacing is read again, and it tells all of them
+        for (std::uint64_t i = 2; i < points; ++i)
+            positions.push_back(first + static_cast<double>(i) * spacing);
+    return FindIncrement(positions, numPoints).value_or(spacing * numPoints);
 }
 
 class Writer {
@@ -68,14 +63,25 @@ private:
             m_report.Refuse(surface.GetKey(), "the same kind of unit along both dimensions",
                             Quote(x.unit->ToString()) + " and " + Quote(y.unit->ToString()));
         m_lateral = BaseUnitOf(x.unit);
-        AddLine("XReal", Core::GetNumberText(WidthOf(InBase(x.spacing, x), static_cast<double>(x.points))));
-        AddLine("YReal", Core::GetNumberText(WidthOf(InBase(y.spacing, y), static_cast<double>(y.points))));
+        AddWidth("XReal", x, surface);
+        AddWidth("YReal", y, surface);
         if (x.first != 0)
             AddLine("XOffset", Core::GetNumberText(InBase(x.first, x)));
         if (y.first != 0)
             AddLine("YOffset", Core::GetNumberText(InBase(y.first, y)));
         if (!m_lateral->GetSymbol().empty())
             AddLine("XYUnits", m_lateral->GetSymbol());
+    }
+
+    /// A single position tells no width.
+    void AddWidth(const std::string& name, const Axis& axis, const Measured& surface) {
+        if (axis.points == 1 && axis.spacing == 0)
+            return;
+        const double width = WidthOf(InBase(axis.first, axis), InBase(axis.spacing, axis), axis.points);
+        if (!(width > 0 && std::isfinite(width)))
+            m_report.Refuse(surface.GetKey(), "positions that increase by a spacing",
+                            "the spacing " + Quote(UnitizedDouble(axis.spacing, axis.unit).ToString()));
+        AddLine(name, Core::GetNumberText(width));
     }
 
     double InBase(double number, const Axis& axis) const {
