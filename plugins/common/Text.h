@@ -50,7 +50,9 @@ Unit BaseUnitOf(const Unit& unit);
 template <class T, class From>
 T RoundTo(From exact, bool& isRounded) {
     const auto rounded = static_cast<T>(exact);
-    isRounded = std::isfinite(static_cast<double>(exact)) && static_cast<From>(rounded) != exact;
+    // Holds each number of all types, on both systems.
+    isRounded = std::isfinite(static_cast<double>(exact)) &&
+                static_cast<long double>(rounded) != static_cast<long double>(exact);
     return rounded;
 }
 

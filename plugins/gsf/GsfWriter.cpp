@@ -130,10 +130,10 @@ private:
         static constexpr float missing = std::numeric_limits<float>::quiet_NaN();
         if (!std::isfinite(static_cast<double>(sample)))
             return missing;
-        bool isRounded = false;
-        const float rounded = scale == 1 ? RoundTo<float>(sample, isRounded)
-                                         : RoundTo<float>(static_cast<double>(sample) * scale, isRounded);
-        numRounded += isRounded;
+        bool isInexact = false, isRounded = false;
+        const double wide = RoundTo<double>(sample, isInexact);
+        const float rounded = RoundTo<float>(wide * scale, isRounded);
+        numRounded += isInexact || isRounded;
         return rounded;
     }
 

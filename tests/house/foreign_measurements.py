@@ -115,7 +115,9 @@ def read_gsf(path):
     expect(header["XYUnits"] == header["ZUnits"] == "m", header)
     heights = struct.unpack(f"<{size[0] * size[1]}f", data[begin:])
     spacing = [float(header["XReal"]) / size[0], float(header["YReal"]) / size[1]]
-    return size, grid(size, spacing, heights, 1)
+    points = grid(size, spacing, heights, 1)
+    offset = [float(header.get(name, 0)) for name in ("XOffset", "YOffset")]
+    return size, [[x + offset[0], y + offset[1], z] for x, y, z in points]
 
 
 def read_sdf(path):
@@ -125,6 +127,8 @@ def read_sdf(path):
     fields = dict(re.split(" *= *", line, maxsplit=1) for line in lines[1:])
     size = [int(fields["NumPoints"]), int(fields["NumProfiles"]), 1]
     heights = [math.nan if text == "BAD" else float(text) for text in samples.split()]
+    if fields["DataType"] == "3":
+        heights = [struct.unpack("f", struct.pack("f", height))[0] for height in heights]
     return size, grid(size, [float(fields["Xscale"]), float(fields["Yscale"])], heights, float(fields["Zscale"]))
 
 

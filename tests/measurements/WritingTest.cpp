@@ -105,37 +105,35 @@ const std::vector<Row>& GetRows() {
         {DataContainer::Create(),
          {{"refused: content: expected a surface or profile of real samples whose scale is a length, found none"},
           {"refused: content: expected a surface with samples, found none"},
-          {"refused: content: expected a surface or profile with samples, found none"}}},
+          {"refused: content: expected a surface or a profile with samples, found none"}}},
         {Holding(Surface<std::complex<double>>({1, 2})),
          {{"refused: content: expected a surface or profile of real samples whose scale is a length, found S of "
-           "Unknown "
-           "Type in \"0.5 m\""},
+           "complex in \"0.5 m\""},
           {"refused: S: expected real samples, found samples of complex"},
           {"refused: S: expected real samples, found samples of complex"}}},
         {Holding(Surface<float>({1, 2}, "Volt")),
          {{"refused: content: expected a surface or profile of real samples whose scale is a length, found S of float "
            "in "
            "\"0.5 V\""},
-          {},
-          {"refused: S: expected a scale in a unit of length, found \"0.5 V\""}}},
+          {"S: the format does not say what kind of data it holds; this is \"Height\""},
+          {"refused: S: expected samples whose scale is a length other than 0, found the scale \"0.5 V\""}}},
         {Holding(With([](Data2D& surface) { surface.RemovePositionInfo(); })),
          {{"refused: S: expected positions, which the format asks for, found none"},
           {"S: its positions are not known, and the format's readers take 1 for the width"},
-          {"refused: S: expected positions, which the format asks for, found none"}}},
+          {"refused: S: expected evenly spaced samples, their spacing a positive length, found no positions"}}},
         {Holding(With([](Data2D& surface) {
              surface.SetPositionFunction(std::make_shared<ArrayPosition2D>(Uneven("Micrometer")));
          })),
          {{},
           {"refused: S: expected evenly spaced samples, which are all that the format can hold, found uneven "
            "positions"},
-          {"refused: S: expected evenly spaced samples, which are all that the format can hold, found uneven "
-           "positions"}}},
+          {"refused: S: expected evenly spaced samples, their spacing a positive length, found uneven positions"}}},
         {Holding(With([](Data2D& surface) {
              surface.SetFixedSpacing(UnitizedDouble(1, "Second"), UnitizedDouble(1, "Second"));
          })),
          {{"refused: S: expected positions in a unit of length, found \"Second\""},
           {},
-          {"refused: S: expected positions in a unit of length, found \"Second\""}}},
+          {"refused: S: expected evenly spaced samples, their spacing a positive length, found the spacing \"1 s\""}}},
         {Holding(With([](Data2D& surface) {
              surface.SetDataKind(sPHASE_DATA);
              surface.SetOrigin(Data2D::eLOWER_LEFT);
@@ -148,8 +146,8 @@ const std::vector<Row>& GetRows() {
            "S: the format does not say in which corner the first sample lies"}}},
         {Holding(Surface<std::uint64_t>({1, 9007199254740993u})),
          {{"S: 1 of 2 samples are rounded to 64-bit floats"},
-          {"S: 2 of 2 samples are rounded to 32-bit floats in \"Meter\""},
-          {"S: 1 of 2 samples are rounded to 64-bit floats"}}},
+          {"S: 1 of 2 samples are rounded to 32-bit floats in \"Meter\""},
+          {"S: 1 of 2 samples are rounded to doubles"}}},
         {Holding(Surface<double>({1, 1e300}, "Meter")),
          {{}, {"refused: S: expected samples that 32-bit floats can hold, found 1e+300 times 0.5"}, {}}},
         {Crowded(),
