@@ -42,7 +42,10 @@ Quantities Scaled(std::vector<double> numbers, const UnitizedDouble& scale) {
 
 Quantities PositionsOf(const Core::QorConstArray<double>& positions,
                        const Core::QorConstPtr<Core::UnitDescriptor>& unit) {
-    return Scaled({positions.begin(), positions.end()}, UnitizedDouble(1, unit));
+    std::vector<double> steps(positions.begin(), positions.end());
+    for (double& step : steps)
+        step -= positions[0]; // where the first one lies, not each format can say
+    return Scaled(std::move(steps), UnitizedDouble(1, unit));
 }
 
 std::vector<double> SamplesOf(const Data2D& surface) {
