@@ -36,15 +36,10 @@ Axis ListedAxis(std::uint64_t points, const Core::QorConstArray<double>& list, c
     return axis;
 }
 
-double PositionAt(const Axis& axis, std::uint64_t index) {
-    return axis.IsEven() ? axis.first + static_cast<double>(index) * axis.spacing
-                         : axis.positions[static_cast<std::size_t>(index)];
-}
-
 boost::shared_array<double> ListPositions(const Axis& axis) {
     const auto list = AllocateArray<double>(static_cast<std::size_t>(axis.points));
     for (std::size_t i = 0; i < axis.points; ++i)
-        list.get()[i] = PositionAt(axis, i);
+        list.get()[i] = axis.At(i);
     return list;
 }
 
@@ -316,7 +311,7 @@ void WarnOfImplausibleLengths(const Report& report, const std::string& place, co
         double value, least, most;
     };
     const auto width = [](const Axis& axis) {
-        return axis.points < 2 ? 0 : std::abs(PositionAt(axis, axis.points - 1) - PositionAt(axis, 0));
+        return axis.points < 2 ? 0 : std::abs(axis.At(axis.points - 1) - axis.At(0));
     };
     const auto spacing = [&](const Axis& axis) {
         return axis.points < 2 ? 0 : width(axis) / static_cast<double>(axis.points - 1);

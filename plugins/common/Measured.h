@@ -26,6 +26,9 @@ struct Axis {
 
     bool IsKnown() const { return unit != nullptr; }
     bool IsEven() const { return positions.empty(); }
+    double At(std::uint64_t index) const {
+        return IsEven() ? first + static_cast<double>(index) * spacing : positions[static_cast<std::size_t>(index)];
+    }
     /// The same in metres. Empty when the unit is none of length.
     std::optional<Axis> InMetres() const;
 };

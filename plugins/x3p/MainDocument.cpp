@@ -16,9 +16,13 @@ namespace {
 
 class Handler final : public Core::XMLParseHandler {
 public:
-    Handler(MainDocument& document, const Core::XMLParserBody& parser) : m_document(document), m_parser(parser) {}
+    Handler(MainDocument& document, const Core::XMLParserBody& parser, const Report& report)
+        : m_document(document), m_parser(parser), m_report(report) {}
 
     void OnStartTag(const std::string& tag) override {
+        if (m_isPoint)
+            m_report.Fail(Core::FormatText("%1%, line %2%, Datum", {mainName, m_parser.GetPosition().line}), "numbers",
+                          "an element " + tag);
         m_isPoint = m_open.size() == depthOfPoints && tag == "Datum";
         m_text.clear();
         if (m_isPoint)
@@ -66,6 +70,7 @@ private:
 
     MainDocument& m_document;
     const Core::XMLParserBody& m_parser;
+    const Report& m_report;
     std::vector<Element*> m_open;
     std::string m_text;
     bool m_isPoint = false;
@@ -114,7 +119,7 @@ std::string Element::ToXML() const {
 MainDocument::MainDocument(const std::string& xml, const Report& report) {
     Core::MemoryInputStream stream(xml.data(), xml.size());
     Core::XMLParser<Handler> parser;
-    Handler handler(*this, parser);
+    Handler handler(*this, parser, report);
     try {
         parser.Parse(stream, handler);
     } catch (const Core::XMLParseError& error) {

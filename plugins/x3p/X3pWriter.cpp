@@ -63,7 +63,8 @@ public:
 
 private:
     static bool IsHeight(const Measured& measured) {
-        return measured.HasSamples() && measured.GetNumPoints() > 0 && InMetres(measured.GetScale()) &&
+        const auto scale = InMetres(measured.GetScale());
+        return measured.HasSamples() && measured.GetNumPoints() > 0 && scale && std::isfinite(*scale) &&
                measured.VisitSamples([](auto) {});
     }
 
@@ -159,11 +160,13 @@ private:
         if (!metres)
             m_report.Refuse(First().GetKey(), "positions in a unit of length", Quote(axis.unit->ToString()));
         coordinates.clear();
-        if (metres->IsEven())
+        const bool hasIncrement = std::isfinite(metres->first) && std::isfinite(metres->spacing) &&
+                                  (metres->spacing != 0 || metres->points < 2);
+        if (metres->IsEven() && hasIncrement)
             return {false, EStored::float64, metres->spacing, metres->first};
         const auto& size = m_document.size;
         for (std::uint64_t point = 0; point < size[0] * size[1] * size[2]; ++point)
-            coordinates.push_back(metres->positions[number == 0 ? point % size[0] : point / size[0] % size[1]]);
+            coordinates.push_back(metres->At(number == 0 ? point % size[0] : point / size[0] % size[1]));
         return {true, EStored::float64, 1, 0};
     }
 

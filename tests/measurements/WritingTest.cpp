@@ -135,6 +135,12 @@ const std::vector<Row>& GetRows() {
           {},
           {"refused: S: expected evenly spaced samples, their spacing a positive length, found the spacing \"1 s\""}}},
         {Holding(With([](Data2D& surface) {
+             surface.SetFixedSpacing(UnitizedDouble(0, "Meter"), UnitizedDouble(0, "Meter"));
+         })),
+         {{},
+          {"refused: S: expected positions that increase by a spacing, found the spacing \"0 m\""},
+          {"refused: S: expected evenly spaced samples, their spacing a positive length, found the spacing \"0 m\""}}},
+        {Holding(With([](Data2D& surface) {
              surface.SetDataKind(sPHASE_DATA);
              surface.SetOrigin(Data2D::eLOWER_LEFT);
          })),

@@ -160,6 +160,8 @@ const std::vector<Row>& GetRows() {
          {"error: main.xml, point 3 of DataList: expected a number of DataType I, found \"32768\""}},
         {Edited("<Datum>+3", "<Datum>1;2"),
          {"error: main.xml, point 3 of DataList: expected 1 numbers with ; between them, found \"1;2\""}},
+        {Edited("<Datum>+3", "<Datum><Datum/>+3"),
+         {"error: main.xml, line 11, Datum: expected numbers, found an element Datum"}},
         {Edited("2009-06-09T13:40:58.25", "9.6.2009 "),
          {"main.xml, line 7, Date: expected a date and time as 2009-06-09T13:40:58, found \"9.6.2009 +01:00\""}},
         {Edited(">Contacting<", ">N/A<"),
