@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <stdexcept>
 #include <string>
 
 namespace Bench {
@@ -13,6 +14,8 @@ class Stopwatch {
 public:
     void Start() { m_begin = Clock::now(); }
     void Stop() { m_seconds = std::chrono::duration<double>(Clock::now() - m_begin).count(); }
+    /// What somebody else measured counts instead.
+    void Take(double seconds) { m_seconds = seconds; }
     double GetSeconds() const { return m_seconds; }
 
 private:
@@ -40,6 +43,12 @@ template <class T>
 void Keep(const T& value) {
     benchmark::DoNotOptimize(value);
     benchmark::ClobberMemory();
+}
+
+/// A row whose work fails ends the program.
+inline void Require(bool condition, const char* what) {
+    if (!condition)
+        throw std::runtime_error(what);
 }
 
 /// Each program registers its rows here; `main` then runs them and prints the table.

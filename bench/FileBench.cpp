@@ -1,15 +1,13 @@
 // A matrix of 128 MiB to and from a file against one call of the system. The files stand in the directory
 // TIVOR_BENCH_DIRECTORY of the environment, else in that of the build; they are in the page cache when they are read.
 #include "Comparison.h"
+#include "ScratchFile.h"
 
 #include <QorCore/BufferedStreams.h>
 #include <Tivor/BinaryDataFile.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -23,27 +21,6 @@ using Matrix = Qor::Tivor::RowMajorMatrix<double>;
 
 constexpr std::size_t extent = 4096;
 constexpr std::size_t blockSize = extent * extent * sizeof(double);
-
-std::string Scratch(const std::string& name) {
-    const char* const directory = std::getenv("TIVOR_BENCH_DIRECTORY");
-    return std::string(directory != nullptr ? directory : TIVOR_BENCH_DIRECTORY) + "/tivor-bench-" + name;
-}
-
-/// Removes the file at the end of the row.
-struct ScratchFile {
-    explicit ScratchFile(const std::string& fileName) : name(Scratch(fileName)) { Remove(); }
-    ScratchFile(const ScratchFile&) = delete;
-    ScratchFile& operator=(const ScratchFile&) = delete;
-    ~ScratchFile() { Remove(); }
-    void Remove() const { unlink(name.c_str()); }
-
-    const std::string name;
-};
-
-void Require(bool condition, const char* what) {
-    if (!condition)
-        throw std::runtime_error(what);
-}
 
 Matrix MakeMatrix() {
     Matrix matrix(extent, extent);

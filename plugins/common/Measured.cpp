@@ -1,5 +1,7 @@
 #include "Measured.h"
 
+#include "Extremes.h"
+
 #include <QorCore/NumberText.h>
 
 #include <algorithm>
@@ -335,15 +337,9 @@ void WarnOfImplausibleLengths(const Report& report, const std::string& place, co
     const auto scale = InMetres(measured.GetScale());
     if (!x || !scale)
         return;
-    double lowest = std::numeric_limits<double>::infinity(), highest = -lowest;
-    measured.VisitSamples([&]<class T>(std::span<const T> samples) {
-        for (const T sample : samples)
-            if (const double height = static_cast<double>(sample) * *scale; std::isfinite(height)) {
-                lowest = std::min(lowest, height);
-                highest = std::max(highest, height);
-            }
-    });
-    WarnOfImplausibleLengths(report, place, *x, y ? *y : Axis{1, nullptr, 0, 0, {}}, lowest, highest);
+    Extremes<double> heights;
+    measured.VisitSamples([&](auto samples) { heights = FindHeights(samples, *scale); });
+    WarnOfImplausibleLengths(report, place, *x, y ? *y : Axis{1, nullptr, 0, 0, {}}, heights.lowest, heights.highest);
 }
 
 } // namespace Qor::Tivor::Measurements

@@ -7,13 +7,15 @@ namespace Qor::Tivor::Measurements {
 std::string ReadAll(Core::BinaryInputStream& stream) {
     static constexpr std::uint64_t piece = 64 * 1024;
     std::string text;
-    for (std::uint64_t got = 1; got != 0;) {
+    std::uint64_t wanted = 0, got = 0;
+    do {
         const std::size_t size = text.size();
-        const std::uint64_t wanted = std::max(piece, stream.BytesLeft().value_or(piece));
+        const auto left = stream.BytesLeft();
+        wanted = left ? *left + 1 : piece; // a byte that is missing tells the end, and no room is made for more
         text.resize(size + static_cast<std::size_t>(wanted));
         got = stream.Read(text.data() + size, wanted);
         text.resize(size + static_cast<std::size_t>(got));
-    }
+    } while (got == wanted);
     return text;
 }
 

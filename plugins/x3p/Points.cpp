@@ -239,11 +239,11 @@ private:
         if constexpr (hasNaN) {
             std::uint64_t numInfinite = 0;
             for (Matrix& layer : m_layers)
-                for (T& height : std::span<T>(layer.data(), layer.size()))
-                    if (std::isinf(height)) {
-                        height = std::numeric_limits<T>::quiet_NaN();
-                        ++numInfinite;
-                    }
+                for (T& height : std::span<T>(layer.data(), layer.size())) {
+                    const bool isInfinite = std::abs(height) == std::numeric_limits<T>::infinity();
+                    height = isInfinite ? std::numeric_limits<T>::quiet_NaN() : height;
+                    numInfinite += isInfinite;
+                }
             if (numInfinite > 0)
                 m_report.Deviates("points", "NaN or a bit of validity for missing points",
                                   std::to_string(numInfinite) + " infinities, which become NaN");
