@@ -7,14 +7,14 @@ namespace Qor::Tivor::Measurements {
 
 namespace {
 
-/// The width of all pixels that gives exactly these positions when it is divided by the points.
-double WidthOf(double first, double spacing, std::uint64_t points) {
+/// The width of all pixels that gives exactly these positions when it is divided by the points; empty when none does.
+std::optional<double> WidthOf(double first, double spacing, std::uint64_t points) {
     const auto numPoints = static_cast<double>(points);
     std::vector<double> positions{first, first + spacing};
     if (first != 0) // else a spacing is read again, and it tells all of them
         for (std::uint64_t i = 2; i < points; ++i)
             positions.push_back(first + static_cast<double>(i) * spacing);
-    return FindIncrement(positions, numPoints).value_or(spacing * numPoints);
+    return FindIncrement(positions, numPoints);
 }
 
 class Writer {
@@ -77,10 +77,14 @@ private:
     void AddWidth(const std::string& name, const Axis& axis, const Measured& surface) {
         if (axis.points == 1 && axis.spacing == 0)
             return;
-        const double width = WidthOf(InBase(axis.first, axis), InBase(axis.spacing, axis), axis.points);
+        const double spacing = InBase(axis.spacing, axis);
+        const auto exact = WidthOf(InBase(axis.first, axis), spacing, axis.points);
+        const double width = exact.value_or(spacing * static_cast<double>(axis.points));
         if (!(width > 0 && std::isfinite(width)))
             m_report.Refuse(surface.GetKey(), "positions that increase by a spacing",
                             "the spacing " + Quote(UnitizedDouble(axis.spacing, axis.unit).ToString()));
+        if (!exact)
+            m_report.Loses(surface.GetKey(), "the last digit of its spacing, which no width gives exactly");
         AddLine(name, Core::GetNumberText(width));
     }
 
