@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "Display.h"
+#include "Manual.h"
 
 #include <QorCore/Alert.h>
 #include <QorCore/Context.h>
@@ -73,7 +74,8 @@ public:
     CommandLine() {
         m_app.require_subcommand(1);
         m_app.footer("Keys are given one by one, from the outermost on. What follows \"--\" is taken as it is.\n"
-                     "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.");
+                     "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.\n"
+                     "\"tivor --man\" prints the manual page, \"tivor --completion\" the completion for bash.");
         AddFile(Add("info",
                     "What a file is; of a binary one only the headers are read, and, up to 64 MiB, measured arrays",
                     ShowInfo));
@@ -89,6 +91,8 @@ public:
     /// Returns the command, or null when all is said already.
     Command Parse(const std::vector<std::string>& words, std::ostream& out, std::ostream& err, int& status) {
         RequireCommand(words);
+        if (WritesOfItself(words, out))
+            return nullptr;
         std::vector<std::string> marked = Mark(words);
         std::reverse(marked.begin(), marked.end());
         try {
@@ -110,6 +114,17 @@ public:
     const Arguments& GetArguments() const { return m_arguments; }
 
 private:
+    bool WritesOfItself(const std::vector<std::string>& words, std::ostream& out) const {
+        const std::string option = words.size() == 1 ? words.front() : std::string();
+        if (option == "--man")
+            WriteManualPage(m_app, out);
+        else if (option == "--completion")
+            WriteCompletion(m_app, out);
+        else
+            return false;
+        return true;
+    }
+
     void RequireCommand(const std::vector<std::string>& words) const {
         if (words.empty() || IsOption(words.front()))
             return;
