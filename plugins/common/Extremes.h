@@ -37,9 +37,10 @@ Extremes<T> FindExtremes(std::span<const T> samples) {
             lowest[lane] = sample < lowest[lane] ? sample : lowest[lane];
             highest[lane] = sample > highest[lane] ? sample : highest[lane];
         }
-    for (const auto& some : {std::span<const T>(lowest), std::span<const T>(highest), samples.subspan(i)})
-        for (const T sample : some)
-            all.Add(sample);
+    all.lowest = *std::min_element(lowest, lowest + numLanes);
+    all.highest = *std::max_element(highest, highest + numLanes);
+    for (const T sample : samples.subspan(i))
+        all.Add(sample);
     return all;
 }
 
