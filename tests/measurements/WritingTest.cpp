@@ -185,7 +185,7 @@ TEST(MeasurementWriting, EndsWhereALossIsNotTaken) {
 
 // Whatever the length of the header is, the samples begin behind a zero byte, at a multiple of four.
 TEST(MeasurementWriting, PadsHeadersOfEachLength) {
-    for (const std::string& title : {"a", "ab", "abc", "abcd"}) {
+    for (const std::string title : {"a", "ab", "abc", "abcd"}) {
         const auto content = Holding(Usual());
         content->GetSubData({sMETA_DATA}, false)->PutValue(sDATASET_NAME, title);
         const auto again = Read(Write(*content, "Gwyddion Simple Field"));
