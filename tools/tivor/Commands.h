@@ -16,13 +16,14 @@ struct Arguments {
     std::string text;
     std::vector<std::string> words; ///< the keys; for `Set` the value behind them
     std::string type;
-    std::string number;    ///< of degrees, of a dimension
+    std::string number;    ///< of degrees, of a dimension, a tolerance
     std::string ranges[2]; ///< along dimension 1 and 2
     bool asJson = false;
     bool dropsUnread = false;
     bool creates = false;
     bool overwrites = false;
     bool checks = false;
+    bool onlyMeasured = false;
 };
 
 /// What commands print reaches the user when they return; when they raise something, only `err` does.
@@ -45,5 +46,8 @@ EStatus Flip(const Arguments& arguments, Console& console);
 EStatus Transpose(const Arguments& arguments, Console& console);
 EStatus Crop(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
+EStatus Diff(const Arguments& arguments, Console& console);
+EStatus Hash(const Arguments& arguments, Console& console);
+EStatus Check(const Arguments& arguments, Console& console);
 
 } // namespace Qor::Tivor::Tool

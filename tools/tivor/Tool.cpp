@@ -86,6 +86,7 @@ public:
         AddConvert();
         AddTurns();
         Add("types", "The file types, the built-in classes and the plug-ins", ShowTypes);
+        AddComparisons();
     }
 
     /// Returns the command, or null when all is said already.
@@ -226,6 +227,29 @@ private:
                       "their order, exchanged with the dimensions, or cut with the samples; a fixed spacing does not\n"
                       "tell where a block was. What else is left out is told. All other entries stay as they are.");
         return added;
+    }
+
+    void AddComparisons() {
+        CLI::App* const diff = Add("diff", "What differs between two files, of whatever types", Diff);
+        diff->add_option("A", m_arguments.file, "A data file")->type_name("")->required();
+        diff->add_option("B", m_arguments.target, "Another one")->type_name("")->required();
+        diff->add_option("--tol", m_arguments.number,
+                         "By how much samples may differ, with a unit of their dimension, as 0.1nm or \"5 um\"; a "
+                         "number alone is for plain numbers")
+            ->type_name("TOLERANCE");
+        diff->add_flag("--data", m_arguments.onlyMeasured, "Measured arrays only");
+        diff->footer("Surfaces and profiles are compared by what they mean, in SI units: samples, missing points,\n"
+                     "positions, points, kind. Without --tol samples must be equal as doubles, but for 1e-15 of the\n"
+                     "value where units or scales differ; so must positions. Other entries are compared by their\n"
+                     "values. Element types and the name of a file's only surface are notes, and no difference.\n"
+                     "Exit status: 0 the same; 1 they differ; 2 an error.");
+        CLI::App* const hash =
+            AddKeys(AddFile(Add("hash", "A hash of what was measured, the same in every file type", Hash)));
+        hash->footer("XXH3-128 of samples, units and positions of each surface and profile, in SI units, whatever\n"
+                     "their element type, storage order, unit and scale; and one of all. Names and metadata are no\n"
+                     "part of it.");
+        AddFile(Add("check", "What in a file deviates from its format, or is implausible", Check))
+            ->footer("Exit status: 0 nothing; 1 something; 2 the file cannot be read.");
     }
 
     Arguments m_arguments;
