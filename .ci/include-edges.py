@@ -25,7 +25,8 @@ TIVOR_HEADERS = {
     "container": "DataContainer",
     "files": "DataFile DataFileTypeManager BinaryDataFile XMLDataFile",
     "properties": "PropertyContainer PropertyHandlers",
-    "arrays": "Position1D Position2D MeasuredArray Data1D Data2D MatrixView SampleStatistics Data2DOperation",
+    "arrays": "Position1D Position2D MeasuredArray Data1D Data2D MatrixView SampleStatistics LengthBounds "
+    "Data2DOperation",
     "datasets": "DataKinds DataChannel DataSet Codec",
 }
 LAYER_OF_HEADER = {f"include/Tivor/{name}.h": layer for layer, names in TIVOR_HEADERS.items() for name in names.split()}

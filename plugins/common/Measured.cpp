@@ -3,6 +3,7 @@
 #include "Extremes.h"
 
 #include <QorCore/NumberText.h>
+#include <Tivor/LengthBounds.h>
 
 #include <algorithm>
 #include <charconv>
@@ -106,8 +107,6 @@ double FindShortest(std::span<const double> positions, double increment, double 
         }
     return increment;
 }
-
-bool MeasuresNothing(double width) { return !std::isfinite(width) || width == 0; }
 
 } // namespace
 
@@ -306,30 +305,28 @@ std::optional<double> InMetres(const UnitizedDouble& value) {
     return value.ConvertTo(lengthUnit).GetValue();
 }
 
+namespace {
+
+void WarnUnless(const LengthBound& bound, double length, const Report& report, const std::string& place) {
+    if (!bound.Accepts(length))
+        report.Deviates(place, bound.Expectation(), LengthBound::Finding(length));
+}
+
+} // namespace
+
 void WarnOfImplausibleLengths(const Report& report, const std::string& place, const Axis& x, const Axis& y,
                               double lowest, double highest) {
-    struct Bound {
-        const char* what;
-        double value, least, most;
-    };
     const auto width = [](const Axis& axis) {
         return axis.points < 2 ? 0 : std::abs(axis.At(axis.points - 1) - axis.At(0));
     };
     const auto spacing = [&](const Axis& axis) {
         return axis.points < 2 ? 0 : width(axis) / static_cast<double>(axis.points - 1);
     };
-    static constexpr double closest = 1e-12, farthest = 1e-3, widest = 1, highestStep = 0.1;
-    const Bound bounds[] = {{"samples along x", spacing(x), closest, farthest},
-                            {"samples along y", spacing(y), closest, farthest},
-                            {"ends along x", width(x), closest, widest},
-                            {"ends along y", width(y), closest, widest},
-                            {"lowest and highest point", highest - lowest, 0, highestStep}};
-    for (const Bound& bound : bounds)
-        if (!MeasuresNothing(bound.value) && (bound.value < bound.least || bound.value > bound.most))
-            report.Deviates(place,
-                            Core::FormatText("%1% %2% m to %3% m apart", {bound.what, Core::GetNumberText(bound.least),
-                                                                          Core::GetNumberText(bound.most)}),
-                            Core::GetNumberText(bound.value) + " m, which is implausible; the unit may be another one");
+    WarnUnless(lengthBoundsAlongX.samples, spacing(x), report, place);
+    WarnUnless(lengthBoundsAlongY.samples, spacing(y), report, place);
+    WarnUnless(lengthBoundsAlongX.ends, width(x), report, place);
+    WarnUnless(lengthBoundsAlongY.ends, width(y), report, place);
+    WarnUnless(heightBound, highest - lowest, report, place);
 }
 
 void WarnOfImplausibleLengths(const Report& report, const std::string& place, const Measured& measured) {

@@ -156,8 +156,7 @@ std::optional<double> FindIncrement(std::span<const double> positions, double di
 /// The scale in metres; empty for what is no length.
 std::optional<double> InMetres(const UnitizedDouble& value);
 
-/// Warns when a measurement cannot be meant in metres: of fields wider than 1 m, samples farther apart than 1 mm or
-/// closer than 1 pm, or heights that differ by more than 0.1 m. Nothing is ever rescaled.
+/// Warns of lengths beyond `LengthBounds`. Nothing is ever rescaled.
 void WarnOfImplausibleLengths(const Report& report, const std::string& place, const Axis& x, const Axis& y,
                               double lowest, double highest);
 /// The same, for the samples of a measured array whose scale is in metres.

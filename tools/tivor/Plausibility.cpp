@@ -1,7 +1,6 @@
 #include "Plausibility.h"
 
-#include <QorCore/Message.h>
-#include <QorCore/NumberText.h>
+#include <Tivor/LengthBounds.h>
 
 #include <algorithm>
 #include <cmath>
@@ -83,31 +82,25 @@ private:
             Add(Finding::eIMPLAUSIBLE, where, "positions in one direction", "some that turn back or do not advance");
     }
 
-    void CheckLength(const char* what, double value, double least, double most) {
-        if (std::isfinite(value) && value != 0 && (value < least || value > most))
-            Add(Finding::eIMPLAUSIBLE, "",
-                Core::FormatText("%1% %2% m to %3% m apart",
-                                 {what, Core::GetNumberText(least), Core::GetNumberText(most)}),
-                Core::GetNumberText(value) + " m, which is implausible; the unit may be another one");
+    void CheckLength(const LengthBound& bound, double metres) {
+        if (!bound.Accepts(metres))
+            Add(Finding::eIMPLAUSIBLE, "", bound.Expectation(), LengthBound::Finding(metres));
     }
 
-    void CheckAxis(const Positions& positions, const char* ofSamples, const char* ofEnds) {
-        static constexpr double closest = 1e-12, farthest = 1e-3, widest = 1;
+    void CheckAxis(const Positions& positions, const LengthBounds& bounds) {
         const auto& numbers = positions.numbers;
         if (positions.exponents != length || numbers.size() < 2)
             return;
         const double width = std::abs(numbers.back() - numbers.front());
-        CheckLength(ofSamples, width / static_cast<double>(numbers.size() - 1), closest, farthest);
-        CheckLength(ofEnds, width, closest, widest);
+        CheckLength(bounds.samples, width / static_cast<double>(numbers.size() - 1));
+        CheckLength(bounds.ends, width);
     }
 
-    /// In the words of those who read formats of measurements.
     void CheckLengths() {
-        static constexpr double highestStep = 0.1;
         const auto& positions = m_measurement.positions;
-        CheckAxis(positions.back(), "samples along x", "ends along x");
+        CheckAxis(positions.back(), lengthBoundsAlongX);
         if (positions.size() > 1)
-            CheckAxis(positions.front(), "samples along y", "ends along y");
+            CheckAxis(positions.front(), lengthBoundsAlongY);
         if (m_measurement.samples.exponents != length)
             return;
         double lowest = HUGE_VAL, highest = -HUGE_VAL;
@@ -116,7 +109,7 @@ private:
                 lowest = std::min(lowest, height);
                 highest = std::max(highest, height);
             }
-        CheckLength("lowest and highest point", highest - lowest, 0, highestStep);
+        CheckLength(heightBound, highest - lowest);
     }
 
     const Measurement& m_measurement;

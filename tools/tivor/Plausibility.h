@@ -14,9 +14,7 @@ struct Finding {
     EKind kind = eDEVIATION;
 };
 
-/// Of numbers that stand for something: spacings, scales, positions, lengths, units. Lengths are implausible beyond the
-/// bounds that formats of measurements have: points closer than 1 pm or farther apart than 1 mm, fields wider than 1 m,
-/// heights that differ by more than 0.1 m.
+/// Of numbers that stand for something: spacings, scales, positions, units, and lengths beyond `LengthBounds`.
 std::vector<Finding> CheckMeasurement(const Measurement& measurement);
 
 } // namespace Qor::Tivor::Tool
