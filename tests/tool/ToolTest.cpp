@@ -221,8 +221,9 @@ TEST_F(ToolTest, SaysWhatIsWrong) {
     } rows[] = {
         {{}, "A subcommand is required"},
         {{"dance"},
-         "Expected one of the commands info, ls, get, set, import, convert, rotate, flip, transpose, crop, types, "
-         "found dance"},
+         "Expected one of the commands info, ls, get, set, import, convert, rotate, flip, transpose, crop, render, "
+         "report, "
+         "types, found dance"},
         {{"ls"}, "FILE is required"},
         {{"ls", file, "--unheard"}, "--unheard"},
         {{"set", file, "a"}, "Expected one key or more and then a value"},

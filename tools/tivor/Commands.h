@@ -23,6 +23,7 @@ struct Arguments {
     bool creates = false;
     bool overwrites = false;
     bool checks = false;
+    bool drawsProfile = false;
 };
 
 /// What commands print reaches the user when they return; when they raise something, only `err` does.
@@ -44,6 +45,8 @@ EStatus Rotate(const Arguments& arguments, Console& console);
 EStatus Flip(const Arguments& arguments, Console& console);
 EStatus Transpose(const Arguments& arguments, Console& console);
 EStatus Crop(const Arguments& arguments, Console& console);
+EStatus Render(const Arguments& arguments, Console& console);
+EStatus Report(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
 
 } // namespace Qor::Tivor::Tool
