@@ -22,7 +22,8 @@ table { border-collapse: collapse; font-size: .9rem; font-variant-numeric: tabul
 th, td { padding: .35rem .8rem; border-bottom: 1px solid var(--line); text-align: left; vertical-align: top; }
 th { font-weight: 600; }
 td { white-space: pre-wrap; overflow-wrap: anywhere; }
-.numbers th, .numbers td { white-space: nowrap; padding: .35rem .6rem; }
+.numbers { font-size: .82rem; }
+.numbers th, .numbers td { white-space: nowrap; padding: .35rem .45rem; }
 tr:nth-child(even) { background: var(--band); }
 pre { margin: 0; padding: 1rem; overflow-x: auto; border-radius: 6px; background: var(--band); font-size: .8rem; }
 img { display: block; max-width: 100%; height: auto; margin: .75rem 0; border: 1px solid var(--line); border-radius: 6px; }
