@@ -84,6 +84,13 @@ build_libzip() {
         -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF
 }
 
+# The library alone, which takes the zlib that stands there.
+build_libpng() {
+    fetch libpng1.6
+    install_from "$work/libpng1.6" -DZLIB_INCLUDE_DIR="$prefix/include" -DZLIB_LIBRARY="$prefix/lib/libz.a" \
+        -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF -DPNG_EXECUTABLES=OFF
+}
+
 # provide NAME: runs build_NAME unless it succeeded before; what that says is shown only when it fails.
 provide() {
     local log=$prefix/$1.log status
@@ -106,4 +113,5 @@ provide expat
 provide gtest
 provide zlib
 provide libzip
+provide libpng
 rm -rf "$work"

@@ -24,6 +24,7 @@ struct Arguments {
     bool overwrites = false;
     bool checks = false;
     bool onlyMeasured = false;
+    bool drawsProfile = false;
 };
 
 /// What commands print reaches the user when they return; when they raise something, only `err` does.
@@ -45,6 +46,8 @@ EStatus Rotate(const Arguments& arguments, Console& console);
 EStatus Flip(const Arguments& arguments, Console& console);
 EStatus Transpose(const Arguments& arguments, Console& console);
 EStatus Crop(const Arguments& arguments, Console& console);
+EStatus Render(const Arguments& arguments, Console& console);
+EStatus Report(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
 EStatus Diff(const Arguments& arguments, Console& console);
 EStatus Hash(const Arguments& arguments, Console& console);

@@ -85,6 +85,7 @@ public:
         AddImport();
         AddConvert();
         AddTurns();
+        AddPictures();
         Add("types", "The file types, the built-in classes and the plug-ins", ShowTypes);
         AddComparisons();
     }
@@ -250,6 +251,24 @@ private:
                      "part of it.");
         AddFile(Add("check", "What in a file deviates from its format, or is implausible", Check))
             ->footer("Exit status: 0 nothing; 1 something; 2 the file cannot be read.");
+    }
+
+    void AddPictures() {
+        CLI::App* const render = AddFile(Add("render", "Makes a picture of a surface or a profile, as PNG", Render));
+        render->add_option("PNG", m_arguments.target, "The new file")->type_name("")->required();
+        AddKeys(render);
+        render->add_flag("--profile", m_arguments.drawsProfile, "Of a surface the row in the middle as a line");
+        render
+            ->add_option("--width", m_arguments.number,
+                         "Of the longer side of a surface, or of the picture of a profile; 1000 unless given")
+            ->type_name("PIXELS");
+        render->add_flag("--force", m_arguments.overwrites, "Replaces a file that exists");
+        render->footer("Where the keys do not lead to one surface or profile: the primary surface of a data set, else\n"
+                       "the first surface below them, else the first profile.");
+        CLI::App* const report =
+            AddFile(Add("report", "Tells all about a file, with pictures, as a page of HTML", Report));
+        report->add_option("HTML", m_arguments.target, "The new file")->type_name("")->required();
+        report->add_flag("--force", m_arguments.overwrites, "Replaces a file that exists");
     }
 
     Arguments m_arguments;
