@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Ledger.h"
+#include "Progress.h"
+
 #include <ostream>
 #include <string>
 #include <vector>
@@ -23,15 +26,19 @@ struct Arguments {
     bool creates = false;
     bool overwrites = false;
     bool checks = false;
+    std::string elementType;
+    std::vector<std::string> channels;
+    bool isStrict = false;
 };
 
 /// What commands print reaches the user when they return; when they raise something, only `err` does.
 struct Console {
     std::ostream& out;
     std::ostream& err;
-    std::string warnsOf; ///< what the warnings are about, where the user does not know
+    std::string warnsOf{}; ///< what the warnings are about, where the user does not know
     bool hidesWarnings = false;
-    std::size_t numLosses = 0; ///< warnings that something will not stand in the file that is written
+    Ledger losses{}; ///< what writers warned of
+    Progress progress{nullptr};
 };
 
 EStatus ShowInfo(const Arguments& arguments, Console& console);
@@ -45,5 +52,6 @@ EStatus Flip(const Arguments& arguments, Console& console);
 EStatus Transpose(const Arguments& arguments, Console& console);
 EStatus Crop(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
+EStatus ShowPlugIns(const Arguments& arguments, Console& console);
 
 } // namespace Qor::Tivor::Tool

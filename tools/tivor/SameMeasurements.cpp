@@ -3,12 +3,9 @@
 #include "Display.h"
 
 #include <Tivor/Codec.h>
-#include <Tivor/MatrixView.h>
 
 #include <algorithm>
 #include <cmath>
-#include <span>
-#include <type_traits>
 
 namespace Qor::Tivor::Tool {
 
@@ -22,89 +19,51 @@ bool MeansSame(double left, double right) {
     return std::abs(left - right) <= tolerance * std::max(std::abs(left), std::abs(right));
 }
 
-/// Numbers in SI units.
-struct Quantities {
-    bool operator==(const Quantities& other) const {
-        return exponents == other.exponents &&
-               std::equal(numbers.begin(), numbers.end(), other.numbers.begin(), other.numbers.end(), MeansSame);
-    }
-
-    Core::UnitDescriptor::Exponents exponents{};
-    std::vector<double> numbers;
-};
-
-Quantities Scaled(std::vector<double> numbers, const UnitizedDouble& scale) {
-    const double factor = scale.GetSIValue();
-    for (double& number : numbers)
-        number *= factor;
-    return {scale.GetUnits()->GetExponents(), std::move(numbers)};
-}
-
 Quantities PositionsOf(const Core::QorConstArray<double>& positions,
                        const Core::QorConstPtr<Core::UnitDescriptor>& unit) {
+    const UnitizedDouble scale(1, unit);
+    const double factor = scale.GetSIValue();
     std::vector<double> steps(positions.begin(), positions.end());
     for (double& step : steps)
-        step -= positions[0]; // where the first one lies, not each format can say
-    return Scaled(std::move(steps), UnitizedDouble(1, unit));
+        step = (step - positions[0]) * factor; // where the first one lies, not each format can say
+    return {scale.GetUnits()->GetExponents(), std::move(steps)};
 }
-
-std::vector<double> SamplesOf(const Data2D& surface) {
-    std::vector<double> samples;
-    const auto read = [&]<class T>(std::type_identity<T>) {
-        const MatrixView<const T> view(surface);
-        for (std::size_t i = 0; i < view.size1(); ++i)
-            for (std::size_t j = 0; j < view.size2(); ++j)
-                samples.push_back(static_cast<double>(view(i, j)));
-    };
-    switch (surface.GetMatrixDataObject() ? surface.GetValueType() : eNO_TYPE) {
-#define TIVOR_ROW(T, STEM, code, position, name)                                                                       \
-    case e##STEM:                                                                                                      \
-        read(std::type_identity<T>());                                                                                 \
-        break;
-        TIVOR_NUMERIC_TYPES(TIVOR_ROW)
-#undef TIVOR_ROW
-    default:
-        break;
-    }
-    return samples;
-}
-
-std::vector<double> SamplesOf(const Data1D& profile) {
-    std::vector<double> samples;
-    const auto read = [&]<class T>(std::type_identity<T>) {
-        for (const T sample : profile.GetSamples<T>())
-            samples.push_back(static_cast<double>(sample));
-    };
-#define TIVOR_ROW(T, STEM, code, position, name) read(std::type_identity<T>());
-    TIVOR_NUMERIC_TYPES(TIVOR_ROW)
-#undef TIVOR_ROW
-    return samples;
-}
-
-struct Measurement {
-    bool MeansSameAs(const Measurement& other) const {
-        return points == other.points && heights == other.heights && positions == other.positions;
-    }
-
-    std::string key;
-    std::vector<std::uint64_t> points;
-    Quantities heights;
-    std::vector<Quantities> positions;
-};
 
 Measurement Describe(const std::string& key, const Data2D& surface) {
     return {key,
-            {surface.GetNumDimension1Points(), surface.GetNumDimension2Points()},
-            Scaled(SamplesOf(surface), surface.GetDataScale()),
+            surface.GetValueTypeName(),
+            surface.GetDataScale(),
+            Samples(surface),
             {PositionsOf(surface.GetDim1PositionArray(), surface.GetDim1PositionUnits()),
              PositionsOf(surface.GetDim2PositionArray(), surface.GetDim2PositionUnits())}};
 }
 
 Measurement Describe(const std::string& key, const Data1D& profile) {
     return {key,
-            {profile.GetNumPoints()},
-            Scaled(SamplesOf(profile), profile.GetDataScale()),
+            profile.GetValueTypeName(),
+            profile.GetDataScale(),
+            Samples(profile),
             {PositionsOf(profile.GetPositionArray(), profile.GetPositionUnits())}};
+}
+
+} // namespace
+
+bool Quantities::operator==(const Quantities& other) const {
+    return exponents == other.exponents &&
+           std::equal(numbers.begin(), numbers.end(), other.numbers.begin(), other.numbers.end(), MeansSame);
+}
+
+bool Measurement::MeansSameAs(const Measurement& other) const {
+    if (!HasSamePoints(other) || positions != other.positions ||
+        scale.GetUnits()->GetExponents() != other.scale.GetUnits()->GetExponents())
+        return false;
+    const double factor = scale.GetSIValue(), otherFactor = other.scale.GetSIValue();
+    for (std::size_t row = 0; row < samples.NumRows(); ++row)
+        for (std::size_t column = 0; column < samples.NumColumns(); ++column)
+            if (!MeansSame(static_cast<double>(samples.At(row, column)) * factor,
+                           static_cast<double>(other.samples.At(row, column)) * otherFactor))
+                return false;
+    return true;
 }
 
 std::vector<Measurement> ListMeasurements(const DataContainer& container) {
@@ -125,8 +84,6 @@ std::vector<Measurement> ListMeasurements(const DataContainer& container) {
             list.push_back(Describe(key, std::as_const(*profile)));
     return list;
 }
-
-} // namespace
 
 std::string FindForeignMeasurement(const DataContainer& expected, const DataContainer& found) {
     const std::vector<Measurement> ours = ListMeasurements(expected);
