@@ -8,7 +8,6 @@
 #include <QorCore/PathName.h>
 #include <Tivor/DataSet.h>
 
-#include <optional>
 #include <unordered_set>
 
 namespace Qor::Tivor::Tool {
@@ -77,16 +76,21 @@ Parent FindParent(DataFile& file, const Path& keys) {
                           {ShowPath(above), Show(object->GetTypeName())}));
 }
 
-/// A data set whose channels follow when the kind of an array changes; empty where that is not so.
-std::optional<DataSet> FollowKinds(DataFile& file, const Path& keys) {
-    const bool isInSet = keys.size() == 3 && (keys[0] == DataSet::s2D_DATA || keys[0] == DataSet::s1D_DATA);
-    if (!isInSet || keys[2] != "DataKind" || !DataSet::IsDataSetFormat(file))
-        return std::nullopt;
-    std::optional<DataSet> set(std::in_place, file);
+/// Changes the kind of an array in a data set, whose channels follow.
+template <class Change>
+void ChangeKind(DataFile& file, const Path& keys, Change change) {
+    DataSet set(file);
     std::unordered_set<std::string> names;
-    set->GetData2DChannels(names);
-    set->GetData1DChannels(names);
-    return set;
+    set.GetData2DChannels(names); // which are known from then on
+    set.GetData1DChannels(names);
+    change();
+    DataContainer& items = keys[0] == DataSet::s2D_DATA ? set.AllData2D() : set.AllData1D();
+    items.Put(keys[1], items.Get(keys[1])); // tells that it is another one
+}
+
+bool IsKindInDataSet(const DataFile& file, const Path& keys) {
+    return keys.size() == 3 && (keys[0] == DataSet::s2D_DATA || keys[0] == DataSet::s1D_DATA) &&
+           keys[2] == "DataKind" && DataSet::IsDataSetFormat(file);
 }
 
 void RequireClass(const Change& change, const DataObject& object) {
@@ -135,9 +139,11 @@ void ApplyTo(DataContainer& parent, Change& change) {
 
 void Apply(DataFile& file, Change& change) {
     const Parent parent = FindParent(file, change.keys);
-    if (parent.properties) {
-        const auto set = FollowKinds(file, change.keys);
-        ApplyTo(*parent.properties, change);
+    const auto apply = [&] { ApplyTo(*parent.properties, change); };
+    if (parent.properties && IsKindInDataSet(file, change.keys)) {
+        ChangeKind(file, change.keys, apply);
+    } else if (parent.properties) {
+        apply();
     } else {
         ApplyTo(*parent.container, change);
     }
