@@ -53,8 +53,14 @@ bool Quantities::operator==(const Quantities& other) const {
            std::equal(numbers.begin(), numbers.end(), other.numbers.begin(), other.numbers.end(), MeansSame);
 }
 
+// A surface of a single row may have become a profile, which has no positions along y.
+bool Measurement::HasSamePositions(const Measurement& other) const {
+    return positions.back() == other.positions.back() &&
+           (positions.size() != other.positions.size() || positions.front() == other.positions.front());
+}
+
 bool Measurement::MeansSameAs(const Measurement& other) const {
-    if (!HasSamePoints(other) || positions != other.positions ||
+    if (!HasSamePoints(other) || !HasSamePositions(other) ||
         scale.GetUnits()->GetExponents() != other.scale.GetUnits()->GetExponents())
         return false;
     const double factor = scale.GetSIValue(), otherFactor = other.scale.GetSIValue();

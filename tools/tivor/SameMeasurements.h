@@ -22,6 +22,7 @@ struct Measurement {
     bool HasSamePoints(const Measurement& other) const {
         return samples.NumRows() == other.samples.NumRows() && samples.NumColumns() == other.samples.NumColumns();
     }
+    bool HasSamePositions(const Measurement& other) const;
     /// As far as formats of measurements can keep it: the same points, missing ones among them, heights and distances
     /// that mean the same but for the rounding of 32-bit floats.
     bool MeansSameAs(const Measurement& other) const;
