@@ -25,7 +25,7 @@ double FindDistance(long double left, double leftFactor, long double right, doub
     return std::abs(static_cast<double>(left) * leftFactor - static_cast<double>(right) * rightFactor);
 }
 
-Rounding FindRounding(const Measurement& source, const Measurement& written) {
+Rounding FindRounding(const SampledArray& source, const SampledArray& written) {
     const double factor = source.scale.GetSIValue(), otherFactor = written.scale.GetSIValue();
     Rounding rounding{source.samples.NumRows() * source.samples.NumColumns()};
     for (std::size_t row = 0; row < source.samples.NumRows(); ++row)
@@ -58,7 +58,7 @@ LedgerEntry* FindRounded(Ledger& ledger, const std::string& place) {
     return found != ledger.end() ? &*found : nullptr;
 }
 
-void Compare(const Measurement& source, const Measurement& written, Ledger& ledger) {
+void Compare(const SampledArray& source, const SampledArray& written, Ledger& ledger) {
     if (source.valueType != written.valueType)
         ledger.push_back({LedgerEntry::eRETYPED, source.key,
                           "samples of " + source.valueType + " are written as " + written.valueType});
@@ -76,9 +76,9 @@ void Compare(const Measurement& source, const Measurement& written, Ledger& ledg
 }
 
 /// What was written of an array, which may have another key then.
-const Measurement* FindWritten(const Measurement& source, const std::vector<Measurement>& written) {
-    const Measurement* found = nullptr;
-    for (const Measurement& candidate : written)
+const SampledArray* FindWritten(const SampledArray& source, const std::vector<SampledArray>& written) {
+    const SampledArray* found = nullptr;
+    for (const SampledArray& candidate : written)
         if (candidate.key == source.key && candidate.HasSamePoints(source))
             return &candidate;
         else if (found == nullptr && source.MeansSameAs(candidate))
@@ -88,10 +88,10 @@ const Measurement* FindWritten(const Measurement& source, const std::vector<Meas
 
 } // namespace
 
-void CompareMeasurements(const DataContainer& source, const DataContainer& written, Ledger& ledger) {
-    const std::vector<Measurement> theirs = ListMeasurements(written);
-    for (const Measurement& our : ListMeasurements(source)) {
-        if (const Measurement* const their = FindWritten(our, theirs))
+void TellChanges(const DataContainer& source, const DataContainer& written, Ledger& ledger) {
+    const std::vector<SampledArray> theirs = ListSampledArrays(written);
+    for (const SampledArray& our : ListSampledArrays(source)) {
+        if (const SampledArray* const their = FindWritten(our, theirs))
             Compare(our, *their, ledger);
         else if (std::none_of(ledger.begin(), ledger.end(),
                               [&](const LedgerEntry& entry) { return entry.place == our.key; }))

@@ -75,7 +75,7 @@ std::uint64_t Save(const DataContainer& entries, Conversion& conversion, const A
         conversion.ledger.insert(conversion.ledger.end(), console.losses.begin(), console.losses.end());
         TellStage("comparing", conversion, console);
         if (retyped || !isSame)
-            CompareMeasurements(entries, written, conversion.ledger);
+            TellChanges(entries, written, conversion.ledger);
         if (arguments.isStrict)
             RequireEmpty(conversion.ledger, conversion.target);
         conversion.deviates = !conversion.ledger.empty();

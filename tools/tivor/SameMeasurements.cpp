@@ -19,8 +19,8 @@ bool MeansSame(double left, double right) {
     return std::abs(left - right) <= tolerance * std::max(std::abs(left), std::abs(right));
 }
 
-Quantities PositionsOf(const Core::QorConstArray<double>& positions,
-                       const Core::QorConstPtr<Core::UnitDescriptor>& unit) {
+AxisPositions PositionsOf(const Core::QorConstArray<double>& positions,
+                          const Core::QorConstPtr<Core::UnitDescriptor>& unit) {
     const UnitizedDouble scale(1, unit);
     const double factor = scale.GetSIValue();
     std::vector<double> steps(positions.begin(), positions.end());
@@ -29,7 +29,7 @@ Quantities PositionsOf(const Core::QorConstArray<double>& positions,
     return {scale.GetUnits()->GetExponents(), std::move(steps)};
 }
 
-Measurement Describe(const std::string& key, const Data2D& surface) {
+SampledArray Describe(const std::string& key, const Data2D& surface) {
     return {key,
             surface.GetValueTypeName(),
             surface.GetDataScale(),
@@ -38,7 +38,7 @@ Measurement Describe(const std::string& key, const Data2D& surface) {
              PositionsOf(surface.GetDim2PositionArray(), surface.GetDim2PositionUnits())}};
 }
 
-Measurement Describe(const std::string& key, const Data1D& profile) {
+SampledArray Describe(const std::string& key, const Data1D& profile) {
     return {key,
             profile.GetValueTypeName(),
             profile.GetDataScale(),
@@ -48,18 +48,18 @@ Measurement Describe(const std::string& key, const Data1D& profile) {
 
 } // namespace
 
-bool Quantities::operator==(const Quantities& other) const {
+bool AxisPositions::operator==(const AxisPositions& other) const {
     return exponents == other.exponents &&
            std::equal(numbers.begin(), numbers.end(), other.numbers.begin(), other.numbers.end(), MeansSame);
 }
 
 // A surface of a single row may have become a profile, which has no positions along y.
-bool Measurement::HasSamePositions(const Measurement& other) const {
+bool SampledArray::HasSamePositions(const SampledArray& other) const {
     return positions.back() == other.positions.back() &&
            (positions.size() != other.positions.size() || positions.front() == other.positions.front());
 }
 
-bool Measurement::MeansSameAs(const Measurement& other) const {
+bool SampledArray::MeansSameAs(const SampledArray& other) const {
     if (!HasSamePoints(other) || !HasSamePositions(other) ||
         scale.GetUnits()->GetExponents() != other.scale.GetUnits()->GetExponents())
         return false;
@@ -72,12 +72,12 @@ bool Measurement::MeansSameAs(const Measurement& other) const {
     return true;
 }
 
-std::vector<Measurement> ListMeasurements(const DataContainer& container) {
+std::vector<SampledArray> ListSampledArrays(const DataContainer& container) {
     const auto copy = std::make_shared<DataContainer>(container); // a data set may complete what it is made of
     if (const auto metaData = container.GetPtr<DataContainer>(sMETA_DATA))
         copy->Put(sMETA_DATA, metaData->Clone());
     const auto set = Decode(copy, {});
-    std::vector<Measurement> list;
+    std::vector<SampledArray> list;
     std::vector<std::string> keys;
     set->GetAllData2DItems()->EnumData(keys);
     for (const std::string& key : keys)
@@ -92,10 +92,10 @@ std::vector<Measurement> ListMeasurements(const DataContainer& container) {
 }
 
 std::string FindForeignMeasurement(const DataContainer& expected, const DataContainer& found) {
-    const std::vector<Measurement> ours = ListMeasurements(expected);
-    const std::vector<Measurement> theirs = ListMeasurements(found);
-    for (const Measurement& their : theirs)
-        if (std::none_of(ours.begin(), ours.end(), [&](const Measurement& our) { return our.MeansSameAs(their); }))
+    const std::vector<SampledArray> ours = ListSampledArrays(expected);
+    const std::vector<SampledArray> theirs = ListSampledArrays(found);
+    for (const SampledArray& their : theirs)
+        if (std::none_of(ours.begin(), ours.end(), [&](const SampledArray& our) { return our.MeansSameAs(their); }))
             return Show(their.key);
     return theirs.empty() ? "all of it" : std::string();
 }
