@@ -28,7 +28,9 @@ start_windows() {
 
 install_packages "${packages[@]}"
 [[ $preset != windows ]] || start_windows
-build_preset "$preset" tests
+targets=tests
+[[ " $* " != *" -L threads "* ]] || targets=threaded-tests
+build_preset "$preset" "$targets"
 # Thousands of passing tests are one summary; everything else is shown.
 ctest --preset "$preset" --parallel "$(nproc)" "$@" |
     { grep -vE '^ *(Start +[0-9]+: |[0-9]+/[0-9]+ Test +#[0-9]+: .* Passed )' || true; }

@@ -1,9 +1,11 @@
 """Reads an X3P file as a script with numpy does; MeasurementBench takes the time.
 
-x3p_numpy.py MAIN < POINTS    once, from the text of main.xml and the unpacked points
-x3p_numpy.py --serve FILE     writes the names of these two entries; for each line of the input, "parse" or "read", it
-                              then does one or both steps and writes the seconds that this took
+x3p_numpy.py MAIN < POINTS          once, from the text of main.xml and the unpacked points
+x3p_numpy.py --serve FILE TARGET    writes the names of these two entries; for each line of the input, which names some
+                                    of the steps "unpack", "parse" and "save", it then does these and writes the seconds
+                                    that this took
 """
+import os
 import sys
 import time
 import zipfile
@@ -34,17 +36,26 @@ def unpack(name, entries):
         return [archive.read(entry) for entry in entries]
 
 
-def serve(name):
+def save(name, heights):
+    with open(name, "wb") as file:
+        file.write(heights)
+        file.flush()
+        os.fsync(file.fileno())
+
+
+def serve(name, target):
     entries = find_entries(name)
     texts = unpack(name, entries)
     print(*entries, sep="\n", flush=True)
     for line in sys.stdin:
         begin = time.perf_counter()
-        parse(*(unpack(name, entries) if line.strip() == "read" else texts))
+        heights, _ = parse(*(unpack(name, entries) if "unpack" in line else texts))
+        if "save" in line:
+            save(target, heights)
         print(time.perf_counter() - begin, flush=True)
 
 
 if sys.argv[1] == "--serve":
-    serve(sys.argv[2])
+    serve(*sys.argv[2:])
 else:
     parse(sys.argv[1], sys.stdin.buffer.read())

@@ -17,8 +17,10 @@ public:
     Header(const std::string& text, const Report& report) : m_report(report) {
         Lines lines(text);
         lines.Next(); // the magic
-        while (!lines.IsAtEnd())
-            ReadLine(lines.Next(), lines.GetPlace());
+        while (!lines.IsAtEnd()) {
+            const std::string_view line = lines.Next();
+            ReadLine(line, lines.GetPlace());
+        }
     }
 
     std::optional<std::string> Take(const std::string& name) {

@@ -165,7 +165,8 @@ def make_x3p(path, feature, storage, letter, axes, scaled, missing):
     offset, increment = scaled
     spacing = [2.5e-6, 1e-6]
     kinds = "AA" if feature == "PCL" or axes == "free" else axes
-    heights = [((i * 37) % 50 - 20) * (1 if letter in "IL" else 0.125) for i in range(count)]
+    heights = [((i * 37) % 50 - 20) * {"I": 1, "L": 1000003}.get(letter, 0.125) for i in range(count)]
+    begins = [4e-6, -2e-6] if axes in ("IA", "AI") else [0.0, 0.0]
     lost = {1, count - 1} if missing else set()
     rows = []
     for i in range(count):
@@ -175,8 +176,8 @@ def make_x3p(path, feature, storage, letter, axes, scaled, missing):
     axis_xml = "".join(
         f"<C{name}><AxisType>{kind}</AxisType><DataType>{kind_letter}</DataType><Increment>{inc!r}</Increment>"
         f"<Offset>{off!r}</Offset></C{name}>"
-        for name, kind, kind_letter, inc, off in (("X", kinds[0], "D", spacing[0] if kinds[0] == "I" else 1.0, 0.0),
-                                                  ("Y", kinds[1], "D", spacing[1] if kinds[1] == "I" else 1.0, 0.0),
+        for name, kind, kind_letter, inc, off in (("X", kinds[0], "D", spacing[0] if kinds[0] == "I" else 1.0, begins[0]),
+                                                  ("Y", kinds[1], "D", spacing[1] if kinds[1] == "I" else 1.0, begins[1]),
                                                   ("Z", "A", letter, increment, offset)))
     if storage == "text":
         texts = ("" if i in lost else ";".join(repr(v) if isinstance(v, float) and letter in "FD" or k < len(row) - 1

@@ -134,9 +134,8 @@ const std::vector<Row>& GetRows() {
          {{"refused: S: expected positions in a unit of length, found \"Second\""},
           {},
           {"refused: S: expected evenly spaced samples, their spacing a positive length, found the spacing \"1 s\""}}},
-        {Holding(With([](Data2D& surface) {
-             surface.SetFixedSpacing(UnitizedDouble(0, "Meter"), UnitizedDouble(0, "Meter"));
-         })),
+        {Holding(With(
+             [](Data2D& surface) { surface.SetFixedSpacing(UnitizedDouble(0, "Meter"), UnitizedDouble(0, "Meter")); })),
          {{},
           {"refused: S: expected positions that increase by a spacing, found the spacing \"0 m\""},
           {"refused: S: expected evenly spaced samples, their spacing a positive length, found the spacing \"0 m\""}}},
@@ -181,6 +180,17 @@ TEST(MeasurementWriting, EndsWhereALossIsNotTaken) {
         const Warnings warnings(true);
         EXPECT_NE(ErrorOf([&] { file->Flush(); }), "") << type;
         EXPECT_EQ(file->GetContent(), before) << type;
+    }
+}
+
+// Whatever the length of the header is, the samples begin behind a zero byte, at a multiple of four.
+TEST(MeasurementWriting, PadsHeadersOfEachLength) {
+    for (const std::string title : {"a", "ab", "abc", "abcd"}) {
+        const auto content = Holding(Usual());
+        content->GetSubData({sMETA_DATA}, false)->PutValue(sDATASET_NAME, title);
+        const auto again = Read(Write(*content, "Gwyddion Simple Field"));
+        EXPECT_EQ(Tool::FindForeignMeasurement(*content, *again), "") << title;
+        EXPECT_EQ(again->GetSubData({sMETA_DATA}, false)->GetValue<std::string>(sDATASET_NAME), title);
     }
 }
 

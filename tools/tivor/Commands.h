@@ -19,7 +19,7 @@ struct Arguments {
     std::string text;
     std::vector<std::string> words; ///< the keys; for `Set` the value behind them
     std::string type;
-    std::string number;    ///< of degrees, of a dimension
+    std::string number;    ///< of degrees, of a dimension, a tolerance
     std::string ranges[2]; ///< along dimension 1 and 2
     bool asJson = false;
     bool dropsUnread = false;
@@ -29,6 +29,7 @@ struct Arguments {
     std::string elementType;
     std::vector<std::string> channels;
     bool isStrict = false;
+    bool onlyMeasured = false;
 };
 
 /// What commands print reaches the user when they return; when they raise something, only `err` does.
@@ -53,5 +54,8 @@ EStatus Transpose(const Arguments& arguments, Console& console);
 EStatus Crop(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
 EStatus ShowPlugIns(const Arguments& arguments, Console& console);
+EStatus Diff(const Arguments& arguments, Console& console);
+EStatus Hash(const Arguments& arguments, Console& console);
+EStatus Check(const Arguments& arguments, Console& console);
 
 } // namespace Qor::Tivor::Tool

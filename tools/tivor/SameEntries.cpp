@@ -28,15 +28,6 @@ private:
     bool m_isSame = true;
 };
 
-/// To the bit, as comparing values is not.
-bool AreStoredAlike(DataObject& expected, DataObject& found) {
-    Core::MemoryOutputStream bytes(SerializationManager::GetDataBlockSize_bytes({}, expected));
-    SerializationManager::OutputDataBlock(bytes, {}, expected);
-    ComparingStream comparing(bytes.GetBytes());
-    SerializationManager::OutputDataBlock(comparing, {}, found);
-    return comparing.TookThem();
-}
-
 bool AreSame(const DataContainer& expected, const DataContainer& found, Path& path) {
     auto other = found.begin();
     for (const auto& [key, object] : expected) {
@@ -57,6 +48,14 @@ bool AreSame(const DataContainer& expected, const DataContainer& found, Path& pa
 }
 
 } // namespace
+
+bool AreStoredAlike(DataObject& expected, DataObject& found) {
+    Core::MemoryOutputStream bytes(SerializationManager::GetDataBlockSize_bytes({}, expected));
+    SerializationManager::OutputDataBlock(bytes, {}, expected);
+    ComparingStream comparing(bytes.GetBytes());
+    SerializationManager::OutputDataBlock(comparing, {}, found);
+    return comparing.TookThem();
+}
 
 std::string FindDifference(const DataContainer& expected, const DataContainer& found) {
     Path path;

@@ -10,4 +10,7 @@ namespace Qor::Tivor::Tool {
 /// elsewhere, or is stored as other bytes. Empty when they are the same.
 std::string FindDifference(const DataContainer& expected, const DataContainer& found);
 
+/// Whether two objects are stored as the same bytes, to the bit, as comparing values is not.
+bool AreStoredAlike(DataObject& expected, DataObject& found);
+
 } // namespace Qor::Tivor::Tool

@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "Display.h"
+#include "Manual.h"
 
 #include <QorCore/Alert.h>
 #include <QorCore/Context.h>
@@ -77,7 +78,8 @@ public:
     CommandLine() {
         m_app.require_subcommand(1);
         m_app.footer("Keys are given one by one, from the outermost on. What follows \"--\" is taken as it is.\n"
-                     "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.");
+                     "Exit status: 0 fine; 1 something deviates or could not be read; 2 an error.\n"
+                     "\"tivor --man\" prints the manual page, \"tivor --completion\" the completion for bash.");
         AddFile(Add("info",
                     "What a file is; of a binary one only the headers are read, and, up to 64 MiB, measured arrays",
                     ShowInfo));
@@ -89,11 +91,14 @@ public:
         AddTurns();
         Add("types", "The file types, the built-in classes and the plug-ins", ShowTypes);
         Add("plugins", "The plug-ins that were found, and why some were not loaded", ShowPlugIns);
+        AddComparisons();
     }
 
     /// Returns the command, or null when all is said already.
     Command Parse(const std::vector<std::string>& words, std::ostream& out, std::ostream& err, int& status) {
         RequireCommand(words);
+        if (WritesOfItself(words, out))
+            return nullptr;
         std::vector<std::string> marked = Mark(words);
         std::reverse(marked.begin(), marked.end());
         try {
@@ -115,6 +120,17 @@ public:
     const Arguments& GetArguments() const { return m_arguments; }
 
 private:
+    bool WritesOfItself(const std::vector<std::string>& words, std::ostream& out) const {
+        const std::string option = words.size() == 1 ? words.front() : std::string();
+        if (option == "--man")
+            WriteManualPage(m_app, out);
+        else if (option == "--completion")
+            WriteCompletion(m_app, out);
+        else
+            return false;
+        return true;
+    }
+
     void RequireCommand(const std::vector<std::string>& words) const {
         if (words.empty() || IsOption(words.front()))
             return;
@@ -233,6 +249,29 @@ private:
                       "their order, exchanged with the dimensions, or cut with the samples; a fixed spacing does not\n"
                       "tell where a block was. What else is left out is told. All other entries stay as they are.");
         return added;
+    }
+
+    void AddComparisons() {
+        CLI::App* const diff = Add("diff", "What differs between two files, of whatever types", Diff);
+        diff->add_option("A", m_arguments.file, "A data file")->type_name("")->required();
+        diff->add_option("B", m_arguments.target, "Another one")->type_name("")->required();
+        diff->add_option("--tol", m_arguments.number,
+                         "By how much samples may differ, with a unit of their dimension, as 0.1nm or \"5 um\"; a "
+                         "number alone is for plain numbers")
+            ->type_name("TOLERANCE");
+        diff->add_flag("--data", m_arguments.onlyMeasured, "Measured arrays only");
+        diff->footer("Surfaces and profiles are compared by what they mean, in SI units: samples, missing points,\n"
+                     "positions, points, kind. Without --tol samples must be equal as doubles, but for 1e-15 of the\n"
+                     "value where units or scales differ; so must positions. Other entries are compared by their\n"
+                     "values. Element types and the name of a file's only surface are notes, and no difference.\n"
+                     "Exit status: 0 the same; 1 they differ; 2 an error.");
+        CLI::App* const hash =
+            AddKeys(AddFile(Add("hash", "A hash of what was measured, the same in every file type", Hash)));
+        hash->footer("XXH3-128 of samples, units and positions of each surface and profile, in SI units, whatever\n"
+                     "their element type, storage order, unit and scale; and one of all. Names and metadata are no\n"
+                     "part of it.");
+        AddFile(Add("check", "What in a file deviates from its format, or is implausible", Check))
+            ->footer("Exit status: 0 nothing; 1 something; 2 the file cannot be read.");
     }
 
     Arguments m_arguments;
