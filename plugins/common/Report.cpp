@@ -20,6 +20,18 @@ Alert Tell(const std::string& place, const std::string& text, const std::string&
     return alert;
 }
 
+const char* NameOf(ELoss kind) {
+    switch (kind) {
+    case ELoss::dropped:
+        return "dropped";
+    case ELoss::retyped:
+        return "retyped";
+    case ELoss::rounded:
+        return "rounded";
+    }
+    return "";
+}
+
 std::string Contrast(const std::string& expected, const std::string& found) {
     return "expected " + expected + ", found " + found;
 }
@@ -41,9 +53,10 @@ void Report::Deviates(const std::string& place, const std::string& expected, con
                                 QOR_CODE_CONTEXT("MeasurementFile"), m_category);
 }
 
-void Report::Loses(const std::string& place, const std::string& what) const {
-    Core::Warning::RaiseWarning(Tell<LosingData>(place, what, m_fileName), QOR_CODE_CONTEXT("MeasurementFile"),
-                                m_category);
+void Report::Loses(const std::string& place, const std::string& what, ELoss kind) const {
+    LosingData warning = Tell<LosingData>(place, what, m_fileName);
+    warning.AddVariable("Kind", NameOf(kind));
+    Core::Warning::RaiseWarning(std::move(warning), QOR_CODE_CONTEXT("MeasurementFile"), m_category);
 }
 
 std::string Quote(std::string_view text) {

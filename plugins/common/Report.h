@@ -16,6 +16,13 @@ QOR_DECLARE_ALERT(, DeviatingMeasurement, Core::Warning);
 /// Something that the format has no place for, and the file that is written will not hold.
 QOR_DECLARE_ALERT(, LosingData, Core::Warning);
 
+/// What becomes of that which a file will not hold.
+enum class ELoss {
+    dropped, ///< it is not written
+    retyped, ///< readers take it for another type
+    rounded  ///< numbers lose digits
+};
+
 /// Tells what is wrong with one file, always as a place, what was expected there and what was found. The place and the
 /// file are also the variables "Place" and "File" of the alerts.
 class Report {
@@ -29,8 +36,8 @@ public:
     [[noreturn]] void Refuse(const std::string& place, const std::string& expected, const std::string& found) const;
     /// Raises the warning `DeviatingMeasurement`.
     void Deviates(const std::string& place, const std::string& expected, const std::string& found) const;
-    /// Raises the warning `LosingData`.
-    void Loses(const std::string& place, const std::string& what) const;
+    /// Raises the warning `LosingData`, whose variable "Kind" is the name of the kind.
+    void Loses(const std::string& place, const std::string& what, ELoss kind = ELoss::dropped) const;
 
 private:
     std::string m_fileName;

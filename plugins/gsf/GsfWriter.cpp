@@ -84,7 +84,8 @@ private:
             m_report.Refuse(surface.GetKey(), "positions that increase by a spacing",
                             "the spacing " + Quote(UnitizedDouble(axis.spacing, axis.unit).ToString()));
         if (!exact)
-            m_report.Loses(surface.GetKey(), "the last digit of its spacing, which no width gives exactly");
+            m_report.Loses(surface.GetKey() + '/' + name, "the last digit of its spacing, which no width gives exactly",
+                           ELoss::rounded);
         AddLine(name, Core::GetNumberText(width));
     }
 
@@ -124,7 +125,8 @@ private:
         if (numRounded > 0)
             m_report.Loses(surface.GetKey(),
                            Core::FormatText("%1% of %2% samples are rounded to 32-bit floats in %3%",
-                                            {numRounded, rounded.size(), Quote(m_vertical->ToString())}));
+                                            {numRounded, rounded.size(), Quote(m_vertical->ToString())}),
+                           ELoss::rounded);
         surface.WarnOfLostProperties(m_report, InMetres(surface.GetScale()) ? sHEIGHT_DATA : sUNKNOWN_DATA);
         return rounded;
     }

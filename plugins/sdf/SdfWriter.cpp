@@ -83,7 +83,8 @@ private:
                             "the scale " + Quote(measured.GetScale().ToString()));
         m_numbers["Zscale"] = Core::GetNumberText(*scale);
         if (!measured.IsProfile() && y.points == 1)
-            m_report.Loses(measured.GetKey(), "a surface of a single row is a profile to the format's readers");
+            m_report.Loses(measured.GetKey(), "a surface of a single row is a profile to the format's readers",
+                           ELoss::retyped);
     }
 
     double FindSpacing(const Measured& measured, const Axis& axis) const {
@@ -117,8 +118,10 @@ private:
         if (!isVisited)
             m_report.Refuse(measured.GetKey(), "real samples", "samples of " + measured.GetTypeName());
         if (numRounded > 0)
-            m_report.Loses(measured.GetKey(), Core::FormatText("%1% of %2% samples are rounded to doubles",
-                                                               {numRounded, measured.GetNumPoints()}));
+            m_report.Loses(
+                measured.GetKey(),
+                Core::FormatText("%1% of %2% samples are rounded to doubles", {numRounded, measured.GetNumPoints()}),
+                ELoss::rounded);
     }
 
     std::string MakeHeader() {

@@ -56,8 +56,10 @@ public:
                     Append(values, sample);
             });
         if (m_numRounded > 0)
-            m_report.Loses(m_layers[0]->GetKey(), Core::FormatText("%1% of %2% samples are rounded to 64-bit floats",
-                                                                   {m_numRounded, values.size()}));
+            m_report.Loses(
+                m_layers[0]->GetKey(),
+                Core::FormatText("%1% of %2% samples are rounded to 64-bit floats", {m_numRounded, values.size()}),
+                ELoss::rounded);
         return std::move(m_numbers);
     }
 

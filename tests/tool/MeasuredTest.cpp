@@ -109,7 +109,7 @@ TEST_F(ToolTest, ReachesIntoMeasuredArrays) {
     EXPECT_EQ(measured["axes"][0]["last"]["value"], 4);
     EXPECT_EQ(SayJson("info")["measured"][1]["path"], Json({"c"}));
     ExpectError({"get", file, "a", "s", "x"}, "a/s/x: no such key; the keys there: Matrix, ");
-    ExpectError({"set", file, "a", "s", "DataKind", "Height"}, "a/s: expected a container, found a measured array");
+    ExpectError({"set", file, "a", "s", "MatrixType", "3"}, "a/s/MatrixType: expected a property that can be set");
 }
 
 } // namespace Qor::Tivor::Testing

@@ -238,7 +238,7 @@ TEST_F(ToolTest, SaysWhatIsWrong) {
         {{"ls", file, "a", "c", "d"}, "a/c: no such key; the keys there: b\n"},
         {{"ls", file, "a", "b", "c"}, "a/b/c: no such key; the keys there: none\n"},
         {{"get", file, "a", "b", "c"}, "a/b: expected a container, found a int32"},
-        {{"set", file, "a", "b", "c", "1"}, "a/b: expected a container, found a int32"},
+        {{"set", file, "a", "b", "c", "1"}, "a/b: expected a container or a measured array, found a int32"},
         {{"set", file, "a", "1"}, "a: expected a number or a text, found a container"},
         {{"set", file, "a", "b", "1", "--type", "double"}, "a/b: expected an entry of class double, found a int32"},
         {{"set", file, "n", "1", "--type", "Matrix"}, "Expected one of the classes bool, int8, "},

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Ledger.h"
+#include "Progress.h"
+
 #include <ostream>
 #include <string>
 #include <vector>
@@ -23,6 +26,9 @@ struct Arguments {
     bool creates = false;
     bool overwrites = false;
     bool checks = false;
+    std::string elementType;
+    std::vector<std::string> channels;
+    bool isStrict = false;
     bool onlyMeasured = false;
     bool drawsProfile = false;
 };
@@ -31,9 +37,10 @@ struct Arguments {
 struct Console {
     std::ostream& out;
     std::ostream& err;
-    std::string warnsOf; ///< what the warnings are about, where the user does not know
+    std::string warnsOf{}; ///< what the warnings are about, where the user does not know
     bool hidesWarnings = false;
-    std::size_t numLosses = 0; ///< warnings that something will not stand in the file that is written
+    Ledger losses{}; ///< what writers warned of
+    Progress progress{nullptr};
 };
 
 EStatus ShowInfo(const Arguments& arguments, Console& console);
@@ -49,6 +56,7 @@ EStatus Crop(const Arguments& arguments, Console& console);
 EStatus Render(const Arguments& arguments, Console& console);
 EStatus Report(const Arguments& arguments, Console& console);
 EStatus ShowTypes(const Arguments& arguments, Console& console);
+EStatus ShowPlugIns(const Arguments& arguments, Console& console);
 EStatus Diff(const Arguments& arguments, Console& console);
 EStatus Hash(const Arguments& arguments, Console& console);
 EStatus Check(const Arguments& arguments, Console& console);

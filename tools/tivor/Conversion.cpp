@@ -3,6 +3,7 @@
 #include "Files.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace Qor::Tivor::Tool {
 
@@ -15,6 +16,7 @@ struct Sum {
     std::size_t numFailed = 0;
     std::uint64_t bytesBefore = 0;
     std::uint64_t bytesAfter = 0;
+    LedgerSums ledger{};
 };
 
 Sum AddUp(const std::vector<Conversion>& conversions) {
@@ -27,6 +29,8 @@ Sum AddUp(const std::vector<Conversion>& conversions) {
         ++sum.numConverted;
         sum.bytesBefore += conversion.bytesBefore;
         sum.bytesAfter += conversion.bytesAfter;
+        const LedgerSums ledger = SumUp(conversion.ledger);
+        std::transform(ledger.begin(), ledger.end(), sum.ledger.begin(), sum.ledger.begin(), std::plus<>());
     }
     return sum;
 }
@@ -41,22 +45,24 @@ void PrintText(std::ostream& out, const Conversion& conversion) {
     out << " (" << Show(conversion.sourceType) << ", " << Count(conversion.bytesBefore, "byte", "bytes") << ") -> "
         << Show(conversion.target) << " (" << Show(conversion.targetType) << ", "
         << Count(conversion.bytesAfter, "byte", "bytes") << "): " << Count(conversion.numEntries, "entry", "entries");
-    if (!conversion.dropped.empty())
-        out << ", " << conversion.dropped.size() << " dropped";
-    if (conversion.numLosses > 0)
-        out << ", " << Count(conversion.numLosses, "loss", "losses");
-    out << '\n';
+    const std::string sums = Describe(SumUp(conversion.ledger));
+    out << (sums.empty() ? "" : ", ") << sums << '\n';
+    PrintText(out, conversion.ledger);
 }
 
 void PrintText(std::ostream& out, const Sum& sum) {
     out << Count(sum.numConverted, "file", "files") << " converted, " << Count(sum.bytesBefore, "byte", "bytes")
         << " -> " << Count(sum.bytesAfter, "byte", "bytes") << "; " << sum.numPassedOver << " passed over, "
         << sum.numFailed << " not converted\n";
+    if (sum.ledger != LedgerSums{})
+        PrintTable(out, sum.ledger);
 }
 
 Json ToJson(const Conversion& conversion) {
     if (conversion.fate != Conversion::eCONVERTED)
-        return {{"source", TextJson(conversion.source)}, {"reason", TextJson(conversion.reason)}};
+        return {{"source", TextJson(conversion.source)},
+                {"reason", TextJson(conversion.reason)},
+                {"ledger", ToJson(conversion.ledger)}};
     Json dropped = Json::array();
     for (const UnreadEntry& entry : conversion.dropped)
         dropped.push_back(
@@ -65,7 +71,7 @@ Json ToJson(const Conversion& conversion) {
             {"target", TextJson(conversion.target)}, {"targetType", TextJson(conversion.targetType)},
             {"entries", conversion.numEntries},      {"bytesBefore", conversion.bytesBefore},
             {"bytesAfter", conversion.bytesAfter},   {"dropped", std::move(dropped)},
-            {"losses", conversion.numLosses}};
+            {"ledger", ToJson(conversion.ledger)}};
 }
 
 } // namespace
@@ -86,7 +92,8 @@ Json ToJson(const std::vector<Conversion>& conversions) {
             {"passedOver", std::move(lists[Conversion::ePASSED_OVER])},
             {"notConverted", std::move(lists[Conversion::eFAILED])},
             {"bytesBefore", sum.bytesBefore},
-            {"bytesAfter", sum.bytesAfter}};
+            {"bytesAfter", sum.bytesAfter},
+            {"ledger", ToJson(sum.ledger)}};
 }
 
 void TellDropped(const std::vector<Conversion>& conversions, std::ostream& err) {

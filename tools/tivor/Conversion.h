@@ -19,7 +19,7 @@ struct Conversion {
     std::uint64_t bytesAfter = 0;
     std::size_t numEntries = 0;
     std::vector<UnreadEntry> dropped;
-    std::size_t numLosses = 0; ///< for which the target's type has no place
+    Ledger ledger; ///< what the target does not hold as the source does
     EFate fate = eCONVERTED;
     std::string reason;    ///< of another fate
     bool deviates = false; ///< not what the user expects of such a file

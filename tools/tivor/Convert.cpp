@@ -1,6 +1,8 @@
 #include "Commands.h"
+#include "Comparison.h"
 #include "Conversion.h"
 #include "Files.h"
+#include "Selection.h"
 
 #include <QorCore/Message.h>
 #include <QorCore/PathName.h>
@@ -43,20 +45,61 @@ std::string FindTypeByExtension(const std::string& fileName) {
     return factory->GetFileType();
 }
 
+void TellStage(const char* stage, const Conversion& conversion, Console& console) {
+    if (conversion.bytesBefore >= Progress::fewestBytes)
+        console.progress.Tell(Core::FormatText("%1%: %2%", {Show(conversion.source), stage}));
+}
+
+Ledger LedgerOf(const std::vector<UnreadEntry>& dropped) {
+    Ledger ledger;
+    for (const UnreadEntry& entry : dropped)
+        ledger.push_back(
+            {LedgerEntry::eDROPPED, ShowPath(entry.path), "of class " + Show(entry.typeName) + ": " + entry.reason});
+    return ledger;
+}
+
+void RequireEmpty(const Ledger& ledger, const std::string& fileName) {
+    if (ledger.empty())
+        return;
+    ToolError error(Core::FormatText("%1%: expected to keep all that the source holds, found %2%; nothing is saved",
+                                     {Show(fileName), Describe(SumUp(ledger))}));
+    for (const LedgerEntry& entry : ledger)
+        error.AddVariable(LedgerEntry::names[entry.kind], entry.place + ": " + entry.text);
+    Core::Error::RaiseError(std::move(error), QOR_CODE_CONTEXT("Tool"), category);
+}
+
+/// Saves the entries, which may get another element type first, and completes the ledger.
+std::uint64_t Save(const DataContainer& entries, Conversion& conversion, const Arguments& arguments, Console& console) {
+    const auto retyped = arguments.elementType.empty() ? nullptr : WithElementType(entries, arguments.elementType);
+    const auto accept = [&](const DataContainer& written, bool isSame) {
+        conversion.ledger.insert(conversion.ledger.end(), console.losses.begin(), console.losses.end());
+        TellStage("comparing", conversion, console);
+        if (retyped || !isSame)
+            TellChanges(entries, written, conversion.ledger);
+        if (arguments.isStrict)
+            RequireEmpty(conversion.ledger, conversion.target);
+        conversion.deviates = !conversion.ledger.empty();
+    };
+    console.losses.clear();
+    TellStage("writing", conversion, console);
+    return SaveAs(retyped ? *retyped : entries, conversion.target, conversion.targetType, console, accept);
+}
+
 void ConvertFile(Conversion& conversion, const Arguments& arguments, Console& console) {
     console.hidesWarnings = false;
     RequireTarget(conversion.source, conversion.target, arguments.overwrites);
+    conversion.bytesBefore = GetFileSize(conversion.source);
+    TellStage("reading", conversion, console);
     const auto file = OpenFile(conversion.source, DataFile::eREAD_ONLY);
     RequireNothingUnread(*file, conversion.source, arguments.dropsUnread);
     conversion.sourceType = file->GetFileType();
-    conversion.bytesBefore = GetFileSize(conversion.source);
     conversion.dropped = file->GetUnreadEntries();
-    conversion.deviates = !conversion.dropped.empty();
-    DataContainer::ForEachHeader(*file, [&](const Path&, const DataObjectHeader&) { return ++conversion.numEntries; });
-    console.numLosses = 0;
-    conversion.bytesAfter = SaveAs(*file, conversion.target, conversion.targetType, console);
-    conversion.numLosses = console.numLosses;
-    conversion.deviates = conversion.deviates || conversion.numLosses > 0;
+    conversion.ledger = LedgerOf(conversion.dropped);
+    const auto chosen = arguments.channels.empty() ? nullptr : KeepChannels(*file, arguments.channels);
+    const DataContainer& entries = chosen ? *chosen : *file;
+    DataContainer::ForEachHeader(entries,
+                                 [&](const Path&, const DataObjectHeader&) { return ++conversion.numEntries; });
+    conversion.bytesAfter = Save(entries, conversion, arguments, console);
 }
 
 /// The same name below another folder, with another extension.
@@ -94,6 +137,7 @@ void ConvertFileOfFolder(Conversion& conversion, std::set<std::string>& targets,
         Core::System::MakeDirectories(Core::PathName(conversion.target).GetDirectory());
         ConvertFile(conversion, arguments, console);
     } catch (const std::exception& error) {
+        console.progress.Wipe();
         Explain(error, console.err);
         conversion.fate = Conversion::eFAILED;
         conversion.reason = error.what();
@@ -120,6 +164,8 @@ std::vector<Conversion> ConvertFolder(const Arguments& arguments, Console& conso
         conversion.target = MoveName(name, target, type.extension);
         conversion.targetType = type.name;
         console.warnsOf = conversion.source;
+        console.progress.Tell(
+            Core::FormatText("%1% of %2%: %3%", {conversions.size(), names.size(), Show(conversion.source)}));
         ConvertFileOfFolder(conversion, targets, arguments, console);
     }
     return conversions;
@@ -142,6 +188,7 @@ EStatus Convert(const Arguments& arguments, Console& console) {
     const bool isFolder = IsFolder(arguments.file);
     const std::vector<Conversion> conversions =
         isFolder ? ConvertFolder(arguments, console) : ConvertOne(arguments, console);
+    console.progress.Wipe();
     TellDropped(conversions, console.err);
     if (arguments.asJson)
         Print(console.out, ToJson(conversions));

@@ -93,7 +93,7 @@ bool IsOfMeasurements(const std::string& fileType) {
 } // namespace
 
 std::uint64_t SaveAs(const DataContainer& entries, const std::string& fileName, const std::string& fileType,
-                     Console& console) {
+                     Console& console, const Acceptance& accept) {
     FileBeside beside(fileName);
     {
         const auto made = beside.Make(fileType);
@@ -109,6 +109,8 @@ std::uint64_t SaveAs(const DataContainer& entries, const std::string& fileName, 
         !(found && IsOfMeasurements(fileType) && FindForeignMeasurement(entries, *found).empty()))
         Fail(Core::FormatText("%1%: expected to read what was written, found %2% to be different; nothing is saved",
                               {Show(fileName), difference}));
+    if (accept)
+        accept(*found, difference.empty());
     found->Close();
     const std::uint64_t size = GetFileSize(beside.GetName());
     beside.TakePlace();

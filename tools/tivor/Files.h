@@ -49,9 +49,13 @@ private:
     std::string m_beside;
 };
 
+/// What is read of a file that was written, and whether that is the same to the bit as what was to be written.
+using Acceptance = std::function<void(const DataContainer& written, bool isSame)>;
+
 /// Makes a file of these entries, and takes nothing for saved before it was read and is the same. Returns its bytes.
+/// Nothing is saved when `accept` raises something.
 std::uint64_t SaveAs(const DataContainer& entries, const std::string& fileName, const std::string& fileType,
-                     Console& console);
+                     Console& console, const Acceptance& accept = {});
 
 /// The bytes on disk.
 std::uint64_t GetFileSize(const std::string& fileName);

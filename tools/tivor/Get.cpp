@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Files.h"
+#include "Properties.h"
 #include "Values.h"
 
 #include <algorithm>
@@ -15,6 +16,16 @@ std::vector<UnreadEntry> UnreadBelow(const DataFile& file, const Path& keys) {
     return unread;
 }
 
+/// The name of the value where the keys lead to a property whose values have names.
+std::optional<std::string> FindNameAt(DataFile& file, const Path& keys) {
+    if (keys.size() < 2)
+        return std::nullopt;
+    const auto owner = FindObject(file, {keys.begin(), keys.end() - 1});
+    const auto properties = PropertiesOf(*owner);
+    return properties && properties->PropertyExists(keys.back()) ? FindNameOfValue(*properties, keys.back())
+                                                                 : std::nullopt;
+}
+
 } // namespace
 
 EStatus Get(const Arguments& arguments, Console& console) {
@@ -24,7 +35,9 @@ EStatus Get(const Arguments& arguments, Console& console) {
     if (!unread.empty() && unread.front().path == keys)
         Fail(ShowPath(keys) + " of class " + Show(unread.front().typeName) +
              " cannot be read: " + unread.front().reason);
-    if (const auto object = FindObject(*file, keys); !object)
+    if (const auto name = FindNameAt(*file, keys))
+        arguments.asJson ? Print(console.out, TextJson(*name)) : static_cast<void>(console.out << *name << '\n');
+    else if (const auto object = FindObject(*file, keys); !object)
         arguments.asJson ? Print(console.out, ToJson(*file)) : PrintText(console.out, *file);
     else
         arguments.asJson ? Print(console.out, ToJson(*object)) : PrintText(console.out, *object);

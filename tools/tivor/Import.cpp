@@ -73,7 +73,10 @@ EStatus Check(const MeasuredText& text, const Arguments& arguments, Console& con
 } // namespace
 
 EStatus Import(const Arguments& arguments, Console& console) {
-    const MeasuredText text = ReadMeasuredText(arguments.text);
+    const MeasuredText text = ReadMeasuredText(arguments.text, [&](std::size_t lines) {
+        console.progress.Tell(Show(arguments.text) + ": " + std::to_string(lines) + " lines read");
+    });
+    console.progress.Wipe();
     return arguments.checks ? Check(text, arguments, console) : Make(text, arguments, console);
 }
 

@@ -3,10 +3,10 @@
 #include "Display.h"
 #include "Elements.h"
 #include "EvenSpacing.h"
+#include "Units.h"
 #include "Values.h"
 
 #include <QorCore/Message.h>
-#include <QorCore/UnitDictionary.h>
 #include <Tivor/Data1D.h>
 #include <Tivor/Data2D.h>
 
@@ -19,18 +19,6 @@ namespace {
 using Teller = std::function<void(const std::string& deviation)>;
 
 const Path reviewPath{"Comments", "Review"};
-const char* const microSigns[] = {"\xC2\xB5", "\xCE\xBC"}; // of its own, and the Greek letter
-
-/// By name or symbol; an empty pointer when there is none.
-Core::QorConstPtr<Core::UnitDescriptor> FindUnit(std::string text) {
-    for (const char* const sign : microSigns)
-        if (text.starts_with(sign))
-            text.replace(0, std::strlen(sign), "u");
-    for (const auto& unit : Core::UnitDictionary::GetStandardUnits())
-        if (unit->GetName() == text || unit->GetSymbol() == text)
-            return unit;
-    return nullptr;
-}
 
 UnitizedDouble SpacingOf(const Length& length, std::size_t points) {
     return {length.number / static_cast<double>(points), FindUnit(length.unit)};

@@ -33,12 +33,13 @@ class Parser {
 public:
     explicit Parser(const std::string& fileName) : m_fileName(fileName) {}
 
-    MeasuredText Parse() {
+    MeasuredText Parse(const std::function<void(std::size_t lines)>& tell) {
         std::ifstream file(m_fileName);
         if (!file)
             throw std::runtime_error(m_fileName + ": expected a readable file, found none");
         for (std::string line; std::getline(file, line);) {
-            ++m_line;
+            if (++m_line % 1024 == 0 && tell)
+                tell(m_line);
             ParseLine(Trim(line));
         }
         if (file.bad())
@@ -143,4 +144,6 @@ const std::string& MeasuredText::GetHeader(const std::string& name) const {
     return found->second;
 }
 
-MeasuredText ReadMeasuredText(const std::string& fileName) { return Parser(fileName).Parse(); }
+MeasuredText ReadMeasuredText(const std::string& fileName, const std::function<void(std::size_t lines)>& tell) {
+    return Parser(fileName).Parse(tell);
+}

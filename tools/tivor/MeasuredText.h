@@ -2,6 +2,7 @@
 
 #include <Tivor/BuiltInDataObjects.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,5 +31,6 @@ struct MeasuredText {
     const std::string& GetHeader(const std::string& name) const;
 };
 
-/// Reads such a file. Raises `std::runtime_error`, whose text says file, line, what was expected and what was found.
-MeasuredText ReadMeasuredText(const std::string& fileName);
+/// Reads such a file; calls back from time to time with how many lines were read. Raises `std::runtime_error`, whose
+/// text says file, line, what was expected and what was found.
+MeasuredText ReadMeasuredText(const std::string& fileName, const std::function<void(std::size_t lines)>& tell = {});

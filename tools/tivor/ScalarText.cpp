@@ -1,12 +1,15 @@
 #include "ScalarText.h"
 
 #include "Display.h"
+#include "Units.h"
 
 #include <QorCore/Message.h>
+#include <QorCore/NumberText.h>
 #include <QorCore/Utf8.h>
 #include <Tivor/BuiltInDataObjects.h>
 #include <Tivor/ScalarData.h>
 
+#include <algorithm>
 #include <charconv>
 
 namespace Qor::Tivor::Tool {
@@ -15,7 +18,8 @@ namespace {
 
 /// The classes that can be set.
 #define TIVOR_SETTABLE_VALUES                                                                                          \
-    TIVOR_SCALAR_VALUES TIVOR_STRING_VALUES TIVOR_VALUE(Core::Time, eTIME, ) TIVOR_VALUE(Core::Elapse, eELAPSE, )
+    TIVOR_SCALAR_VALUES TIVOR_STRING_VALUES TIVOR_VALUE(Core::Time, eTIME, ) TIVOR_VALUE(Core::Elapse, eELAPSE, )      \
+        TIVOR_VALUE(UnitizedDouble, eUNITIZED_VALUE, )
 
 [[noreturn]] void FailToParse(const std::string& expected, const std::string& text) {
     Fail(Core::FormatText("Expected %1% as the value, found %2%", {expected, Show(text)}));
@@ -29,6 +33,18 @@ T ParseNumber(const std::string& text, const std::string& className) {
         return number;
     const char* const kind = std::is_floating_point_v<T> ? "a number" : "a whole number";
     FailToParse(Core::FormatText("%1% in the range of %2%", {kind, className}), text);
+}
+
+/// A number, and behind it the name or the symbol of a unit, if there is one.
+UnitizedDouble ParseUnitized(const std::string& text) {
+    const std::string_view trimmed = Core::TrimBlanks(text);
+    const std::size_t end = std::min(trimmed.find(' '), trimmed.size());
+    const std::string unitName(Core::TrimBlanks(trimmed.substr(end)));
+    const auto number = Core::ParseNumber<double>(trimmed.substr(0, end));
+    const auto unit = unitName.empty() ? nullptr : FindUnit(unitName);
+    if (!number || (!unit && !unitName.empty()))
+        FailToParse("a number, or a number, a blank and a unit, as 1 um or 2.5 Meter,", text);
+    return {*number, unit};
 }
 
 template <class T>
@@ -46,6 +62,8 @@ T Parse(const std::string& text) {
         return text;
     } else if constexpr (std::is_same_v<T, std::wstring>) {
         return IsUtf8(text) ? Core::WideFromUtf8(text) : (FailToParse("a text in UTF-8", text), L"");
+    } else if constexpr (std::is_same_v<T, UnitizedDouble>) {
+        return ParseUnitized(text);
     } else if constexpr (requires { T::FromString(text); }) {
         return T::FromString(text);
     } else {

@@ -24,7 +24,9 @@ public:
     void OnWarning(const Core::Warning& warning) override {
         if (m_console.hidesWarnings || warning.GetTypeName() == "NoDefaultDataFile") // which is what a user expects
             return;
-        m_console.numLosses += warning.GetTypeName() == "LosingData";
+        if (IsLoss(warning))
+            m_console.losses.push_back(LossOf(warning));
+        m_console.progress.Wipe();
         const std::string& of = m_console.warnsOf;
         m_console.err << "tivor: warning: " << (of.empty() ? "" : Show(of) + ": ") << OneLine(warning.GetText())
                       << '\n';
@@ -64,8 +66,10 @@ void Unmark(Arguments& arguments) {
     for (std::string* const word : {&arguments.file, &arguments.target, &arguments.text, &arguments.type,
                                     &arguments.number, &arguments.ranges[0], &arguments.ranges[1]})
         Unmark(*word);
-    for (std::string& word : arguments.words)
-        Unmark(word);
+    Unmark(arguments.elementType);
+    for (std::vector<std::string>* const words : {&arguments.words, &arguments.channels})
+        for (std::string& word : *words)
+            Unmark(word);
 }
 
 /// The commands and their options.
@@ -87,6 +91,7 @@ public:
         AddTurns();
         AddPictures();
         Add("types", "The file types, the built-in classes and the plug-ins", ShowTypes);
+        Add("plugins", "The plug-ins that were found, and why some were not loaded", ShowPlugIns);
         AddComparisons();
     }
 
@@ -196,6 +201,23 @@ private:
             ->type_name("TYPE");
         convert->add_flag("--force", m_arguments.overwrites, "Replaces files that exist");
         convert->add_flag("--drop-unread", m_arguments.dropsUnread, "Leaves out entries that cannot be read");
+        convert->add_flag("--strict", m_arguments.isStrict, "Saves nothing that is not all that its source is");
+        convert
+            ->add_option(
+                "--type", m_arguments.elementType,
+                "The element type of the samples of all measured arrays, as float, double or int16; floats are "
+                "rounded, integers must be exact")
+            ->type_name("ELEMENT");
+        convert
+            ->add_option("--channel", m_arguments.channels,
+                         "Only the measured arrays of this kind, or with this key; may be given again")
+            ->type_name("NAME")
+            ->expected(1)
+            ->allow_extra_args(false)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        convert->footer(
+            "What a file does not hold as its source does is told by a line each: dropped, retyped, rounded or\n"
+            "rescaled; the exit status is 1 then. What --channel leaves out is not among it.");
     }
 
     void AddTurns() {
@@ -276,15 +298,16 @@ private:
     CLI::App m_app{"Looks into data files of optical surface metrology, and changes them", "tivor"};
 };
 
-int Execute(Command command, const Arguments& arguments, std::ostream& out, std::ostream& err) {
+int Execute(Command command, const Arguments& arguments, std::ostream& out, std::ostream& err, bool isErrTerminal) {
     std::ostringstream printed;
-    Console console{printed, err, {}};
+    Console console{.out = printed, .err = err, .progress = Progress(isErrTerminal ? &err : nullptr)};
     const WarningPrinter printer(console);
     Core::ReadLimits limits;
     limits.moduleNames = Core::EModuleNames::bare;
     limits.keepsUnavailable = true;
     const Core::Context::ScopedLimits scope(limits);
     const EStatus status = command(arguments, console);
+    console.progress.Wipe();
     out << printed.view() << std::flush;
     if (!out)
         Core::Error::RaiseError(Core::IOError("The output could not be written"), QOR_CODE_CONTEXT("Tool"), category);
@@ -293,12 +316,12 @@ int Execute(Command command, const Arguments& arguments, std::ostream& out, std:
 
 } // namespace
 
-int RunTool(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+int RunTool(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool isErrTerminal) {
     try {
         CommandLine line;
         int status = eFINE;
         const Command command = line.Parse(arguments, out, err, status);
-        return command != nullptr ? Execute(command, line.GetArguments(), out, err) : status;
+        return command != nullptr ? Execute(command, line.GetArguments(), out, err, isErrTerminal) : status;
     } catch (const std::exception& error) {
         Explain(error, err);
     }

@@ -3,6 +3,7 @@
 #include "Elements.h"
 #include "Measured.h"
 #include "PositionForms.h"
+#include "Properties.h"
 
 #include <Tivor/ArrayDataObjects.h>
 #include <Tivor/ScalarData.h>
@@ -139,16 +140,20 @@ void PrintFacts(std::ostream& out, const MeasuredFacts& facts, const std::string
         out << indent << statistics;
 }
 
-void PrintTree(std::ostream& out, const DataContainer& container, const std::string& indent) {
+/// The properties tell the names of values, where the entries are theirs.
+void PrintTree(std::ostream& out, const DataContainer& container, const PropertyContainer* properties,
+               const std::string& indent) {
     const std::string deeper = indent + "  ";
     for (const auto& [key, object] : container) {
         out << indent << Show(key) << ':';
-        if (const auto below = EntriesIn(*object)) {
+        if (const auto name = properties != nullptr ? FindNameOfValue(*properties, key) : std::nullopt)
+            out << ' ' << Show(*name) << '\n';
+        else if (const auto below = EntriesIn(*object)) {
             if (const auto facts = FindMeasuredFacts(*object))
                 PrintFacts(out << ' ', *facts, deeper);
             else
                 out << '\n';
-            PrintTree(out, *below, deeper);
+            PrintTree(out, *below, PropertiesOf(*object).get(), deeper);
         } else if (const Form& form = FormOf(*object); form.isOneElement) {
             form.print(*object, [&](const std::string& line) { out << ' ' << line << '\n'; });
         } else {
@@ -156,6 +161,15 @@ void PrintTree(std::ostream& out, const DataContainer& container, const std::str
             form.print(*object, [&](const std::string& line) { out << deeper << line << '\n'; });
         }
     }
+}
+
+Json EntriesJson(const DataContainer& container, const PropertyContainer* properties) {
+    Json json = Json::object();
+    for (const auto& [key, object] : container) {
+        const auto name = properties != nullptr ? FindNameOfValue(*properties, key) : std::nullopt;
+        AddMember(json, MemberName(key), name ? TextJson(*name) : ToJson(*object));
+    }
+    return json;
 }
 
 } // namespace
@@ -167,13 +181,13 @@ std::shared_ptr<const DataContainer> EntriesIn(DataObject& object) {
     return holder != nullptr ? holder->GetContent() : nullptr;
 }
 
-void PrintText(std::ostream& out, const DataContainer& container) { PrintTree(out, container, ""); }
+void PrintText(std::ostream& out, const DataContainer& container) { PrintTree(out, container, nullptr, ""); }
 
 void PrintText(std::ostream& out, DataObject& object) {
     if (const auto facts = FindMeasuredFacts(object))
         PrintFacts(out, *facts, "");
     if (const auto entries = EntriesIn(object))
-        PrintText(out, *entries);
+        PrintTree(out, *entries, PropertiesOf(object).get(), "");
     else if (typeid(object) == typeid(Data<std::string>))
         out << ValueOf<std::string>(object) << '\n';
     else if (typeid(object) == typeid(Data<std::wstring>))
@@ -191,14 +205,9 @@ std::string BriefText(DataObject& object) {
 
 Json ToJson(DataObject& object) {
     const auto entries = EntriesIn(object);
-    return entries ? ToJson(*entries) : FormOf(object).toJson(object);
+    return entries ? EntriesJson(*entries, PropertiesOf(object).get()) : FormOf(object).toJson(object);
 }
 
-Json ToJson(const DataContainer& container) {
-    Json json = Json::object();
-    for (const auto& [key, object] : container)
-        AddMember(json, MemberName(key), ToJson(*object));
-    return json;
-}
+Json ToJson(const DataContainer& container) { return EntriesJson(container, nullptr); }
 
 } // namespace Qor::Tivor::Tool

@@ -5,6 +5,8 @@
 #include <iostream>
 
 int main(int count, char** arguments) {
+    using Qor::Core::System;
     std::ios::sync_with_stdio(false);
-    return Qor::Tivor::Tool::RunTool(Qor::Core::System::GetArguments(count, arguments), std::cout, std::cerr);
+    return Qor::Tivor::Tool::RunTool(System::GetArguments(count, arguments), std::cout, std::cerr,
+                                     System::IsTerminal(Qor::Core::eSTANDARD_ERROR));
 }

@@ -8,6 +8,9 @@
 
 namespace Qor::Core {
 
+/// The standard streams of a process.
+enum EStandardStream { eSTANDARD_OUTPUT, eSTANDARD_ERROR };
+
 /// Facts about the running system, and what the libraries do with whole files.
 ///
 /// Thread rule: every operation may be called by any thread.
@@ -25,6 +28,8 @@ public:
     static std::uint64_t GetProcessNumber();
     /// Whether a process of that number runs on this machine.
     static bool IsProcessRunning(std::uint64_t processNumber);
+    /// Whether somebody sees at once what is written to a standard stream of the process.
+    static bool IsTerminal(EStandardStream stream);
     /// The system's own text for one of its error numbers.
     static std::string DescribeError(std::int32_t systemError);
 

@@ -39,6 +39,10 @@ bool System::IsProcessRunning(std::uint64_t processNumber) {
     return ::kill(static_cast<pid_t>(processNumber), 0) == 0 || errno == EPERM;
 }
 
+bool System::IsTerminal(EStandardStream stream) {
+    return ::isatty(stream == eSTANDARD_OUTPUT ? STDOUT_FILENO : STDERR_FILENO) == 1;
+}
+
 std::string System::DescribeError(std::int32_t systemError) { return std::generic_category().message(systemError); }
 
 // The standard's iterator ends the program where memory is short.

@@ -56,6 +56,12 @@ bool System::IsProcessRunning(std::uint64_t processNumber) {
     return running;
 }
 
+// A character device without a console's mode is a port, or NUL.
+bool System::IsTerminal(EStandardStream stream) {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(stream == eSTANDARD_OUTPUT ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE), &mode) != 0;
+}
+
 std::string System::DescribeError(std::int32_t systemError) {
     std::array<wchar_t, 1024> buffer = {};
     const DWORD how = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;

@@ -1,0 +1,23 @@
+#include "Units.h"
+
+#include <cstring>
+
+namespace Qor::Tivor::Tool {
+
+namespace {
+
+const char* const microSigns[] = {"\xC2\xB5", "\xCE\xBC"}; // of its own, and the Greek letter
+
+} // namespace
+
+Core::QorConstPtr<Core::UnitDescriptor> FindUnit(std::string text) {
+    for (const char* const sign : microSigns)
+        if (text.starts_with(sign))
+            text.replace(0, std::strlen(sign), "u");
+    for (const auto& unit : Core::UnitDictionary::GetStandardUnits())
+        if (unit->GetName() == text || unit->GetSymbol() == text)
+            return unit;
+    return nullptr;
+}
+
+} // namespace Qor::Tivor::Tool
