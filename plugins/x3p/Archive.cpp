@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <zip.h>
+#ifdef TIVOR_X3P_LIBDEFLATE
+#include <libdeflate.h>
+#endif
 
 namespace Qor::Tivor::Measurements {
 
@@ -25,6 +28,13 @@ using Handle = std::unique_ptr<zip_t, Discard>;
 struct FileClose {
     void operator()(zip_file_t* file) const { zip_fclose(file); }
 };
+
+#ifdef TIVOR_X3P_LIBDEFLATE
+struct DecompressorFree {
+    void operator()(libdeflate_decompressor* decompressor) const { libdeflate_free_decompressor(decompressor); }
+};
+using Decompressor = std::unique_ptr<libdeflate_decompressor, DecompressorFree>;
+#endif
 
 struct ErrorText {
     ErrorText() { zip_error_init(&error); }
@@ -69,7 +79,8 @@ void ArchiveReader::ListEntries() {
             m_report.Fail("container", "entry " + std::to_string(i) + " with a name and sizes",
                           zip_strerror(m_zip->handle.get()));
         CheckEntry(stat.name, stat.size, stat.comp_size, stat.comp_method, stat.encryption_method != ZIP_EM_NONE);
-        m_entries.push_back({stat.name, i, stat.size});
+        const bool readsAtOnce = stat.comp_method == ZIP_CM_DEFLATE && (stat.valid & ZIP_STAT_CRC) != 0;
+        m_entries.push_back({stat.name, i, stat.size, stat.comp_size, stat.crc, readsAtOnce});
     }
 }
 
@@ -102,7 +113,26 @@ std::string ArchiveReader::ReadText(const Entry& entry) const {
     return text;
 }
 
+bool ArchiveReader::ReadAtOnce([[maybe_unused]] const Entry& entry, [[maybe_unused]] void* destination) const {
+#ifdef TIVOR_X3P_LIBDEFLATE
+    const std::unique_ptr<zip_file_t, FileClose> file(
+        zip_fopen_index(m_zip->handle.get(), entry.index, ZIP_FL_ENC_GUESS | ZIP_FL_COMPRESSED));
+    const auto packed = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(entry.packedSize));
+    if (!file || zip_fread(file.get(), packed.get(), entry.packedSize) != static_cast<zip_int64_t>(entry.packedSize))
+        return false;
+    const Decompressor decompressor(libdeflate_alloc_decompressor());
+    return decompressor &&
+           libdeflate_deflate_decompress(decompressor.get(), packed.get(), entry.packedSize, destination, entry.size,
+                                         nullptr) == LIBDEFLATE_SUCCESS &&
+           libdeflate_crc32(0, destination, entry.size) == entry.crc;
+#else
+    return false;
+#endif
+}
+
 void ArchiveReader::Read(const Entry& entry, void* destination) const {
+    if (entry.readsAtOnce && ReadAtOnce(entry, destination))
+        return;
     const std::unique_ptr<zip_file_t, FileClose> file(
         zip_fopen_index(m_zip->handle.get(), entry.index, ZIP_FL_ENC_GUESS));
     if (!file)
