@@ -39,7 +39,8 @@ struct Console {
     std::ostream& err;
     std::string warnsOf{}; ///< what the warnings are about, where the user does not know
     bool hidesWarnings = false;
-    Ledger losses{}; ///< what writers warned of
+    Ledger losses{};          ///< what writers warned of
+    bool tellsLosses = false; ///< whether the command prints them itself
     Progress progress{nullptr};
 };
 

@@ -185,6 +185,7 @@ std::vector<Conversion> ConvertOne(const Arguments& arguments, Console& console)
 } // namespace
 
 EStatus Convert(const Arguments& arguments, Console& console) {
+    console.tellsLosses = true;
     const bool isFolder = IsFolder(arguments.file);
     const std::vector<Conversion> conversions =
         isFolder ? ConvertFolder(arguments, console) : ConvertOne(arguments, console);

@@ -26,6 +26,8 @@ public:
             return;
         if (IsLoss(warning))
             m_console.losses.push_back(LossOf(warning));
+        if (IsLoss(warning) && m_console.tellsLosses)
+            return;
         m_console.progress.Wipe();
         const std::string& of = m_console.warnsOf;
         m_console.err << "tivor: warning: " << (of.empty() ? "" : Show(of) + ": ") << OneLine(warning.GetText())
