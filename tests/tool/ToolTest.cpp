@@ -249,8 +249,11 @@ TEST_F(ToolTest, SaysWhatIsWrong) {
         ExpectError(words, said);
     EXPECT_EQ(ReadFileText(Core::PathName(file)), before);
     EXPECT_EQ(directory.GetNames(), Words({"data.dataset", "empty.xyz", "foreign.dataset", "short.dataset"}));
-    for (const char* const command : {"info", "ls", "get", "set", "import", "convert", "types"})
-        EXPECT_NE(RunWords({command, "--help"}).out.find("--json"), std::string::npos) << command;
+    for (const char* const command : {"info", "ls", "get", "set", "import", "convert", "types", "render", "diff"}) {
+        const std::string help = RunWords({command, "--help"}).out;
+        EXPECT_NE(help.find("--json"), std::string::npos) << command;
+        EXPECT_EQ(RunWords({"help", command}).out, help);
+    }
 }
 
 TEST_F(ToolTest, ListsTypes) {

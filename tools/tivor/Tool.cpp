@@ -300,6 +300,13 @@ private:
     CLI::App m_app{"Looks into data files of optical surface metrology, and changes them", "tivor"};
 };
 
+/// "help" and "help COMMAND" as they are asked by an option.
+std::vector<std::string> AskingForHelp(const std::vector<std::string>& words) {
+    if (words.empty() || words.size() > 2 || words.front() != "help")
+        return words;
+    return words.size() == 1 ? std::vector<std::string>{"--help"} : std::vector<std::string>{words.back(), "--help"};
+}
+
 int Execute(Command command, const Arguments& arguments, std::ostream& out, std::ostream& err, bool isErrTerminal) {
     std::ostringstream printed;
     Console console{.out = printed, .err = err, .progress = Progress(isErrTerminal ? &err : nullptr)};
@@ -322,7 +329,7 @@ int RunTool(const std::vector<std::string>& arguments, std::ostream& out, std::o
     try {
         CommandLine line;
         int status = eFINE;
-        const Command command = line.Parse(arguments, out, err, status);
+        const Command command = line.Parse(AskingForHelp(arguments), out, err, status);
         return command != nullptr ? Execute(command, line.GetArguments(), out, err, isErrTerminal) : status;
     } catch (const std::exception& error) {
         Explain(error, err);
