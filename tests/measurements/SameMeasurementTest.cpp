@@ -35,6 +35,7 @@ TEST_F(SameMeasurementTest, HasOneHashInEveryFileType) {
     surface->SetFixedSpacing({0.5, "Micrometer"}, {0.7, "Micrometer"});
     made->Put("Surface", ValueTraits<Data2D>::MakeData(surface));
     made->Flush();
+    made->Close(); // so that others may open it, on each system
     for (const char* const name : {"float.x3p", "float.gsf", "float.sdf"}) {
         EXPECT_NE(RunWords({"convert", file, Name(name)}).status, 2) << name;
         EXPECT_EQ(RunWords({"hash", Name(name)}).out, Say("hash")) << name;
