@@ -2,10 +2,10 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 packages=(g++ cmake ninja-build pkg-config python3 libboost-dev libxxhash-dev libexpat1-dev
-    libzip-dev libcli11-dev nlohmann-json3-dev libgtest-dev libudunits2-dev libxml2-utils libpng-dev)
+    libzip-dev libcli11-dev nlohmann-json3-dev libgtest-dev libudunits2-dev libxml2-utils libpng-dev libdeflate-dev)
 packagesForWindows=("${packages[@]}" g++-mingw-w64-x86-64-posix dpkg-dev googletest wine64)
 packagesForLanes=("${packagesForWindows[@]}" clang-14 clang-format-14 libclang-rt-14-dev llvm-14 libbenchmark-dev
-    libdeflate-dev libeigen3-dev libopencv-core-dev chromium)
+    libeigen3-dev libopencv-core-dev chromium)
 
 # install_packages NAME...: installs what is missing, and asks for nothing when nothing is.
 install_packages() {
