@@ -69,8 +69,11 @@ TEST_F(ToolTest, DrawsHeightMaps) {
     EXPECT_EQ(at(299, 199), 0xFDE725u);
     EXPECT_EQ(at(150, 50), Tool::MapColour(0.2));
     std::set<Tool::Colour> missing;
-    for (int i = 0; i < 100; ++i)
+    for (int i = 4; i < 90; i += 4) { // squares of four pixels, no stripes
         missing.insert(at(i, 150));
+        EXPECT_NE(at(i, 150), at(i + 4, 150));
+        EXPECT_NE(at(i, 150), at(i, 154));
+    }
     EXPECT_EQ(missing, std::set<Tool::Colour>(std::begin(Tool::missingColours), std::end(Tool::missingColours)));
     EXPECT_EQ(Tool::DescribeExtremes(picture.heights), "min 0 \xC2\xB5m, max 5 \xC2\xB5m");
 }
