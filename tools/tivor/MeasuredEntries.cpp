@@ -33,11 +33,6 @@ void Find(const std::shared_ptr<DataObject>& object, const Path& path, std::vect
 
 } // namespace
 
-bool IsMeasuredObject(const DataObject& object) {
-    return dynamic_cast<const GenericWrapper<Data2D>*>(&object) != nullptr ||
-           dynamic_cast<const GenericWrapper<Data1D>*>(&object) != nullptr;
-}
-
 std::vector<MeasuredEntry> FindMeasured(DataFile& file, const Path& keys) {
     std::vector<MeasuredEntry> all;
     if (const auto object = FindObject(file, keys))

@@ -14,7 +14,6 @@ struct MeasuredEntry {
     std::shared_ptr<const Data1D> profile; ///< or empty
 };
 
-bool IsMeasuredObject(const DataObject& object);
 /// Those to which the keys lead, or below; in the order of the entries. Raises as `FindObject`.
 std::vector<MeasuredEntry> FindMeasured(DataFile& file, const Path& keys);
 /// Where the file's primary surface stands in the layout of data sets; empty when it tells none.

@@ -1,6 +1,7 @@
 #include "Measurement.h"
 
 #include "Elements.h"
+#include "Properties.h"
 #include "Values.h"
 
 #include <Tivor/Codec.h>
@@ -131,9 +132,7 @@ std::vector<std::uint64_t> PointsOf(const Data2D& surface) {
 std::vector<std::uint64_t> PointsOf(const Data1D& profile) { return {profile.GetNumPoints()}; }
 
 std::string OriginOf(const Data2D& surface) {
-    static constexpr const char* names[] = {"Upper Left", "Lower Left", "Upper Right", "Lower Right"};
-    const auto origin = static_cast<std::size_t>(surface.GetOrigin());
-    return origin < std::size(names) ? names[origin] : std::to_string(origin);
+    return FindNameOfValue(surface, "Origin").value_or(std::to_string(surface.GetOrigin()));
 }
 std::string OriginOf(const Data1D&) { return {}; }
 

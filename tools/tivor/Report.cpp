@@ -6,6 +6,7 @@
 #include "LinePlot.h"
 #include "Measured.h"
 #include "MeasuredEntries.h"
+#include "Measurement.h"
 #include "PngWriter.h"
 #include "Values.h"
 
@@ -58,7 +59,7 @@ std::string ValueText(DataObject& object) {
 /// All values below a container but measured arrays, by their keys.
 void AddValues(const DataContainer& container, const Path& above, std::vector<Row>& rows) {
     for (const auto& [key, object] : container) {
-        if (rows.size() >= mostRows || IsMeasuredObject(*object))
+        if (rows.size() >= mostRows || IsMeasured(*object))
             continue;
         Path path = above;
         path.push_back(key);

@@ -1,37 +1,14 @@
 #include "Tolerance.h"
 
 #include "Measurement.h"
+#include "Units.h"
 
 #include <QorCore/NumberText.h>
-#include <QorCore/UnitDictionary.h>
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 
 namespace Qor::Tivor::Tool {
-
-namespace {
-
-using Unit = Core::QorConstPtr<Core::UnitDescriptor>;
-
-/// The same text with "u" for both signs of micro.
-std::string WithoutMicro(std::string text) {
-    for (const std::string& micro : {std::string("\xC2\xB5"), std::string("\xCE\xBC")})
-        if (text.starts_with(micro))
-            text.replace(0, micro.size(), "u");
-    return text;
-}
-
-Unit FindUnit(const std::string& text) {
-    const std::string symbol = WithoutMicro(text);
-    const auto& units = Core::UnitDictionary::GetStandardUnits();
-    const auto found =
-        std::find_if(units.begin(), units.end(), [&](const Unit& unit) { return unit->GetSymbol() == symbol; });
-    return found != units.end() ? *found : Core::UnitDictionary::Instance().Find(text);
-}
-
-} // namespace
 
 Tolerance ParseTolerance(const std::string& text) {
     const std::string_view trimmed = Core::TrimBlanks(text);

@@ -15,9 +15,9 @@ Core::QorConstPtr<Core::UnitDescriptor> FindUnit(std::string text) {
         if (text.starts_with(sign))
             text.replace(0, std::strlen(sign), "u");
     for (const auto& unit : Core::UnitDictionary::GetStandardUnits())
-        if (unit->GetName() == text || unit->GetSymbol() == text)
+        if (unit->GetSymbol() == text)
             return unit;
-    return nullptr;
+    return Core::UnitDictionary::Instance().Find(text);
 }
 
 } // namespace Qor::Tivor::Tool
