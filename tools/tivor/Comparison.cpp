@@ -1,9 +1,9 @@
 #include "Comparison.h"
 
+#include "Elements.h"
 #include "SameMeasurements.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace Qor::Tivor::Tool {
@@ -39,15 +39,10 @@ Rounding FindRounding(const SampledArray& source, const SampledArray& written) {
     return rounding;
 }
 
-std::string ShortText(double number) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, number, std::chars_format::general, 3).ptr};
-}
-
 std::string Describe(const Rounding& rounding, const UnitizedDouble& scale) {
     const std::string& symbol = scale.GetUnits()->GetSymbol();
     return std::to_string(rounding.numRounded) + " of " + Count(rounding.numSamples, "sample", "samples") +
-           " differ, by at most " + ShortText(rounding.largest) + (symbol.empty() ? "" : ' ' + symbol);
+           " differ, by at most " + ShortText(rounding.largest, 3) + (symbol.empty() ? "" : ' ' + symbol);
 }
 
 /// What somebody told of the samples that were rounded, or null.

@@ -19,6 +19,12 @@ std::string NumberText(T number) {
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
+/// With that many digits, or fewer where these tell it.
+inline std::string ShortText(double number, int digits) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, number, std::chars_format::general, digits).ptr};
+}
+
 template <class T>
 concept AnyFloat = std::is_floating_point_v<T>;
 template <class T>

@@ -4,7 +4,7 @@
 #include "Display.h"
 #include "Font.h"
 #include "SampleAxis.h"
-#include "SampleReader.h"
+#include "Samples.h"
 
 #include <Tivor/SampleStatistics.h>
 
@@ -15,13 +15,10 @@ namespace Qor::Tivor::Tool {
 
 namespace {
 
-constexpr int margin = 12;
-constexpr int lineHeight = glyphHeight + 4;
 constexpr int barWidth = 18;
 constexpr int leastBarHeight = 120;
 constexpr int checkerSize = 4;
 constexpr Colour titleColour = 0x000000;
-constexpr Colour frameColour = 0x404040;
 
 struct Size {
     int width;
@@ -50,13 +47,14 @@ Size ChooseSize(const SampleAxis& y, const SampleAxis& x, int longSide) {
 }
 
 /// Where few samples lie so far away that the others would have hardly any colours, these get all of them.
-void ChooseColours(ShownHeights& heights, const SurfaceReader& read, std::size_t rows, std::size_t columns) {
+void ChooseColours(ShownHeights& heights, const Samples& samples, std::size_t rows, std::size_t columns) {
     constexpr std::size_t most = 1 << 20;
     const std::size_t count = rows * columns;
     const std::size_t step = std::max<std::size_t>(1, count / most) | 1;
     std::vector<double> some;
     for (std::size_t i = 0; i < count; i += step)
-        if (const double sample = read(i / columns, i % columns) * heights.factor; std::isfinite(sample))
+        if (const double sample = static_cast<double>(samples.At(i / columns, i % columns)) * heights.factor;
+            std::isfinite(sample))
             some.push_back(sample);
     const auto share = [&](double part) {
         const auto place = some.begin() + std::lround(part * static_cast<double>(some.size() - 1));
@@ -78,12 +76,12 @@ class HeightMap {
 public:
     HeightMap(const Data2D& surface, int longSide)
         : m_y(SampleAxis::Of(surface, 1)), m_x(SampleAxis::Of(surface, 2)),
-          m_read(ReadSamples(surface)), m_map{margin, margin + 2 * lineHeight, 0, 0} {
+          m_samples(RequireSamples(surface)), m_map{margin, margin + 2 * lineHeight, 0, 0} {
         const SampleStatistics statistics = GetStatistics(surface);
         m_heights = ShowHeights(statistics.numPoints, statistics.numMissing, statistics.minimum, statistics.maximum,
                                 surface.GetDataScale());
         if (m_heights.HasAny())
-            ChooseColours(m_heights, m_read, m_y.GetCount(), m_x.GetCount());
+            ChooseColours(m_heights, m_samples, m_y.GetCount(), m_x.GetCount());
         const Size size = ChooseSize(m_y, m_x, longSide);
         m_map.width = size.width;
         m_map.height = size.height;
@@ -130,7 +128,8 @@ private:
         for (int y = 0; y < m_map.height; ++y) {
             const std::size_t row = m_y.FindIndex((y + 0.5) / m_map.height);
             for (int x = 0; x < m_map.width; ++x) {
-                const double height = m_read(row, columns[static_cast<std::size_t>(x)]) * m_heights.factor;
+                const double height =
+                    static_cast<double>(m_samples.At(row, columns[static_cast<std::size_t>(x)])) * m_heights.factor;
                 const auto square = static_cast<std::size_t>((x / checkerSize + y / checkerSize) % 2);
                 canvas.Set(m_map.x + x, m_map.y + y,
                            std::isfinite(height) ? MapColour(ShareOf(height)) : missingColours[square]);
@@ -187,7 +186,7 @@ private:
 
     SampleAxis m_y;
     SampleAxis m_x;
-    SurfaceReader m_read;
+    Samples m_samples;
     ShownHeights m_heights;
     Box m_map;
     std::vector<Tick> m_ticks;

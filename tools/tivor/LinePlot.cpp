@@ -3,7 +3,7 @@
 #include "Display.h"
 #include "Font.h"
 #include "SampleAxis.h"
-#include "SampleReader.h"
+#include "Samples.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,15 +12,15 @@ namespace Qor::Tivor::Tool {
 
 namespace {
 
-constexpr int margin = 12;
-constexpr int lineHeight = glyphHeight + 4;
 constexpr Colour gridColour = 0xDDDDDD;
-constexpr Colour frameColour = 0x404040;
 constexpr Colour lineColour = 0x1F4E9C;
 
 struct Series {
+    double At(std::size_t index) const { return static_cast<double>(samples.At(row, index)); }
+
     SampleAxis axis;
-    ProfileReader read;
+    Samples samples;
+    std::size_t row; ///< of a surface
     UnitizedDouble scale;
 };
 
@@ -29,7 +29,7 @@ ShownHeights HeightsOf(const Series& series) {
     double minimum = std::numeric_limits<double>::infinity();
     double maximum = -minimum;
     for (std::size_t i = 0; i < series.axis.GetCount(); ++i) {
-        const double sample = series.read(i);
+        const double sample = series.At(i);
         if (!std::isfinite(sample)) {
             ++numMissing;
             continue;
@@ -166,7 +166,7 @@ private:
     void DrawLine(Canvas& canvas) const {
         Pen pen(canvas);
         for (std::size_t i = 0; i < m_series.axis.GetCount(); ++i) {
-            const double height = m_series.read(i) * m_heights.factor;
+            const double height = m_series.At(i) * m_heights.factor;
             if (std::isfinite(height))
                 pen.Go(PlaceX(m_series.axis.GetPosition(i) * m_positionUnit.factor), PlaceY(height));
             else
@@ -189,15 +189,13 @@ private:
 } // namespace
 
 Picture DrawProfile(const Data1D& profile, const std::string& title, int width) {
-    const Series series{SampleAxis::Of(profile), ReadSamples(profile), profile.GetDataScale()};
+    const Series series{SampleAxis::Of(profile), RequireSamples(profile), 0, profile.GetDataScale()};
     return LinePlot(series, width).Draw(title);
 }
 
 Picture DrawMiddleRow(const Data2D& surface, const std::string& title, int width) {
     const std::size_t row = surface.GetNumDimension1Points() / 2;
-    const Series series{SampleAxis::Of(surface, 2),
-                        [read = ReadSamples(surface), row](std::size_t column) { return read(row, column); },
-                        surface.GetDataScale()};
+    const Series series{SampleAxis::Of(surface, 2), RequireSamples(surface), row, surface.GetDataScale()};
     return LinePlot(series, width).Draw(title);
 }
 

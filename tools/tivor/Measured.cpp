@@ -100,11 +100,6 @@ Json AxisJson(const Axis& axis) {
     return json;
 }
 
-std::string ShortText(double number) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, number, std::chars_format::general, 6).ptr};
-}
-
 } // namespace
 
 std::optional<MeasuredFacts> FindMeasuredFacts(const DataObject& object) {
@@ -145,7 +140,7 @@ std::string DescribeStatistics(const MeasuredFacts& facts) {
         return {};
     const SampleStatistics& statistics = *facts.statistics;
     return "samples from " + NumberText(statistics.minimum) + " to " + NumberText(statistics.maximum) + ", mean " +
-           ShortText(statistics.mean) + ", rms " + ShortText(statistics.rms) + '\n';
+           ShortText(statistics.mean, 6) + ", rms " + ShortText(statistics.rms, 6) + '\n';
 }
 
 Json ToJson(const MeasuredFacts& facts) {

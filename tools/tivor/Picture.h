@@ -1,11 +1,16 @@
 #pragma once
 
 #include "Canvas.h"
+#include "Font.h"
 #include "Ticks.h"
 
 #include <Tivor/BuiltInDataObjects.h>
 
 namespace Qor::Tivor::Tool {
+
+inline constexpr int margin = 12;
+inline constexpr int lineHeight = glyphHeight + 4;
+inline constexpr Colour frameColour = 0x404040;
 
 /// The heights that a picture shows, in the unit in which it shows them.
 struct ShownHeights {

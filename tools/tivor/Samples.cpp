@@ -1,5 +1,7 @@
 #include "Samples.h"
 
+#include "Display.h"
+
 #include <Tivor/MatrixView.h>
 
 namespace Qor::Tivor::Tool {
@@ -39,8 +41,28 @@ Samples::Samples(const Data1D& profile) : m_owner(profile.GetArrayDataObject()) 
         m_columns = samples.size();
     };
 #define TIVOR_ROW(T, STEM, code, position, name) show(std::type_identity<T>());
-    TIVOR_NUMERIC_TYPES(TIVOR_ROW)
+    TIVOR_ARRAY_ELEMENT_TYPES(TIVOR_ROW)
 #undef TIVOR_ROW
 }
+
+namespace {
+
+template <class T>
+Samples Require(const T& measured, bool isEmpty, const char* what) {
+    if (isEmpty)
+        Fail(std::string("Expected a ") + what + " with samples, found a " + measured.ToString());
+    Samples samples(measured);
+    if (samples.NumColumns() == 0)
+        Fail("Expected samples that are real numbers, found a " + measured.ToString());
+    return samples;
+}
+
+} // namespace
+
+Samples RequireSamples(const Data2D& surface) {
+    return Require(surface, surface.GetNumDimension1Points() == 0 || surface.GetNumDimension2Points() == 0, "surface");
+}
+
+Samples RequireSamples(const Data1D& profile) { return Require(profile, profile.GetNumPoints() == 0, "profile"); }
 
 } // namespace Qor::Tivor::Tool

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <type_traits>
 
 namespace Qor::Tivor::Tool {
 
@@ -25,7 +26,11 @@ public:
 private:
     template <class T>
     static long double Read(const void* data, std::size_t index) {
-        return static_cast<long double>(static_cast<const T*>(data)[index]);
+        const T& sample = static_cast<const T*>(data)[index];
+        if constexpr (std::is_arithmetic_v<T>)
+            return static_cast<long double>(sample);
+        else
+            return static_cast<long double>(sample.value);
     }
 
     std::shared_ptr<const void> m_owner;
@@ -36,5 +41,9 @@ private:
     std::size_t m_rowStep = 0;
     std::size_t m_columnStep = 1;
 };
+
+/// The samples, of which there are some. Raises a `ToolError` where there are none, and where they are no real numbers.
+Samples RequireSamples(const Data2D& surface);
+Samples RequireSamples(const Data1D& profile);
 
 } // namespace Qor::Tivor::Tool
