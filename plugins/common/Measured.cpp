@@ -312,31 +312,26 @@ void WarnUnless(const LengthBound& bound, double length, const Report& report, c
         report.Deviates(place, bound.Expectation(), LengthBound::Finding(length));
 }
 
+double WidthOf(const Axis& axis) { return axis.points < 2 ? 0 : std::abs(axis.At(axis.points - 1) - axis.At(0)); }
+
+double StepOf(const Axis& axis) { return axis.points < 2 ? 0 : WidthOf(axis) / static_cast<double>(axis.points - 1); }
+
 } // namespace
 
-void WarnOfImplausibleLengths(const Report& report, const std::string& place, const Axis& x, const Axis& y,
-                              double lowest, double highest) {
-    const auto width = [](const Axis& axis) {
-        return axis.points < 2 ? 0 : std::abs(axis.At(axis.points - 1) - axis.At(0));
-    };
-    const auto spacing = [&](const Axis& axis) {
-        return axis.points < 2 ? 0 : width(axis) / static_cast<double>(axis.points - 1);
-    };
-    WarnUnless(lengthBoundsAlongX.samples, spacing(x), report, place);
-    WarnUnless(lengthBoundsAlongY.samples, spacing(y), report, place);
-    WarnUnless(lengthBoundsAlongX.ends, width(x), report, place);
-    WarnUnless(lengthBoundsAlongY.ends, width(y), report, place);
-    WarnUnless(heightBound, highest - lowest, report, place);
-}
-
-void WarnOfImplausibleLengths(const Report& report, const std::string& place, const Measured& measured) {
-    const auto x = measured.GetX().InMetres(), y = measured.GetY().InMetres();
+void WarnOfImplausibleLengths(const Report& report, const Measured& measured) {
+    const auto x = measured.GetX().InMetres();
     const auto scale = InMetres(measured.GetScale());
     if (!x || !scale)
         return;
+    const Axis y = measured.GetY().InMetres().value_or(Axis{1, nullptr, 0, 0, {}});
     Extremes<double> heights;
-    measured.VisitSamples([&](auto samples) { heights = FindHeights(samples, *scale); });
-    WarnOfImplausibleLengths(report, place, *x, y ? *y : Axis{1, nullptr, 0, 0, {}}, heights.lowest, heights.highest);
+    measured.VisitSamples([&]<class T>(std::span<const T> samples) { heights = FindHeights(samples, *scale); });
+    const std::string& place = measured.GetKey();
+    WarnUnless(lengthBoundsAlongX.samples, StepOf(*x), report, place);
+    WarnUnless(lengthBoundsAlongY.samples, StepOf(y), report, place);
+    WarnUnless(lengthBoundsAlongX.ends, WidthOf(*x), report, place);
+    WarnUnless(lengthBoundsAlongY.ends, WidthOf(y), report, place);
+    WarnUnless(heightBound, heights.highest - heights.lowest, report, place);
 }
 
 } // namespace Qor::Tivor::Measurements

@@ -157,9 +157,6 @@ std::optional<double> FindIncrement(std::span<const double> positions, double di
 std::optional<double> InMetres(const UnitizedDouble& value);
 
 /// Warns of lengths beyond `LengthBounds`. Nothing is ever rescaled.
-void WarnOfImplausibleLengths(const Report& report, const std::string& place, const Axis& x, const Axis& y,
-                              double lowest, double highest);
-/// The same, for the samples of a measured array whose scale is in metres.
-void WarnOfImplausibleLengths(const Report& report, const std::string& place, const Measured& measured);
+void WarnOfImplausibleLengths(const Report& report, const Measured& measured);
 
 } // namespace Qor::Tivor::Measurements

@@ -178,7 +178,7 @@ void Gsf::Read(Core::BinaryInputStream& file, const Report& report, DataContaine
     if (const auto title = header.Take("Title"))
         reading.GetMetaData().PutValue(sDATASET_NAME, *title);
     header.StoreRestIn(reading.GetMetaData());
-    WarnOfImplausibleLengths(report, "Surface", Measured("Surface", surface));
+    WarnOfImplausibleLengths(report, Measured("Surface", surface));
     reading.StoreIn(content);
 }
 

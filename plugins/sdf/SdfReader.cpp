@@ -157,7 +157,7 @@ void AddHeights(Reading& reading, const std::string& key, const std::shared_ptr<
     heights->SetDataKind(sHEIGHT_DATA);
     heights->SetDataScale(UnitizedDouble(scale, "Meter"));
     reading.Add(key, heights);
-    WarnOfImplausibleLengths(report, key, Measured(key, heights));
+    WarnOfImplausibleLengths(report, Measured(key, heights));
 }
 
 } // namespace

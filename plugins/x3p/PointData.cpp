@@ -93,7 +93,7 @@ private:
     template <class T>
     void Add(const char* name, std::size_t layer, std::size_t numLayers, std::shared_ptr<T> data) {
         const std::string key = KeyOf(name, layer, numLayers);
-        WarnOfImplausibleLengths(m_report, key, Measured(key, data));
+        WarnOfImplausibleLengths(m_report, Measured(key, data));
         m_reading.Add(key, std::move(data));
     }
 
